@@ -1,0 +1,181 @@
+/* The Orvane database library: flat-file tables described by a schema.
+ *
+ * Conventions
+ *   - A database, table, field and record are named by four indexes in one Dbptr, passed by value.
+ *     A Dbptr owns nothing; it goes stale when its database is closed or its view is freed, and every
+ *     call with a stale one fails.
+ *   - All text is UTF-8 and ends with a zero byte; text from files is handed out as it stands.
+ *   - A failure is a negative code, or a Dbptr with negative indexes, and a line in the error log of
+ *     <orvane/util.h> that says what, where and why. Nothing is printed, nothing throws.
+ *   - Who owns an answer is said per call; "borrowed" text belongs to the library.
+ *
+ * Caveats
+ *   - One thread at a time. A call may use several threads inside; it returns when they are done.
+ *   - Opening reads the descriptor and the schema, and no table. A table is looked at when it is
+ *     first asked about; a table file of a wrong form is refused alone: it answers as a table without
+ *     records, and each such call leaves the reason in the error log.
+ *   - Table files may grow, be replaced or be cut short by other programs at any time. Growth and
+ *     replacement are noticed when records are counted, and within a tenth of a second otherwise; a
+ *     record that is gone is an error.
+ *   - A child made by fork must not use databases that its parent opened.
+ */
+#ifndef ORVANE_DB_H
+#define ORVANE_DB_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <orvane/db_export.h>
+#include <orvane/util.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct Dbptr {
+    int64_t database;
+    int64_t table;
+    int64_t field;
+    int64_t record;
+} Dbptr;
+
+/* Special index values, and the code of the null-value query. */
+enum {
+    dbINVALID = -102, /* points to nothing */
+    dbALL = -501,     /* all tables, fields or records */
+    dbSCRATCH = -504, /* the scratch record of a table */
+    dbNULL = -505     /* the null record of a table; as a query code: a field's null value */
+};
+
+/* Codes of dbquery and the type of the answer. Text is borrowed and lives until the database is closed,
+ * the view is freed or the same question is asked again. A list (Tbl *) is the caller's, its texts
+ * too: freetbl(list, free). The array is the caller's: freearr(array, free). */
+enum {
+    dbTABLE_COUNT = -303,          /* int64_t: tables and views of the database */
+    dbFIELD_COUNT = -304,          /* int64_t: fields of the table */
+    dbRECORD_COUNT = -305,         /* int64_t: whole records of the table; rows of the view */
+    dbSCHEMA_DESCRIPTION = -307,   /* const char * */
+    dbDATABASE_DESCRIPTION = -308, /* const char * */
+    dbTABLE_DESCRIPTION = -309,    /* const char * */
+    dbFIELD_DESCRIPTION = -310,    /* const char * */
+    dbSCHEMA_DETAIL = -312,        /* const char * */
+    dbDATABASE_DETAIL = -313,      /* const char * */
+    dbTABLE_DETAIL = -314,         /* const char * */
+    dbFIELD_DETAIL = -315,         /* const char * */
+    dbSCHEMA_NAME = -317,          /* const char * */
+    dbDATABASE_NAME = -318,        /* const char *: the path given to open, without a table */
+    dbTABLE_NAME = -319,           /* const char * */
+    dbFIELD_NAME = -320,           /* const char * */
+    dbTABLE_PRESENT = -321,        /* int64_t: 1 when the table has a file (a view: always) */
+    dbTABLE_SIZE = -323,           /* int64_t: bytes; of a view, rows times record size */
+    dbFIELD_SIZE = -324,           /* int64_t: bytes */
+    dbFIELD_UNITS = -327,          /* const char * */
+    dbFIELD_TYPE = -328,           /* int64_t: one of the field types below */
+    dbTABLE_FILENAME = -329,       /* const char *: of a table without a file, where one would be made */
+    dbDBPATH = -330,               /* const char *: the folders, joined by colons */
+    dbTABLE_DIRNAME = -331,        /* const char * */
+    dbPRIMARY_KEY = -332,          /* Tbl * of char *; a range key as "ondate::offdate" */
+    dbALTERNATE_KEY = -333,        /* Tbl * of char * */
+    dbFOREIGN_KEYS = -334,         /* Tbl * of char * */
+    dbUNIQUE_ID_NAME = -336,       /* const char *: the id field that the table defines, or empty */
+    dbFIELD_RANGE = -341,          /* const char * */
+    dbRECORD_SIZE = -343,          /* int64_t: bytes, the line feed included */
+    dbFIELD_FORMAT = -344,         /* const char *: a C conversion */
+    dbFIELD_INDEX = -345,          /* int64_t: the field's first byte in the record */
+    dbTABLE_FIELDS = -347,         /* Tbl * of char *: field names, in order */
+    dbVIEW_TABLES = -349,          /* Tbl * of char *: a view's member tables; of a base table, itself */
+    dbLINK_FIELDS = -350,          /* Arr * of char *: id field to the table that defines it */
+    dbTABLE_IS_WRITABLE = -352,    /* int64_t: 1 when records can be changed or added */
+    dbTABLE_IS_VIEW = -353,        /* int64_t */
+    dbFIELD_BASE_TABLE = -354,     /* const char * */
+    dbTIMEDATE_NAME = -356,        /* const char *: the schema's timestamp field, or empty */
+    dbDATABASE_FILENAME = -357,    /* const char *: the path of the descriptor */
+    dbSCHEMA_TABLES = -358,        /* Tbl * of char *: base tables in schema order, then views */
+    dbIDSERVER = -361,             /* const char * */
+    dbLOCKS = -362,                /* const char *: "local" or "none" */
+    dbTABLE_CREATION = -368        /* const char *: one line per operation, oldest first */
+};
+
+/* Field types, as answered to dbFIELD_TYPE. */
+enum {
+    dbBOOLEAN = 1, /* 0 or 1, as an integer */
+    dbINTEGER = 2,
+    dbREAL = 3,
+    dbTIME = 4,    /* epoch seconds */
+    dbYEARDAY = 5, /* yyyyddd, as an integer */
+    dbSTRING = 6,
+    dbDBPTR = 142
+};
+
+/* Codes of failures. Every call that fails may return any of them. */
+enum {
+    dbERROR_STALE = -1,     /* the Dbptr names nothing that is open */
+    dbERROR_ARGUMENT = -2,  /* an argument is wrong, or the Dbptr is of the wrong level */
+    dbERROR_NOT_FOUND = -3, /* no such file, table, field or record */
+    dbERROR_FORMAT = -4,    /* a file is not of the form it should have */
+    dbERROR_IO = -5,        /* the system refused to read or write */
+    dbERROR_PERMISSION = -6,
+    dbERROR_VALUE = -7,     /* a text is not a value of its field's type */
+    dbERROR_MEMORY = -8
+};
+
+/* The pointer whose four indexes are dbINVALID. */
+ORVANE_DB_EXPORT Dbptr dbinvalid(void);
+
+/* Opens the database at a path. `permissions` is "r" to read or "r+" to read and write. The path is
+ * a descriptor; or a path with no descriptor but with table files of the default schema beside it
+ * ($ORVANE_SCHEMA, else css3.0); or either of them followed by "." and a table's name.
+ * Returns 0 and a pointer whose table (unless named), field and record are dbALL, or a negative
+ * code with *db invalid. */
+ORVANE_DB_EXPORT int dbopen_database(const char *path, const char *permissions, Dbptr *db);
+
+/* Closes the database that `db` points into; its pointers, views and borrowed texts end. */
+ORVANE_DB_EXPORT int OVdbclose(Dbptr db);
+
+/* Looks names up. A null or empty name keeps that index of `db`; "dbALL", "dbSCRATCH" and "dbNULL"
+ * stand for themselves. `table` may be a base table or a view; `field` may be "table.field";
+ * `record` may be a number in decimal. A new table drops field and record that are not named to
+ * dbALL. An unknown name gives the invalid pointer. */
+ORVANE_DB_EXPORT Dbptr dblookup(Dbptr db, const char *database, const char *table, const char *field,
+                                const char *record);
+
+/* Answers the question `code` about what `db` points to into *answer, whose type is told beside the
+ * codes. Returns 0, or a negative code with *answer 0 or null. */
+ORVANE_DB_EXPORT int dbquery(Dbptr db, int code, void *answer);
+
+/* The text of the field, or of the whole record without its line feed, that `db` points to, as it
+ * stands in the file and zero-terminated. Returns its length in bytes, or a negative code. When the length
+ * is not below `capacity` nothing is written: call again with room for length + 1.
+ * With a null buffer the whole record of a base table is copied to the table's scratch record. */
+ORVANE_DB_EXPORT int64_t dbget(Dbptr db, char *buffer, size_t capacity);
+
+/* A value by its field's type. */
+typedef struct DbValue {
+    int64_t type;    /* dbBOOLEAN … dbDBPTR */
+    int64_t integer; /* dbBOOLEAN, dbINTEGER, dbYEARDAY */
+    double real;     /* dbREAL, dbTIME */
+    char *text;      /* dbSTRING: the field without blanks at its end; the caller's, free() */
+    Dbptr dbptr;     /* dbDBPTR */
+} DbValue;
+
+/* The value of `field` (null: the field that `db` points to) of the record that `db` points to.
+ * Returns 0, or a negative code with *value zeroed. */
+ORVANE_DB_EXPORT int dbgetv(Dbptr db, const char *field, DbValue *value);
+
+/* The records that a pointer stands for, as [*first, *end): the rows of a bundle, one record, or all
+ * records of a table. Returns 0 or a negative code. */
+ORVANE_DB_EXPORT int dbget_range(Dbptr db, int64_t *first, int64_t *end);
+
+/* The tables that `db`'s table can be joined to (Tbl * of char *, the caller's: freetbl(list, free)), in
+ * schema order, in *tables. Returns 0 or a negative code. */
+ORVANE_DB_EXPORT int dbfind_join_tables(Dbptr db, Tbl **tables);
+
+/* The keys by which `left` joins `right`: two lists of equal length (the caller's: freetbl(list, free)), a range
+ * key as "time::endtime". Returns 0, or a negative code with both null when there are none. */
+ORVANE_DB_EXPORT int dbfind_join_keys(Dbptr left, Dbptr right, Tbl **left_keys, Tbl **right_keys);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* ORVANE_DB_H */

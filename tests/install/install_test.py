@@ -1,0 +1,95 @@
+"""Installs the build into a temporary folder and uses it as another project would."""
+
+import os
+import re
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+BUILD = Path(os.environ["ORVANE_BUILD"])
+SOURCE = Path(os.environ["ORVANE_SOURCE"])
+CMAKE = os.environ.get("CMAKE", "cmake")
+HOST = Path(__file__).resolve().parent / "host"
+
+PLATFORM_HEADERS = {"orvane/util.h", "orvane/util_export.h", "orvane/db.h", "orvane/db_export.h",
+                    "orvane/tr.h", "orvane/tr_export.h"}
+WIDGET_HEADERS = {"ovqt_export.h", "qovresponse.h", "qovserver.h", "qovconnection.h", "qdbptr.h", "ovconfig.h",
+                  "orvanedatabasemodel.h", "orvanetablemodel.h", "qovutil.h", "orvanetableview.h",
+                  "orvanedatabaseview.h"}
+STANDARD_HEADER = re.compile(r"^(Q[A-Za-z]+|[a-z_]+|(stddef|stdint|stdio|math)\.h)$")
+
+
+def run(*command, **options):
+    result = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, **options)
+    if result.returncode != 0:
+        raise AssertionError(f"{' '.join(map(str, command))} ended with {result.returncode}:\n{result.stdout}")
+    return result.stdout
+
+
+class InstalledTree(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.prefix = Path(cls.folder.name) / "prefix"
+        run(CMAKE, "--install", BUILD, "--prefix", cls.prefix)
+        cls.libraries = {path.name: path for path in cls.prefix.glob("lib*/**/*.so.*")}
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.folder.cleanup()
+
+    def headers(self):
+        include = self.prefix / "include"
+        for path in include.rglob("*.h"):
+            name = path.relative_to(include)
+            yield path, str(name.relative_to("ovqt") if name.parts[0] == "ovqt" else name)
+
+    def test_only_the_public_headers_are_installed(self):
+        self.assertEqual({name for _, name in self.headers()}, PLATFORM_HEADERS | WIDGET_HEADERS)
+
+    def test_no_internal_or_third_party_header_leaks_through_a_public_one(self):
+        allowed = PLATFORM_HEADERS | WIDGET_HEADERS
+        for path, name in self.headers():
+            for included in re.findall(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', path.read_text(), re.M):
+                self.assertTrue(included in allowed or STANDARD_HEADER.match(included),
+                                f"{name} includes {included}")
+
+    def test_the_widget_library_needs_the_database_but_not_what_its_host_links(self):
+        dynamic = run("readelf", "-d", self.libraries["libovqt_x11.so.3"])
+        self.assertIn("Library soname: [libovqt_x11.so.3]", dynamic)
+        needed = set(re.findall(r"Shared library: \[([^\]]+)\]", dynamic))
+        self.assertLessEqual({"liborvane_db.so.1", "liborvane_util.so.1", "libQt5Core.so.5", "libQt5Gui.so.5",
+                              "libQt5Widgets.so.5"}, needed)
+        self.assertFalse({name for name in needed if re.search(r"orvane_(tr|plot|xlsx)|QXlsx|xlsxwriter", name)})
+
+    def test_the_database_and_utility_libraries_do_without_the_toolkit(self):
+        for name in ("liborvane_db.so.1", "liborvane_util.so.1"):
+            self.assertNotIn("Qt5", run("readelf", "-d", self.libraries[name]))
+
+    def test_nothing_but_the_documented_c_calls_is_exported(self):
+        for name, header in (("liborvane_db.so.1", "db"), ("liborvane_util.so.1", "util")):
+            symbols = run("nm", "-D", "--defined-only", self.libraries[name])
+            exported = {line.split()[2].split("@")[0] for line in symbols.splitlines() if " T " in line}
+            text = (self.prefix / f"include/orvane/{header}.h").read_text()
+            declared = set(re.findall(r"_EXPORT [^;(]*?\*?\s*(\w+)\(", text))
+            self.assertTrue(declared)
+            self.assertEqual(declared - exported, set(), f"{name} declares what it does not export")
+            self.assertEqual(exported - declared, set(), f"{name} exports what its header does not declare")
+
+    def test_a_host_program_and_a_c_program_build_and_run_against_it(self):
+        build = Path(self.folder.name) / "host"
+        run(CMAKE, "-S", HOST, "-B", build, f"-DCMAKE_PREFIX_PATH={self.prefix}",
+            f"-DCMAKE_CXX_FLAGS={os.environ.get('HOST_CXX_FLAGS', '')}",
+            f"-DCMAKE_C_FLAGS={os.environ.get('HOST_CXX_FLAGS', '').replace(',vptr', '')}",
+            f"-DCMAKE_CXX_COMPILER={os.environ['HOST_CXX_COMPILER']}",
+            f"-DCMAKE_C_COMPILER={os.environ['HOST_C_COMPILER']}")
+        run(CMAKE, "--build", build, "-j2")
+        demo = SOURCE / "demo/quakes"
+        environment = {key: value for key, value in os.environ.items() if not key.startswith("ORVANE_SCHEMA")}
+        self.assertEqual(run(build / "count", demo, "origin", env=environment).strip(), "1707")
+        self.assertIn("origin", run(build / "host", demo, env=environment))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -2,4 +2,7 @@
 
 #include <QCoreApplication>
 
-QString OvTranslation::tr(const char *text) { return QCoreApplication::translate("OvTranslation", text); }
+QString OvTranslation::tr(const char *text)
+{
+    return QCoreApplication::translate("OvTranslation", text);
+}

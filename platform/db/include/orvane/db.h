@@ -115,7 +115,7 @@ enum {
     dbERROR_FORMAT = -4,    /* a file is not of the form it should have */
     dbERROR_IO = -5,        /* the system refused to read or write */
     dbERROR_PERMISSION = -6,
-    dbERROR_VALUE = -7,     /* a text is not a value of its field's type */
+    dbERROR_VALUE = -7, /* a text is not a value of its field's type */
     dbERROR_MEMORY = -8
 };
 
@@ -170,8 +170,8 @@ ORVANE_DB_EXPORT int dbget_range(Dbptr db, int64_t *first, int64_t *end);
  * schema order, in *tables. Returns 0 or a negative code. */
 ORVANE_DB_EXPORT int dbfind_join_tables(Dbptr db, Tbl **tables);
 
-/* The keys by which `left` joins `right`: two lists of equal length (the caller's: freetbl(list, free)), a range
- * key as "time::endtime". Returns 0, or a negative code with both null when there are none. */
+/* The keys by which `left` joins `right`: two lists of equal length (the caller's: freetbl(list, free)), a
+ * range key as "time::endtime". Returns 0, or a negative code with both null when there are none. */
 ORVANE_DB_EXPORT int dbfind_join_keys(Dbptr left, Dbptr right, Tbl **left_keys, Tbl **right_keys);
 
 #ifdef __cplusplus

@@ -6,10 +6,11 @@
 
 #include <orvane/tr_export.h>
 
-class ORVANE_TR_EXPORT OvTranslation {
+class ORVANE_TR_EXPORT OvTranslation
+{
 public:
-    // The text in the language of the application's installed translators, or the source text (UTF-8, English) where
-    // no catalogue has it. A null text gives an empty one.
+    // The text in the language of the application's installed translators, or the source text (UTF-8,
+    // English) where no catalogue has it. A null text gives an empty one.
     static QString tr(const char *text);
 };
 

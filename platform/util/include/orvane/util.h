@@ -139,7 +139,8 @@ ORVANE_UTIL_EXPORT void elog_set_notice_hook(ElogNoticeHook hook, void *context)
 
 /* ---- Files and paths ----------------------------------------------------------------------- */
 
-/* The absolute form of a path, without "." and ".." parts and doubled slashes; symbolic links are not followed. */
+/* The absolute form of a path, without "." and ".." parts and doubled slashes; symbolic links are not
+ * followed. */
 ORVANE_UTIL_EXPORT char *abspath(const char *path);
 
 /* The modification time of a file, or ORVANE_NULL_TIME when there is none. */

@@ -1,0 +1,114 @@
+#ifndef ORVANEDATABASEVIEW_H
+#define ORVANEDATABASEVIEW_H
+
+#include <QList>
+#include <QPointer>
+#include <QStackedWidget>
+#include <QString>
+#include <QTabWidget>
+#include <QWidget>
+
+#include <ovqt_export.h>
+
+class OrvaneDatabaseModel;
+class OrvaneTableModel;
+class OrvaneTableView;
+class OvConfig;
+class QLabel;
+
+// The window of one open database. Three pages, by index: 0 its tables, a tab each; 1 its derived views, a
+// closable tab each; 2 products made from it. Three labels below tell the rows, the age of the table and of
+// the last look.
+//
+// It has no menus: the host binds its commands to the public slots. It owns neither configuration nor models:
+// the host keeps both alive, and deletes the window before the models or lets it empty itself when the
+// database model goes. No slot lets an exception out; what went wrong is shown in a modal box.
+//
+// For style sheets and tests the parts have object names: "stack", "tablesTabs", "viewsTabs", "productsTabs",
+// "rowCountLabel", "modificationLabel", "updateLabel".
+class OVQT_EXPORT OrvaneDatabaseView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    // Registers the defaults of the keys it depends on, and a fixed-pitch font where the key `font` is
+    // missing. `config` must outlive the window.
+    explicit OrvaneDatabaseView(OvConfig &config);
+    ~OrvaneDatabaseView() override;
+
+    // Shows the tables and views of `model`, which may be null or closed: then the window stays empty.
+    void setModel(OrvaneDatabaseModel *model);
+    OrvaneDatabaseModel *model();
+
+    void clearTabs();
+
+    // Brings the tab of that name to the front; an unknown name changes nothing.
+    void setFocusTable(QString name);
+
+    // Chooses the name to focus first: the table named at opening, else the schema's entry in
+    // `default_table`, else the first table.
+    void initFocusTable();
+    QString getFocusTableName();
+
+    // Null on the products page, and where the page has no tab.
+    OrvaneTableModel *getCurrentTableModel();
+    OrvaneTableView *getCurrentTableView();
+
+    int getCurrentTabIndex();
+    void setCurrentTabIndex(int index);
+    int getCurrentStackIndex();
+    void setCurrentStackIndex(int index);
+
+signals:
+    void stackItemChanged(int index);
+
+    // Another table or view is looked at; empty when the page shows none.
+    void focusTableChanged(QString newFocusTableName);
+
+public slots:
+    void reconfigure();
+
+    // Adds a tab for a table or view unless there is one of its name; null models and facades are ignored.
+    void addTable(OrvaneTableModel *dtm);
+    void removeTable(QString tableName);
+
+    // 0 tables, 1 views, 2 products; any other value changes nothing. Always emits stackItemChanged().
+    void showStackItem(int index);
+    void tabbedItemChanged();
+    void updateStatusLabels();
+
+    // Closes the tab and deletes its view from the database.
+    void closeViewsTab(int tabIndex);
+    void closeProductsTab(int tabIndex);
+
+    // Drops the tab of a view whose model is gone, and deletes the widget.
+    void tableModelUnset(OrvaneTableView *dtv);
+    void modelDestroyed();
+
+private:
+    void registerDefaults();
+    void registerFont();
+    void buildLayout();
+    void addPage(QTabWidget &page, const char *objectName);
+    QTabWidget *currentPage();
+    void addTableTab(OrvaneTableModel &table);
+    void discardDetachedViews(const OrvaneTableModel *table);
+    void applyRequestedFields();
+    void showStatusOf(OrvaneTableModel &table);
+    QString tabToolTip(OrvaneTableModel &table);
+
+    OvConfig &m_config;
+    OrvaneDatabaseModel *m_model = nullptr;
+    QString m_focusTableName;
+    QStackedWidget m_stack;
+    QLabel *m_rowCountLabel = nullptr;
+    QLabel *m_modificationLabel = nullptr;
+    QLabel *m_updateLabel = nullptr;
+    QTabWidget m_tablesTabs;
+    QTabWidget m_viewsTabs;
+    QTabWidget m_productsTabs;
+    // Table views whose tab was removed while their model lives on; deleted when that model gets a tab again.
+    QList<QPointer<OrvaneTableView>> m_detachedViews;
+};
+
+#endif

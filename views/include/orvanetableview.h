@@ -1,0 +1,70 @@
+#ifndef ORVANETABLEVIEW_H
+#define ORVANETABLEVIEW_H
+
+#include <QList>
+#include <QPointer>
+#include <QString>
+#include <QTableView>
+
+#include <ovqt_export.h>
+
+class OrvaneTableModel;
+class OvConfig;
+
+// A table or view of a database as a grid: decides which columns are visible, in what order, and how wide
+// they are.
+//
+// The view owns neither its configuration nor its model. When the model is destroyed the view emits
+// modelUnset() and shows nothing; its owner drops or replaces it then. No slot lets an exception out.
+class OVQT_EXPORT OrvaneTableView : public QTableView
+{
+    Q_OBJECT
+
+public:
+    // Registers the defaults of the keys it depends on; `config` must outlive the view.
+    explicit OrvaneTableView(OvConfig &config);
+
+    // Shows `model`, with all columns or only those that hold values (key show_empty_columns), sized to the
+    // model's hints. A null model is only remembered: what was shown stays.
+    void setModel(OrvaneTableModel *model);
+
+    // The model as last set; null when none was, or when it has been destroyed.
+    OrvaneTableModel *model() const;
+
+    // The names of the columns shown, from left to right as they stand on the screen.
+    QList<QString> getFieldNamesVisible();
+
+    // Shows exactly the named columns, in the order of the list. Unknown names are passed over.
+    void setFieldNamesVisible(QList<QString> names);
+
+signals:
+    // The user asks for the rows in which the field has the value.
+    void subsetRequested(QString fieldName, QString fieldVal);
+
+    // The model of `dtv` is gone.
+    void modelUnset(OrvaneTableView *dtv);
+
+public slots:
+    // Takes font and row colours from the configuration anew.
+    void reconfigure();
+
+    // Gives every column the width of the model's hint; the record number (column 0) is never shown.
+    void resizeColumns();
+
+    void scrollToColumn(QString fieldname);
+    void scrollToRow(int row);
+
+    // Scrolls to a cell and makes it the only one selected.
+    void scrollToCell(int row, QString fieldname);
+
+    void modelDestroyed();
+
+private:
+    void setRowHeight(int pixels);
+    void applyFont();
+
+    OvConfig &m_config;
+    OrvaneTableModel *m_model = nullptr;
+};
+
+#endif

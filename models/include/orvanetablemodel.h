@@ -1,0 +1,118 @@
+#ifndef ORVANETABLEMODEL_H
+#define ORVANETABLEMODEL_H
+
+#include <QAbstractTableModel>
+#include <QHash>
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+#include <memory>
+
+#include <orvane/db.h>
+#include <ovqt_export.h>
+
+class OrvaneDatabaseModel;
+class OvConfig;
+class QDbptr;
+
+// One table or view: a row per record, the record number in column 0 and the fields, in schema order, in
+// columns 1 to n.
+//
+// Two handles. The own handle stands for this table (its name, kind, writability); the display handle stands
+// for what is shown: rows, columns, cells, headers and keys. They are the same until a sorted view is shown
+// in its place.
+//
+// Ownership. Table models are made and owned by their database model. They take over the handle given to
+// them.
+//
+// What is kept. Names, types and null texts of the fields, how wide they are, and the settings that cells are
+// drawn by are asked once and kept until the model is reset, its handle ends or the configuration changes.
+// Cells are always read. The row count known to views changes only with the signals that say so (see
+// rowCount()).
+//
+// Index pointers. index() gives plain indexes; indexForRow(), indexForColumn(), indexForCell() and
+// addQdbptrToIndex() give indexes whose internal pointer is a QDbptr owned by the model. The pointer of one
+// place is the same each time it is asked for, and lives until 16384 other places have been asked for, or the
+// model is destroyed. After the database is closed the pointers are still there, and invalid. Who connects to
+// such a handle connects uniquely.
+//
+// Failures. Nothing throws but getTableToolTipString(). An invalid handle gives no rows and no columns; a
+// record that is gone, a field that is unknown and a request that fails give invalid variants.
+class OVQT_EXPORT OrvaneTableModel : public QAbstractTableModel
+{
+    Q_OBJECT
+public:
+    // `handle` may be null or invalid. The configuration must outlive the model.
+    OrvaneTableModel(OrvaneDatabaseModel *parent, QDbptr *handle, OvConfig &config);
+    ~OrvaneTableModel() override;
+
+    OrvaneDatabaseModel *getParent() const; // null once the database model is destroyed
+    Dbptr getDbptr() const;
+    QDbptr *getQDbptr() const;
+    QString getTableName() const;
+
+    // The tooltip of the table. Throws std::runtime_error when a request fails.
+    QString getTableToolTipString() const;
+
+    bool tableIsPresent() const;
+    bool tableIsWritable() const;
+    bool tableIsView() const;
+    bool tableIsStdinView() const; // the same as tableIsView()
+    bool tableIsFacade() const;    // this is the sorted view shown in place of another table
+
+    // Says that this model is the sorted view shown in place of `table`.
+    void setIsFacadeOf(OrvaneTableModel *table);
+    Dbptr getFacadeDbptr() const;       // what is shown
+    QString getFacadeTableName() const; // of what is shown
+
+    QList<QString> getTableFields() const;
+    QList<QString> getPrimaryKey() const;
+    QList<QString> getAlternateKey() const;
+    QList<QString> getForeignKeys() const;
+    QList<QString> getNonNullTableFields() const; // fields with a value in the records sampled
+    QList<QString> findJoinTables() const;
+    QMap<QString, QList<QStringList>> findJoinTablesPresent() const;
+    QList<QString> getViewTables() const; // empty when the table is not a view
+
+    int getColumnType(int column) const; // a field type of <orvane/db.h>; 0 when there is no such field
+    QString fieldNameForColumnIndex(int column) const; // "recno" for column 0; empty outside the table
+    int approxColumnWidthChars(int column) const;
+
+    // The records of the table that is shown. While nobody listens for inserted rows the database is asked
+    // each time; otherwise the answer is the count that listeners know, the database is asked at most every
+    // 100 ms, and a difference is announced from the event loop: rowsInserted() when the table grew,
+    // modelReset() when it shrank.
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex &parent = QModelIndex()) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+    // Indexes with a handle. `row` may be dbSCRATCH or dbNULL: such an index is not valid, its pointer is.
+    QModelIndex indexForRow(int row) const;
+    QModelIndex indexForColumn(const QString &fieldName) const; // row 0; an unknown name gives column 0
+    QModelIndex indexForCell(int row, const QString &fieldName) const;
+    QModelIndex addQdbptrToIndex(const QModelIndex &index) const;
+
+signals:
+    // The model's own, beside the inherited one of the same name. Emitting it (also by connecting another
+    // signal to it) resets the model: what it kept is asked anew, and the inherited signals are emitted
+    // before any other listener hears of it.
+    void modelReset();
+
+public slots:
+    // Resets this model when `dtm` is this model.
+    void announceChanged(OrvaneTableModel *dtm);
+
+private slots:
+    void startOver();
+    void dropSettings();
+    void announceRowCount();
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+#endif

@@ -1,0 +1,215 @@
+#include <orvanetableview.h>
+
+#include <map>
+
+#include <QColor>
+#include <QFont>
+#include <QFontMetrics>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QSignalBlocker>
+
+#include <orvanetablemodel.h>
+#include <ovconfig.h>
+
+#include "slot_guard.h"
+
+namespace {
+
+constexpr int minimumColumnWidth = 60; // pixels
+
+struct Default {
+    const char *key;
+    QVariant value;
+};
+
+void registerDefaults(OvConfig &config)
+{
+    const Default defaults[] = {
+        {"allow_edits", false},
+        {"alternate_row_colors", true},
+        {"show_empty_columns", false},
+        {"show_readable_times", true},
+        {"show_raw_nulls", false},
+        {"show_tooltips", true},
+        {"show_blanks_background_colored", true},
+        {"show_nulls_background_colored", true},
+        {"background_blank_color", QStringLiteral("light yellow")},
+        {"background_null_color", QStringLiteral("light gray")},
+        {"time_string_format", QStringLiteral("%D (%j) %H:%M:%S.%u %Z")},
+        {"local_time_zone", QString()},
+    };
+    for (const Default &entry : defaults) {
+        config.configureIfUnset(entry.key, entry.value);
+    }
+}
+
+} // namespace
+
+OrvaneTableView::OrvaneTableView(OvConfig &config) : m_config(config)
+{
+    registerDefaults(config);
+    setAlternatingRowColors(m_config["alternate_row_colors"].toBool());
+    setWordWrap(false); // a row is one line high: a longer text is cut with dots, not broken out of sight
+    horizontalHeader()->setSectionsMovable(true);
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    applyFont();
+    connect(&m_config, SIGNAL(configurationChanged()), this, SLOT(reconfigure()));
+}
+
+void OrvaneTableView::reconfigure()
+{
+    loggingErrors("OrvaneTableView::reconfigure", [this] {
+        setAlternatingRowColors(m_config["alternate_row_colors"].toBool());
+        applyFont();
+        resizeColumns();
+    });
+}
+
+void OrvaneTableView::applyFont()
+{
+    const QFont wanted = m_config["font"].value<QFont>();
+    if (font() != wanted) {
+        setFont(wanted);
+    }
+    setRowHeight(QFontMetrics(font()).height());
+}
+
+void OrvaneTableView::setRowHeight(int pixels)
+{
+    QHeaderView &rows = *verticalHeader();
+    if (rows.defaultSectionSize() == pixels && rows.minimumSectionSize() <= pixels) {
+        return;
+    }
+    {
+        // A header tells the change of every section one by one, and a table may have ten million of them.
+        const QSignalBlocker quiet(&rows);
+        rows.setDefaultSectionSize(pixels);
+        // The style's own minimum may be larger than a line of small text. Set after the default, or a larger
+        // one would resize the sections singly.
+        rows.setMinimumSectionSize(pixels);
+    }
+    rows.viewport()->update();
+    scheduleDelayedItemsLayout();
+}
+
+void OrvaneTableView::setModel(OrvaneTableModel *model)
+{
+    if (m_model != nullptr && m_model != model) {
+        disconnect(m_model, nullptr, this, SLOT(modelDestroyed()));
+        disconnect(m_model, nullptr, this, SLOT(resizeColumns()));
+    }
+    m_model = model;
+    if (model == nullptr) {
+        return;
+    }
+    QTableView::setModel(model);
+    connect(model, SIGNAL(destroyed()), this, SLOT(modelDestroyed()), Qt::UniqueConnection);
+    if (!m_config["show_empty_columns"].toBool()) {
+        setFieldNamesVisible(model->getNonNullTableFields());
+    }
+    setSortingEnabled(true);
+    sortByColumn(0, Qt::AscendingOrder);
+    // No arrow may claim an order as long as the model keeps its own.
+    horizontalHeader()->setSortIndicatorShown(false);
+    resizeColumns();
+    horizontalHeader()->setMinimumSectionSize(minimumColumnWidth);
+    connect(model, SIGNAL(layoutChanged()), this, SLOT(resizeColumns()), Qt::UniqueConnection);
+}
+
+OrvaneTableModel *OrvaneTableView::model() const
+{
+    return m_model;
+}
+
+void OrvaneTableView::modelDestroyed()
+{
+    m_model = nullptr;
+    emit modelUnset(this);
+}
+
+QList<QString> OrvaneTableView::getFieldNamesVisible()
+{
+    if (m_model == nullptr) {
+        return {};
+    }
+    std::map<int, QString> byPlace;
+    const QHeaderView &columns = *horizontalHeader();
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        if (!isColumnHidden(column)) {
+            byPlace[columns.visualIndex(column)] = m_model->fieldNameForColumnIndex(column);
+        }
+    }
+    QList<QString> names;
+    for (const auto &[place, name] : byPlace) {
+        names.append(name);
+    }
+    return names;
+}
+
+void OrvaneTableView::setFieldNamesVisible(QList<QString> names)
+{
+    if (m_model == nullptr) {
+        return;
+    }
+    QHeaderView &columns = *horizontalHeader();
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        hideColumn(column);
+    }
+    for (int place = 0; place < names.size(); ++place) {
+        const int column = m_model->indexForColumn(names.at(place)).column();
+        showColumn(column); // column 0, which stands for an unknown name, is hidden again below
+        columns.moveSection(columns.visualIndex(column), place);
+    }
+    resizeColumns();
+}
+
+void OrvaneTableView::resizeColumns()
+{
+    if (m_model == nullptr) {
+        return;
+    }
+    loggingErrors("OrvaneTableView::resizeColumns", [this] {
+        QHeaderView &columns = *horizontalHeader();
+        // A stretched last section would take back each width it is given.
+        columns.setStretchLastSection(false);
+        hideColumn(0);
+        for (int column = 1; column < m_model->columnCount(); ++column) {
+            setColumnWidth(column,
+                           m_model->headerData(column, Qt::Horizontal, Qt::SizeHintRole).toSize().width());
+        }
+        columns.setStretchLastSection(true);
+    });
+}
+
+void OrvaneTableView::scrollToColumn(QString fieldname)
+{
+    showingErrors([&] {
+        if (m_model != nullptr) {
+            scrollTo(m_model->indexForColumn(fieldname), QAbstractItemView::EnsureVisible);
+        }
+    });
+}
+
+void OrvaneTableView::scrollToRow(int row)
+{
+    showingErrors([&] {
+        const QList<QString> visible = getFieldNamesVisible();
+        if (!visible.isEmpty()) {
+            scrollTo(m_model->indexForCell(row, visible.first()), QAbstractItemView::EnsureVisible);
+        }
+    });
+}
+
+void OrvaneTableView::scrollToCell(int row, QString fieldname)
+{
+    showingErrors([&] {
+        if (m_model == nullptr) {
+            return;
+        }
+        clearSelection();
+        const QModelIndex cell = m_model->indexForCell(row, fieldname);
+        scrollTo(cell, QAbstractItemView::EnsureVisible);
+        selectionModel()->select(cell, QItemSelectionModel::Select);
+    });
+}

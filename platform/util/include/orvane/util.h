@@ -116,14 +116,17 @@ ORVANE_UTIL_EXPORT const char *pfname(const Pf *pf);
 
 /* ---- Error log ----------------------------------------------------------------------------- */
 
-/* Appends one line, formatted as printf does. The log is bounded: when it is full, its oldest lines go
- * and the log says how many; equal lines in a row are kept once, with their number. */
+/* Appends one line, formatted as printf does; it may hold line feeds, those at its end are cut off. The log
+ * is bounded (500 lines, 64 KiB, 16 KiB a line): when it is full, its oldest lines go and the log says how
+ * many; equal lines in a row are kept once, followed by " (repeated N times)". Any thread may call. */
 ORVANE_UTIL_EXPORT void elog_log(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
-/* The lines from the `first`-th on (0: all), joined by line feeds, without one at the end. */
+/* The lines from the `first`-th on (0: all), joined by line feeds, without one at the end; "" when there are
+ * none. Lines are numbered from the last elog_clear on, dropped and repeated ones counted, so that
+ * n = elog_count(); ...; elog_string(n) gives what was logged in between. */
 ORVANE_UTIL_EXPORT char *elog_string(int64_t first);
 
-/* The number of lines in the log. */
+/* The number of lines logged since the log was last emptied. */
 ORVANE_UTIL_EXPORT int64_t elog_count(void);
 
 /* Empties the log. */

@@ -1,0 +1,116 @@
+#include "request_vocabulary.h"
+
+#include <QHash>
+
+#include <orvane/db.h>
+
+#include "request_handlers.h"
+
+namespace {
+
+constexpr RequestRow query(const char *name, RequestHandler answer, int code,
+                           PointerLevel level = PointerLevel::Any, const char *failure = nullptr)
+{
+    return {.name = name, .handler = answer, .level = level, .queryCode = code, .queryFailure = failure};
+}
+
+constexpr RequestRow names(const char *name, int code, const char *failure)
+{
+    return query(name, requests::queryNames, code, PointerLevel::Any, failure);
+}
+
+constexpr RequestRow plain(const char *name, RequestHandler handler)
+{
+    return {.name = name, .handler = handler};
+}
+
+using enum PointerLevel;
+using namespace requests;
+
+const char *const TablesFailed = "dbquery failed for dbSCHEMA_TABLES";
+
+// The whole vocabulary. A new request is a new row, and a handler where no query answers it.
+const RequestRow rows[] = {
+    {"open_database", openDatabase, NoHandle, 2, "two (databaseName, permissions)"},
+
+    query("database_name", queryText, dbDATABASE_NAME),
+    query("database_filename", queryText, dbDATABASE_FILENAME),
+    query("table_name", queryText, dbTABLE_NAME, Table, "Dbquery failed"),
+    query("table_present", queryFlag, dbTABLE_PRESENT, Table),
+    query("table_is_view", queryFlag, dbTABLE_IS_VIEW, Table),
+    query("table_is_writable", queryFlag, dbTABLE_IS_WRITABLE, Table),
+    query("field_null", queryText, dbNULL, Field),
+    query("field_type", queryNumber, dbFIELD_TYPE, Field),
+    query("field_name", queryText, dbFIELD_NAME, Field),
+    query("field_base_table", queryText, dbFIELD_BASE_TABLE, Field),
+    query("schema_name", queryText, dbSCHEMA_NAME),
+    query("schema_description", queryText, dbSCHEMA_DESCRIPTION),
+    query("database_description", queryText, dbDATABASE_DESCRIPTION),
+    query("table_description", queryText, dbTABLE_DESCRIPTION),
+    query("field_description", queryText, dbFIELD_DESCRIPTION),
+    query("schema_detail", queryText, dbSCHEMA_DETAIL),
+    query("database_detail", queryText, dbDATABASE_DETAIL),
+    query("table_detail", queryText, dbTABLE_DETAIL),
+    query("field_detail", queryText, dbFIELD_DETAIL),
+    query("field_range", queryText, dbFIELD_RANGE),
+    query("field_format", queryText, dbFIELD_FORMAT),
+    query("field_units", queryText, dbFIELD_UNITS),
+    query("table_filename", queryText, dbTABLE_FILENAME),
+    query("table_dirname", queryText, dbTABLE_DIRNAME),
+    query("dbpath", queryText, dbDBPATH),
+    query("table_creation", queryText, dbTABLE_CREATION),
+    query("unique_id_name", queryText, dbUNIQUE_ID_NAME),
+    query("timedate_name", queryText, dbTIMEDATE_NAME),
+    query("dbidserver", queryText, dbIDSERVER),
+    query("dblocks", queryText, dbLOCKS),
+    plain("database_abspath", databaseAbspath),
+    query("table_count", queryNumber, dbTABLE_COUNT),
+    plain("table_modtime", tableModTime),
+    plain("table_modtimes", tableModTimes),
+    query("field_count", queryNumber, dbFIELD_COUNT, Table),
+    query("record_count", queryNumber, dbRECORD_COUNT, Table),
+    query("table_size", queryNumber, dbTABLE_SIZE, Table),
+    query("field_size", queryNumber, dbFIELD_SIZE, Field),
+    query("record_size", queryNumber, dbRECORD_SIZE, Table),
+    query("field_index", queryNumber, dbFIELD_INDEX, Table),
+
+    {"lookup_table", lookupTable, Any, 1, "one (table name or number)"},
+    {"lookup_field", lookupField, Table, 1, "one (field name or number)"},
+    {"lookup_record", lookupRecord, Table, 1, "one (record name or number)"},
+
+    plain("dbsample", sampleField),
+    names("schema_tables", dbSCHEMA_TABLES, TablesFailed),
+    names("view_tables", dbVIEW_TABLES, "dbquery failed for dbVIEW_TABLES"),
+    plain("table_fields", tableFields),
+    query("base_tables_present", baseTablesPresent, dbSCHEMA_TABLES, Any, TablesFailed),
+    query("base_tables_absent", baseTablesAbsent, dbSCHEMA_TABLES, Any, TablesFailed),
+    query("views_present", viewsPresent, dbSCHEMA_TABLES, Any, TablesFailed),
+    plain("find_join_tables", findJoinTables),
+    plain("find_join_tables_present", findJoinTablesPresent),
+    query("link_fields", linkFields, dbLINK_FIELDS, Any, "dbquery failed for dbLINK_FIELDS"),
+    names("primary_key", dbPRIMARY_KEY, "dbquery failed for dbPRIMARY_KEY"),
+    names("alternate_key", dbALTERNATE_KEY, "dbquery failed for dbALTERNATE_KEY"),
+    names("foreign_keys", dbFOREIGN_KEYS, "dbquery failed for dbFOREIGN_KEYS"),
+
+    {"dbget", getText, Any, 1, "one (scratch-flag)"},
+    {"dbgetv", getValues, Any, 1, "one (list of fields to get)"},
+
+    plain("close_database", closeDatabase),
+};
+
+QHash<QString, const RequestRow *> rowsByName()
+{
+    QHash<QString, const RequestRow *> byName;
+    byName.reserve(static_cast<int>(std::size(rows)));
+    for (const RequestRow &row : rows)
+        byName.insert(QLatin1String(row.name), &row);
+    return byName;
+}
+
+} // namespace
+
+const RequestRow *findRequest(const QString &name)
+{
+    static const QHash<QString, const RequestRow *> byName = rowsByName();
+    return byName.value(name);
+}

@@ -182,6 +182,12 @@ ORVANE_UTIL_EXPORT char *zepoch2str(double epoch, const char *format, const char
  * "%D (%j) %H:%M:%S.%u %Z". Without a zone a time is UTC. Otherwise 0; the error log stays as it is. */
 ORVANE_UTIL_EXPORT int is_epoch_string(const char *text, double *epoch);
 
+/* The same for a text that was written in a named zone (null or empty: as is_epoch_string): a date or time
+ * without a zone is that zone's local time (the earlier one where clocks show it twice; refused where they skip
+ * it), and an abbreviation is looked up in that zone first, so that what zepoch2str printed there comes back as
+ * the same time even in the hour that autumn repeats. An unknown zone is UTC, with a notice. */
+ORVANE_UTIL_EXPORT int zis_epoch_string(const char *text, const char *zone, double *epoch);
+
 /* A duration in seconds as a person says it: "3 minutes", "2.5 hours", "12 days". */
 ORVANE_UTIL_EXPORT char *strtdelta(double seconds);
 

@@ -1,0 +1,17 @@
+// The file system of the machine.
+#pragma once
+
+#include "storage/file_system.h"
+
+namespace orvane {
+
+class PosixFileSystem : public FileSystem
+{
+public:
+    Result<FileState> state(const std::string &path) override;
+    Result<std::unique_ptr<RandomAccessFile>> open(const std::string &path) override;
+    bool is_writable(const std::string &path) override;
+    Result<std::vector<std::string>> list(const std::string &folder) override;
+};
+
+} // namespace orvane

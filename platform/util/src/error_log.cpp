@@ -73,9 +73,11 @@ std::string ErrorLog::text(int64_t first) const
             text += '\n';
         text += line;
     };
-    if (const int64_t lost = dropped_ - first; lost > 0)
-        add("(" + std::to_string(lost) + (lost == 1 ? " earlier line was" : " earlier lines were") +
-            " dropped)");
+    if (const int64_t lost = dropped_ - first; lost > 0) {
+        std::string notice("(");
+        notice.append(std::to_string(lost)).append(lost == 1 ? " earlier line was" : " earlier lines were");
+        add(notice.append(" dropped)"));
+    }
     for (const Entry &entry : entries_) {
         if (entry.last < first)
             continue;

@@ -113,6 +113,9 @@ public slots:
     // Starts or stops the timer of checkForUpdates() as `update_interval_sec` says.
     void reconfigure();
 
+private slots:
+    void dropSettings();
+
 private:
     struct Private;
     std::unique_ptr<Private> d;

@@ -1,0 +1,147 @@
+// What the cells of a table show, and the handles of indexes.
+
+#include <QDateTime>
+
+#include <orvane/db.h>
+#include <orvane/util.h>
+
+#include "answered.h"
+#include "orvanetablemodel_p.h"
+
+namespace {
+
+int alignmentOf(int fieldType)
+{
+    switch (fieldType) {
+    case dbTIME:
+    case dbSTRING:
+    case dbDBPTR:
+        return Qt::AlignLeft;
+    case dbBOOLEAN:
+    case dbINTEGER:
+    case dbREAL:
+    case dbYEARDAY:
+        return Qt::AlignRight;
+    default:
+        return Qt::AlignHCenter | Qt::AlignVCenter;
+    }
+}
+
+QVariant displayed(const CellText &cell, int fieldType, const DisplaySettings &settings)
+{
+    if (cell.null && !settings.showRawNulls)
+        return {};
+    if (fieldType == dbTIME && settings.showReadableTimes)
+        return settings.readableTime(cell.text.toDouble());
+    return cell.text;
+}
+
+bool isBlank(const QString &trimmed)
+{
+    return whitespace(trimmed.toUtf8().constData()) != 0;
+}
+
+const QVariant &background(const CellText &cell, const DisplaySettings &settings)
+{
+    if (cell.null)
+        return settings.nullBackground;
+    return settings.colourBlanks && isBlank(cell.text) ? settings.blankBackground : settings.plainBackground;
+}
+
+QVariant typedValue(const QVariant &value, int fieldType, const DisplaySettings &settings)
+{
+    if (fieldType != dbTIME || !settings.showReadableTimes)
+        return value;
+    QDateTime time = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(1000 * value.toDouble()), Qt::UTC);
+    // Shifted, and still said to be UTC: what is meant here is the clock on the wall.
+    if (settings.showLocalTimes && settings.localOffsets.isValid())
+        time = time.addSecs(settings.localOffsets.offsetFromUtc(time));
+    return time;
+}
+
+} // namespace
+
+QVariant OrvaneTableModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    if (index.column() == 0)
+        return index.row(); // in every role: the column is never drawn by its other roles
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::TextAlignmentRole:
+    case Qt::BackgroundRole:
+    case Qt::UserRole:
+        break;
+    default:
+        return {};
+    }
+    const TableColumn *column = d->column(index.column());
+    if (!column)
+        return {};
+    if (role == Qt::TextAlignmentRole)
+        return alignmentOf(column->type);
+
+    const DisplaySettings &settings = d->settings();
+    CellReader &reader = d->reader;
+    return answered(QVariant(), [&]() -> QVariant {
+        switch (role) {
+        case Qt::DisplayRole:
+            return displayed(reader.text(*column, index.row(), CellReader::Display), column->type, settings);
+        case Qt::BackgroundRole:
+            if (!settings.colourNulls && !settings.colourBlanks)
+                return settings.plainBackground;
+            return background(reader.text(*column, index.row(), CellReader::Background), settings);
+        default:
+            if (!settings.showRawNulls && reader.text(*column, index.row(), CellReader::Value).null)
+                return {};
+            return typedValue(reader.value(*column, index.row()), column->type, settings);
+        }
+    });
+}
+
+QDbptr *OrvaneTableModel::Private::handleFor(int number, qint64 record)
+{
+    if (!display->isValid() || (record < 0 && record != dbALL && record != dbSCRATCH && record != dbNULL))
+        return nullptr;
+    Dbptr place = display->getDbptr();
+    if (number != 0) {
+        const TableColumn *field = column(number);
+        if (!field)
+            return nullptr;
+        place = field->field;
+    }
+    // Made directly: a lookup takes no negative numbers, which the scratch and the null record have.
+    place.record = record;
+    return answered<QDbptr *>(nullptr, [&] { return handles.at(display->getConnection(), place); });
+}
+
+QModelIndex OrvaneTableModel::indexForRow(int row) const
+{
+    return createIndex(row, 0, d->handleFor(0, row));
+}
+
+QModelIndex OrvaneTableModel::indexForColumn(const QString &fieldName) const
+{
+    const int column = d->columns().names().indexOf(fieldName) + 1;
+    return createIndex(0, column, column > 0 ? d->handleFor(column, dbALL) : nullptr);
+}
+
+QModelIndex OrvaneTableModel::indexForCell(int row, const QString &fieldName) const
+{
+    const int column = d->columns().names().indexOf(fieldName) + 1;
+    return createIndex(row, column, column > 0 ? d->handleFor(column, row) : nullptr);
+}
+
+QModelIndex OrvaneTableModel::addQdbptrToIndex(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return {};
+    QDbptr *handle = nullptr;
+    if (index.column() > 0) {
+        auto *own = static_cast<QDbptr *>(index.internalPointer());
+        // A pointer from long ago may have been deleted; it is not touched, only looked for.
+        handle = d->handles.owns(own) ? own : d->handleFor(index.column(), index.row());
+    }
+    return createIndex(index.row(), index.column(), handle);
+}

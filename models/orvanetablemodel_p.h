@@ -1,0 +1,61 @@
+#ifndef ORVANETABLEMODEL_P_H
+#define ORVANETABLEMODEL_P_H
+
+#include <QPointer>
+#include <chrono>
+#include <optional>
+
+#include "cell_reader.h"
+#include "display_settings.h"
+#include "handle_pool.h"
+#include "orvanedatabasemodel.h"
+#include "orvanetablemodel.h"
+#include "table_columns.h"
+#include <qdbptr.h>
+
+struct OrvaneTableModel::Private {
+    Private(OrvaneDatabaseModel *databaseModel, QDbptr *handle, OvConfig &configuration);
+
+    OvConfig &config;
+    QPointer<OrvaneDatabaseModel> parent;
+    QPointer<OrvaneTableModel> facade;   // the sorted view shown in place of this table
+    QPointer<OrvaneTableModel> facadeOf; // the table that this model is shown in place of
+    QPointer<QDbptr> display;
+    QPointer<QDbptr> own;
+
+    // What is kept; see the class. Each is made when it is first needed.
+    std::optional<DisplaySettings> keptSettings;
+    std::optional<TableColumns> keptColumns;
+    CellReader reader;
+    HandlePool handles{16384};
+
+    int rows = 0; // as known to views
+    std::chrono::steady_clock::time_point rowsAskedAt{};
+    bool rowsAnnouncementQueued = false;
+
+    const DisplaySettings &settings();
+
+    // Those of the display table; none while its handle is invalid.
+    TableColumns &columns();
+
+    // The column of a section or an index column: 1 is the first. Null for column 0 and where there is no
+    // such field.
+    const TableColumn *column(int number);
+
+    int askRowCount();
+
+    // Drops everything that was learned from the display table.
+    void forgetTable();
+
+    // The handle for an index: of the column `number` (0: of no field) at `record` (dbALL: of no record).
+    // Null where there is no such place.
+    QDbptr *handleFor(int number, qint64 record);
+
+    // Throws when there is no such column or the request fails.
+    const ColumnSample &sample(int number);
+
+    QVariant columnHeader(int section, int role, const OrvaneTableModel &model);
+    QVariant rowHeader(int section, int role, const OrvaneTableModel &model);
+};
+
+#endif

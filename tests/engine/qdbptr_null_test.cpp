@@ -1,0 +1,90 @@
+#include <functional>
+
+#include "open_database.h"
+
+namespace {
+
+// A null handle that the compiler does not know to be null.
+QDbptr *nullHandle()
+{
+    static QDbptr *volatile handle = nullptr;
+    return handle;
+}
+
+struct Method {
+    const char *nameInMessage;
+    std::function<void(QDbptr *)> call;
+};
+
+// Named as the compiler prints it, when a test fails.
+void PrintTo(const Method &method, std::ostream *out)
+{
+    *out << method.nameInMessage;
+}
+
+class NullHandle : public testing::TestWithParam<Method>
+{
+};
+
+TEST_P(NullHandle, ThrowsNamingTheMethod)
+{
+    EXPECT_EQ(thrownBy([] { GetParam().call(nullHandle()); }),
+              std::string("QDbptr::") + GetParam().nameInMessage + ": Attempted to call on null object");
+}
+
+#define CALL(NAME, ...)                                                                                      \
+    Method                                                                                                   \
+    {                                                                                                        \
+#NAME, [](QDbptr * handle) { handle->NAME(__VA_ARGS__); }                                            \
+    }
+
+INSTANTIATE_TEST_SUITE_P(
+    Methods, NullHandle,
+    testing::Values(CALL(getConnection), CALL(getDbptr), CALL(getIndexDatabase), CALL(getIndexTable),
+                    CALL(getIndexField), CALL(getIndexRecord), CALL(getDbptrType), CALL(getName),
+                    CALL(toString), CALL(toString, QDbptrToStringIndexesOnly), CALL(moveTo, Dbptr{}),
+                    CALL(invalidate), CALL(request, "table_name"), CALL(request, "table_name", {1}),
+                    CALL(dbGet, false), CALL(dbGetv), CALL(dbGetv, {"orid"}), CALL(lookupTable, "origin"),
+                    CALL(lookupTable, 1), CALL(lookupField, "orid"), CALL(lookupField, 1),
+                    CALL(lookupRecord, 1), CALL(fieldIsPrimary), CALL(columnIsProbablyNull),
+                    CALL(columnApproxWidthChars), CALL(getNonNullTableFields), CALL(findJoinTablesPresent)));
+
+INSTANTIATE_TEST_SUITE_P(TextGetters, NullHandle,
+                         testing::Values(CALL(getDatabaseFileName), CALL(getDatabaseFilename),
+                                         CALL(getDatabaseName), CALL(getSchemaName), CALL(getTableName),
+                                         CALL(getFieldName), CALL(getFieldNull), CALL(getDatabaseDescription),
+                                         CALL(getTableDescription), CALL(getFieldDescription),
+                                         CALL(getSchemaDetail), CALL(getDatabaseDetail), CALL(getTableDetail),
+                                         CALL(getFieldDetail), CALL(getFieldRange), CALL(getFieldFormat),
+                                         CALL(getFieldUnits), CALL(getFieldBaseTable), CALL(getTableFilename),
+                                         CALL(getTableDirname), CALL(getDatabaseAbspath), CALL(getDbPath),
+                                         CALL(getTableCreation), CALL(getUniqueIdName), CALL(getTimedateName),
+                                         CALL(getDbIdServer), CALL(getDbLocks)));
+
+INSTANTIATE_TEST_SUITE_P(OtherGetters, NullHandle,
+                         testing::Values(CALL(getFieldType), CALL(getTableCount), CALL(getFieldCount),
+                                         CALL(getRecordCount), CALL(getTableSize), CALL(getFieldSize),
+                                         CALL(getRecordSize), CALL(getFieldIndex), CALL(getTableModTime),
+                                         CALL(tableIsPresent), CALL(tableIsView), CALL(tableIsWritable),
+                                         CALL(getSchemaTables), CALL(getTableFields),
+                                         CALL(getBaseTablesPresent), CALL(getBaseTablesAbsent),
+                                         CALL(getViewsPresent), CALL(getViewTables), CALL(findJoinTables),
+                                         CALL(getPrimaryKey), CALL(getAlternateKey), CALL(getForeignKeys),
+                                         CALL(getLinkFieldTables), CALL(getTableModTimes)));
+
+INSTANTIATE_TEST_SUITE_P(
+    IrregularNames, NullHandle,
+    testing::Values(Method{"getgetSchemaDescription", [](QDbptr *handle) { handle->getSchemaDescription(); }},
+                    Method{"fieldIsNull", [](QDbptr *handle) { handle->cellIsNull(); }}));
+
+TEST(NullHandle, IsNotValid)
+{
+    EXPECT_FALSE(nullHandle()->isValid());
+}
+
+TEST(NullHandle, ClosesNothing)
+{
+    EXPECT_NO_THROW(nullHandle()->closeDatabase());
+}
+
+} // namespace

@@ -58,12 +58,12 @@ std::string spoken(double seconds)
     if (std::isnan(seconds))
         return "an unknown time";
     if (std::isinf(seconds))
-        return seconds < 0 ? "-an infinite time" : "an infinite time";
+        return "an infinite time";
     const double size = std::fabs(seconds);
     for (const Unit &unit : units) {
         const std::string number = shown(size / unit.seconds);
         // The number as shown decides: 59.96 minutes are an hour, not 60 minutes.
-        double value = 0;
+        double value = HUGE_VAL; // where rounding has gone beyond the largest number
         std::from_chars(number.data(), number.data() + number.size(), value);
         if (value >= unit.most)
             continue;

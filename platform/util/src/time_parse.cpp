@@ -47,10 +47,9 @@ std::optional<int32_t> offset_of(const WrittenTime &time, const TimeZone *zone)
     if (time.offset)
         return time.offset;
     if (!time.abbreviation.empty()) {
-        // The zone named by the caller has the last word where it has the abbreviation at all.
-        if (zone && zone->offset_of(time.abbreviation, time.local_seconds))
-            return abbreviated_offset(time.abbreviation, time.local_seconds, {zone});
-        return abbreviated_offset(time.abbreviation, time.local_seconds, shown_zones());
+        // The zone that the caller names goes before all others.
+        const auto own = zone ? zone->offset_of(time.abbreviation, time.local_seconds) : std::nullopt;
+        return own ? own : abbreviated_offset(time.abbreviation, time.local_seconds, shown_zones());
     }
     if (!zone)
         return 0;

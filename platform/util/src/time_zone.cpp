@@ -62,25 +62,45 @@ std::vector<ZonePeriod> TimeZone::periods_showing(int64_t local) const
 
 std::optional<int32_t> TimeZone::offset_of(std::string_view abbreviation, int64_t local) const
 {
-    const ZonePeriod *nearest = nullptr;
-    const auto periods = all_periods();
-    for (const ZonePeriod &period : periods) {
-        if (same_abbreviation(period.abbreviation, abbreviation) &&
-            (!nearest || distance(period, local) < distance(*nearest, local)))
-            nearest = &period;
+    for (const ZonePeriod &period : periods_showing(local)) {
+        if (same_abbreviation(period.abbreviation, abbreviation))
+            return period.offset;
     }
-    return nearest ? std::optional(nearest->offset) : std::nullopt;
+    std::optional<int32_t> offset;
+    int64_t nearest = ZonePeriod::forever;
+    const auto consider = [&](const ZonePeriod &period) {
+        if (!same_abbreviation(period.abbreviation, abbreviation))
+            return;
+        if (const int64_t away = distance(period, local); !offset || away < nearest) {
+            offset = period.offset;
+            nearest = away;
+        }
+    };
+    std::for_each(periods_.begin(), periods_.end(), consider);
+    for (const ZonePeriod &period : rule_periods())
+        consider(period);
+    return offset;
+}
+
+std::vector<ZonePeriod> TimeZone::rule_periods() const
+{
+    if (!rule_)
+        return {};
+    const int64_t begin = periods_.back().begin;
+    const auto lasting = [begin](const PosixRule::Clock &clock) {
+        return ZonePeriod{begin, ZonePeriod::forever, clock.offset, clock.abbreviation};
+    };
+    std::vector<ZonePeriod> periods{lasting(rule_->standard())};
+    if (const auto &summer = rule_->summer())
+        periods.push_back(lasting(*summer));
+    return periods;
 }
 
 std::vector<ZonePeriod> TimeZone::all_periods() const
 {
     std::vector<ZonePeriod> all = periods_;
-    if (rule_) {
-        const int64_t begin = periods_.back().begin;
-        all.push_back({begin, ZonePeriod::forever, rule_->standard().offset, rule_->standard().abbreviation});
-        if (const auto &summer = rule_->summer())
-            all.push_back({begin, ZonePeriod::forever, summer->offset, summer->abbreviation});
-    }
+    for (ZonePeriod &period : rule_periods())
+        all.push_back(std::move(period));
     return all;
 }
 

@@ -27,14 +27,17 @@ public:
      * earlier first) where they show it twice. */
     std::vector<ZonePeriod> periods_showing(int64_t local) const;
 
-    /* Of the periods with this abbreviation the offset of the one nearest to a local time; nothing when the
-     * zone never had the abbreviation. */
+    /* The offset that an abbreviation means in the zone at a local time: that of the period in force, else of
+     * the nearest one that has it; nothing when the zone never had the abbreviation. */
     std::optional<int32_t> offset_of(std::string_view abbreviation, int64_t local) const;
 
     /* Every period of the data; those of the rule as one period of each abbreviation, without an end. */
     std::vector<ZonePeriod> all_periods() const;
 
 private:
+    /* Those of the rule: one for each abbreviation, without an end. */
+    std::vector<ZonePeriod> rule_periods() const;
+
     std::vector<ZonePeriod> periods_;
     std::optional<PosixRule> rule_;
 };

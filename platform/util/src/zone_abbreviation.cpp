@@ -18,7 +18,8 @@ constexpr UsualZone usual_zones[] = {
     {"EST", "America/New_York"},    {"EDT", "America/New_York"},    {"CST", "America/Chicago"},
     {"CDT", "America/Chicago"},     {"MST", "America/Denver"},      {"MDT", "America/Denver"},
     {"PST", "America/Los_Angeles"}, {"PDT", "America/Los_Angeles"}, {"AST", "America/Halifax"},
-    {"IST", "Asia/Kolkata"},        {"BST", "Europe/London"},
+    {"IST", "Asia/Kolkata"},        {"BST", "Europe/London"},       {"KST", "Asia/Seoul"},
+    {"MSK", "Europe/Moscow"},       {"NST", "America/St_Johns"},
 };
 
 struct AnyCase {
@@ -76,12 +77,6 @@ std::optional<int32_t> offset_in_force(const TimeZone &zone, std::string_view ab
     return std::nullopt;
 }
 
-std::optional<int32_t> offset_in_zone(const TimeZone &zone, std::string_view abbreviation, int64_t local)
-{
-    const auto in_force = offset_in_force(zone, abbreviation, local);
-    return in_force ? in_force : zone.offset_of(abbreviation, local);
-}
-
 std::optional<int32_t> usual_offset(std::string_view abbreviation, int64_t local)
 {
     const auto usual =
@@ -89,7 +84,7 @@ std::optional<int32_t> usual_offset(std::string_view abbreviation, int64_t local
             return same_abbreviation(each.abbreviation, abbreviation);
         });
     const TimeZone *zone = usual == std::end(usual_zones) ? nullptr : find_zone(usual->zone);
-    return zone ? offset_in_zone(*zone, abbreviation, local) : std::nullopt;
+    return zone ? zone->offset_of(abbreviation, local) : std::nullopt;
 }
 
 } // namespace

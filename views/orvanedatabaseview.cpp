@@ -21,7 +21,8 @@ namespace {
 
 enum StackPage { TablesPage = 0, ViewsPage = 1, ProductsPage = 2 };
 
-constexpr int smallestFont = 4; // points
+constexpr int statusSpacing = 24; // pixels between the labels
+constexpr int smallestFont = 4;   // points
 constexpr int largestFont = 72;
 constexpr int defaultFont = 10;
 
@@ -128,8 +129,12 @@ void OrvaneDatabaseView::buildLayout()
 
     auto *grid = new QGridLayout;
     auto *status = new QHBoxLayout;
+    status->setSpacing(statusSpacing);
     grid->addWidget(&m_stack, 0, 0);
     grid->addLayout(status, 1, 0);
+    for (QLabel *label : {m_rowCountLabel, m_modificationLabel, m_updateLabel}) {
+        label->setMinimumWidth(1); // or a long text would keep the window from being narrower than it
+    }
     status->addWidget(m_rowCountLabel);
     status->addWidget(m_modificationLabel);
     status->addWidget(m_updateLabel, 0, Qt::AlignRight);

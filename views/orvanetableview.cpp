@@ -78,16 +78,22 @@ void OrvaneTableView::applyFont()
 void OrvaneTableView::setRowHeight(int pixels)
 {
     QHeaderView &rows = *verticalHeader();
-    if (rows.defaultSectionSize() == pixels && rows.minimumSectionSize() <= pixels) {
+    if (rows.defaultSectionSize() == pixels) {
         return;
     }
     {
         // A header tells the change of every section one by one, and a table may have ten million of them.
         const QSignalBlocker quiet(&rows);
+        // The style's own minimum may be larger than a line of small text, and bounds the default. Raised
+        // first, it would resize the sections singly.
+        const bool shrinks = pixels < rows.minimumSectionSize();
+        if (shrinks) {
+            rows.setMinimumSectionSize(pixels);
+        }
         rows.setDefaultSectionSize(pixels);
-        // The style's own minimum may be larger than a line of small text. Set after the default, or a larger
-        // one would resize the sections singly.
-        rows.setMinimumSectionSize(pixels);
+        if (!shrinks) {
+            rows.setMinimumSectionSize(pixels);
+        }
     }
     rows.viewport()->update();
     scheduleDelayedItemsLayout();

@@ -1,0 +1,147 @@
+#include "application.h"
+
+#include <memory>
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QScreen>
+
+#include <orvanedatabasemodel.h>
+#include <qovutil.h>
+
+#include "configuration.h"
+#include "main_window.h"
+#include "open_dialog.h"
+
+namespace {
+
+constexpr QSize preferredSize(1120, 720);
+constexpr int cascadeStep = 32; // pixels between one window and the next
+
+QString whyNotOpened(const OrvaneDatabaseModel &model, const QString &name)
+{
+    QString reason = model.openError().trimmed();
+    if (reason.isEmpty()) {
+        reason = QCoreApplication::translate("ovedit", "The database library gave no reason.");
+    }
+    return QCoreApplication::translate("ovedit",
+                                       "The database %1 can't be opened.\n\n%2\n\nChoose the descriptor of a "
+                                       "database, or one of its table files.")
+        .arg(QDir::toNativeSeparators(name), reason);
+}
+
+} // namespace
+
+Application::Application(Settings &settings) : m_settings(settings)
+{
+    registerKnownKeys(m_config);
+    m_settings.restore(m_config);
+}
+
+Application::~Application()
+{
+    for (const QPointer<MainWindow> &window : m_windows) {
+        delete window;
+    }
+}
+
+QList<MainWindow *> Application::windows() const
+{
+    QList<MainWindow *> open;
+    for (const QPointer<MainWindow> &window : m_windows) {
+        if (window != nullptr) {
+            open.append(window);
+        }
+    }
+    return open;
+}
+
+MainWindow *Application::newWindow()
+{
+    auto *window = new MainWindow(*this);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    placeWindow(*window);
+    m_windows.removeAll(nullptr);
+    m_windows.append(window);
+    return window;
+}
+
+void Application::placeWindow(MainWindow &window) const
+{
+    const QRect screen = QApplication::primaryScreen()->availableGeometry();
+    if (!window.restoreGeometry(m_settings.windowGeometry())) {
+        window.resize(preferredSize.boundedTo(screen.size() * 0.92));
+        window.move(screen.center() - QRect(QPoint(), window.size()).center());
+    }
+    const int others = windows().size();
+    if (others > 0) {
+        window.move(window.pos() + QPoint(cascadeStep, cascadeStep) * (others % 8));
+    }
+}
+
+MainWindow *Application::showStartPage()
+{
+    MainWindow *window = newWindow();
+    window->show();
+    return window;
+}
+
+MainWindow *Application::windowOf(const QString &databaseFile) const
+{
+    for (MainWindow *window : windows()) {
+        if (window->hasDatabase() && window->databaseFile() == databaseFile) {
+            return window;
+        }
+    }
+    return nullptr;
+}
+
+MainWindow *Application::openDatabase(const QString &name, const QString &mode, MainWindow *from)
+{
+    // By the absolute path, so that one database has one name whatever folder the program was started in.
+    const QString path = QDir::cleanPath(QFileInfo(name).absoluteFilePath());
+    takeErrorLog(); // what is in it now has nothing to do with this database
+    OrvaneDatabaseModel *model = OrvaneDatabaseModel::uniqueOrvaneDatabaseModel(m_config, path, mode);
+    for (MainWindow *window : windows()) {
+        if (window->shows(*model)) {
+            window->bringToFront(QString());
+            return window;
+        }
+    }
+    std::unique_ptr<OrvaneDatabaseModel> opened(model);
+    if (!opened->isOpen() && opened->openError().isEmpty()) {
+        opened->open(); // the configuration may say that models don't open by themselves
+    }
+    if (!opened->isOpen()) {
+        const QString reason = whyNotOpened(*opened, path);
+        opened.reset();
+        takeErrorLog(); // it is told in the box
+        qovutil_showError(reason, from);
+        return nullptr;
+    }
+    if (MainWindow *window = windowOf(MainWindow::fileOf(*opened))) {
+        window->bringToFront(opened->getInitialTableName());
+        return window;
+    }
+    MainWindow *window = from != nullptr && !from->hasDatabase() ? from : newWindow();
+    window->showDatabase(std::move(opened), path, mode);
+    window->bringToFront(QString());
+    m_settings.addRecentDatabase(path);
+    m_problems.collect();
+    return window;
+}
+
+void Application::chooseDatabase(MainWindow *from)
+{
+    OpenDialog dialog(m_settings, from);
+    if (dialog.exec() == QDialog::Accepted) {
+        openDatabase(dialog.database(), dialog.mode(), from);
+    }
+}
+
+// The event loop ends with the last window.
+void Application::quit()
+{
+    QApplication::closeAllWindows();
+}

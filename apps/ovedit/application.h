@@ -1,0 +1,58 @@
+// The running program: its configuration, its settings, and a window for each open database.
+#ifndef OVEDIT_APPLICATION_H
+#define OVEDIT_APPLICATION_H
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+
+#include <ovconfig.h>
+
+#include "problem_log.h"
+#include "settings.h"
+
+class MainWindow;
+class QWidget;
+
+class Application : public QObject
+{
+    Q_OBJECT
+
+public:
+    // `settings` must outlive the application.
+    explicit Application(Settings &settings);
+    ~Application() override;
+
+    OvConfig &config() { return m_config; }
+    Settings &settings() { return m_settings; }
+    ProblemLog &problems() { return m_problems; }
+
+    // The open windows, oldest first. A window deletes itself when it is closed.
+    QList<MainWindow *> windows() const;
+
+    // A window without a database, which offers to open one.
+    MainWindow *showStartPage();
+
+    // Opens DATABASE or DATABASE.TABLE with the mode "r" or "r+" and returns its window: the one that shows
+    // this database already, else `from` if it shows none yet, else a new one. When it can't be opened, tells
+    // why in a box over `from` (may be null) and returns null.
+    MainWindow *openDatabase(const QString &name, const QString &mode, MainWindow *from);
+
+    // Asks for a database and opens it.
+    void chooseDatabase(MainWindow *from);
+
+public slots:
+    void quit();
+
+private:
+    MainWindow *newWindow();
+    MainWindow *windowOf(const QString &databaseFile) const;
+    void placeWindow(MainWindow &window) const;
+
+    Settings &m_settings;
+    OvConfig m_config;
+    ProblemLog m_problems;
+    QList<QPointer<MainWindow>> m_windows;
+};
+
+#endif

@@ -1,0 +1,92 @@
+// The window of one database, or the start page of a window that has none yet.
+#ifndef OVEDIT_MAIN_WINDOW_H
+#define OVEDIT_MAIN_WINDOW_H
+
+#include <memory>
+
+#include <QMainWindow>
+#include <QPointer>
+#include <QString>
+
+class Application;
+class Menus;
+class NoticeBar;
+class OrvaneDatabaseModel;
+class OrvaneDatabaseView;
+class SchemaWindow;
+class StartPage;
+class QTabWidget;
+
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit MainWindow(Application &application);
+    ~MainWindow() override;
+
+    // Takes an open database over, opened under `name` with `mode`, in place of the start page.
+    void showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const QString &name, const QString &mode);
+
+    bool hasDatabase() const { return m_view != nullptr; }
+    bool shows(const OrvaneDatabaseModel &model) const { return m_model.get() == &model; }
+
+    // What tells one database from another; empty without a database.
+    QString databaseFile() const;
+    static QString fileOf(OrvaneDatabaseModel &model);
+
+    // Null without a database.
+    OrvaneDatabaseModel *model() const { return m_model.get(); }
+    OrvaneDatabaseView *view() const { return m_view; }
+    Application &application() const { return m_application; }
+
+    // The tab widget of a page (0 tables, 1 views, 2 products); null without a database.
+    QTabWidget *page(int index) const;
+
+    // Raises the window, and a table's tab unless the name is empty.
+    void bringToFront(const QString &table);
+
+    // The commands of the menus.
+    void openDatabase();
+    void closeProduct();
+    void nextTab();
+    void previousTab();
+    void lookForChanges();
+    void chooseFontSize();
+    void largerFont();
+    void smallerFont();
+    void standardFont();
+    void chooseTimeZone();
+    void chooseUpdateInterval();
+    void showProblems();
+    void showSchema();
+    void showAbout();
+    void closeWindow() { close(); }
+    void quit();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private slots:
+    void updateTitle();
+    void configurationChanged();
+    void problemsChanged();
+
+private:
+    void stepTab(int step);
+    void setPoints(int points);
+    void applyEmptyColumns();
+
+    Application &m_application;
+    std::unique_ptr<OrvaneDatabaseModel> m_model;
+    QString m_databaseName;
+    QString m_mode;
+    bool m_emptyColumnsShown = false;
+    StartPage *m_startPage = nullptr;
+    NoticeBar *m_notice = nullptr;
+    OrvaneDatabaseView *m_view = nullptr;
+    QPointer<SchemaWindow> m_schemaWindow;
+    Menus *m_menus = nullptr;
+};
+
+#endif

@@ -1,0 +1,303 @@
+#include "menus.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTabWidget>
+
+#include <orvanedatabasemodel.h>
+#include <orvanedatabaseview.h>
+
+#include "application.h"
+#include "configuration.h"
+#include "main_window.h"
+
+namespace {
+
+#define T(text) QT_TRANSLATE_NOOP("ovedit", text)
+
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("ovedit", text);
+}
+
+const Command openCommand = {
+    "open", T("&Open..."), "Ctrl+O", T("Open a database"), Needs::Nothing, &MainWindow::openDatabase};
+
+const Command fileCommands[] = {
+    {"close", T("&Close Window"), "Ctrl+W", T("Close this window and its database"), Needs::Nothing,
+     &MainWindow::closeWindow},
+    {"quit", T("&Quit"), "Ctrl+Q", T("Close all windows"), Needs::Nothing, &MainWindow::quit},
+};
+
+const Command fontCommands[] = {
+    {"fontLarger", T("&Larger"), "Ctrl++", "", Needs::Nothing, &MainWindow::largerFont},
+    {"fontSmaller", T("&Smaller"), "Ctrl+-", "", Needs::Nothing, &MainWindow::smallerFont},
+    {"fontStandard", T("S&tandard"), "Ctrl+0", "", Needs::Nothing, &MainWindow::standardFont},
+    {"fontChoose", T("S&et..."), "", "", Needs::Nothing, &MainWindow::chooseFontSize},
+};
+
+const Command viewCommands[] = {
+    {"timeZone", T("Time &Zone..."), "", T("Choose the zone in which local times are shown"), Needs::Nothing,
+     &MainWindow::chooseTimeZone},
+    {"updateInterval", T("Update &Interval..."), "", T("Say how often to look for changed tables"),
+     Needs::Nothing, &MainWindow::chooseUpdateInterval},
+    {"lookForChanges", T("Look for &Changes"), "F5", T("Look now for changed tables"), Needs::Database,
+     &MainWindow::lookForChanges},
+};
+
+const Command tabCommands[] = {
+    {"nextTab", T("&Next Tab"), "Ctrl+PgDown", "", Needs::SeveralTabs, &MainWindow::nextTab},
+    {"previousTab", T("P&revious Tab"), "Ctrl+PgUp", "", Needs::SeveralTabs, &MainWindow::previousTab},
+    {"closeProduct", T("&Close Product"), "Ctrl+F4", T("Close the product shown"), Needs::Product,
+     &MainWindow::closeProduct},
+};
+
+const Command problemsCommand = {
+    "problems",     T("&Problems..."),        "", T("What the libraries have complained about"),
+    Needs::Nothing, &MainWindow::showProblems};
+
+const Command helpCommands[] = {
+    {"schema", T("&Schema Documentation"), "F1", T("Every table and field of the schema, described"),
+     Needs::Database, &MainWindow::showSchema},
+    {"about", T("&About ovedit"), "", "", Needs::Nothing, &MainWindow::showAbout},
+};
+
+struct Page {
+    const char *name;
+    const char *text;
+    const char *keys;
+};
+// By index in the stack of the database window.
+const Page pages[] = {
+    {"pageTables", T("&Tables"), "Alt+1"},
+    {"pageViews", T("&Views"), "Alt+2"},
+    {"pageProducts", T("&Products"), "Alt+3"},
+};
+
+#undef T
+
+constexpr int productsPage = 2;
+
+// A path short enough for a menu, its end kept.
+QString menuText(const QString &path)
+{
+    constexpr int longest = 70;
+    QString text = path.size() <= longest ? path : QString::fromUtf8("\u2026") + path.right(longest - 1);
+    return text.replace("&", "&&");
+}
+
+} // namespace
+
+Menus::Menus(MainWindow &window) : QObject(&window), m_window(window)
+{
+    build();
+    update();
+}
+
+void Menus::build()
+{
+    QMenuBar &bar = *m_window.menuBar();
+
+    QMenu &file = *bar.addMenu(tr("&File"));
+    addCommand(file, openCommand);
+    m_recent = addListMenu(file, tr("Open &Recent"), "recentMenu", &Menus::fillRecent);
+    file.addSeparator();
+    for (const Command &command : fileCommands) {
+        addCommand(file, command);
+    }
+
+    QMenu &view = *bar.addMenu(tr("&View"));
+    view.setToolTipsVisible(true);
+    addSwitches(view);
+    view.addSeparator();
+    addFontSize(view);
+    for (const Command &command : viewCommands) {
+        addCommand(view, command);
+    }
+    m_timeZone = m_window.findChild<QAction *>("timeZone");
+
+    QMenu &windowMenu = *bar.addMenu(tr("&Window"));
+    addPages(windowMenu);
+    windowMenu.addSeparator();
+    m_tables = addListMenu(windowMenu, tr("&Go to Table"), "tablesMenu", &Menus::fillTables);
+    for (const Command &command : tabCommands) {
+        addCommand(windowMenu, command);
+    }
+    windowMenu.addSeparator();
+    m_windows = addListMenu(windowMenu, tr("&Databases"), "windowsMenu", &Menus::fillWindows);
+
+    QMenu &help = *bar.addMenu(tr("&Help"));
+    for (const Command &command : helpCommands) {
+        addCommand(help, command);
+    }
+    addCommand(help, problemsCommand);
+    m_problems = m_window.findChild<QAction *>("problems");
+}
+
+void Menus::addCommand(QMenu &menu, const Command &command)
+{
+    QAction *action = menu.addAction(translated(command.text));
+    action->setObjectName(command.name);
+    action->setParent(&m_window);
+    action->setShortcut(QKeySequence(command.keys, QKeySequence::PortableText));
+    if (*command.tip != '\0') {
+        action->setToolTip(translated(command.tip));
+    }
+    MainWindow *window = &m_window;
+    connect(action, &QAction::triggered, window, [window, run = command.run] { (window->*run)(); });
+    m_needs.insert(action, command.needs);
+}
+
+void Menus::addSwitches(QMenu &menu)
+{
+    for (const Switch &known : viewSwitches()) {
+        QAction *action = menu.addAction(translated(known.text));
+        const QString key = known.key;
+        action->setObjectName(key);
+        action->setToolTip(translated(known.tip));
+        action->setCheckable(true);
+        connect(action, &QAction::triggered, this, [this, key] { flip(key); });
+        m_switches.insert(key, action);
+    }
+}
+
+void Menus::addFontSize(QMenu &menu)
+{
+    QMenu &sizes = *menu.addMenu(tr("&Font Size"));
+    for (const Command &command : fontCommands) {
+        addCommand(sizes, command);
+    }
+    // On most keyboards the plus shares its key with the equals sign.
+    m_window.findChild<QAction *>("fontLarger")
+        ->setShortcuts({QKeySequence("Ctrl++"), QKeySequence("Ctrl+=")});
+}
+
+void Menus::addPages(QMenu &menu)
+{
+    auto *group = new QActionGroup(this);
+    for (const Page &known : pages) {
+        QAction *action = menu.addAction(translated(known.text));
+        const int index = m_pages.size();
+        action->setObjectName(known.name);
+        action->setShortcut(QKeySequence(known.keys, QKeySequence::PortableText));
+        action->setCheckable(true);
+        group->addAction(action);
+        connect(action, &QAction::triggered, this, [this, index] {
+            if (OrvaneDatabaseView *view = m_window.view()) {
+                view->showStackItem(index);
+            }
+        });
+        m_pages.append(action);
+    }
+}
+
+// A menu whose entries are made when it is opened.
+QMenu *Menus::addListMenu(QMenu &menu, const QString &text, const char *name, void (Menus::*fill)())
+{
+    QMenu *list = menu.addMenu(text);
+    list->setObjectName(name);
+    connect(list, &QMenu::aboutToShow, this, fill);
+    return list;
+}
+
+bool Menus::isMet(Needs needs) const
+{
+    OrvaneDatabaseView *view = m_window.view();
+    switch (needs) {
+    case Needs::Nothing:
+        return true;
+    case Needs::Database:
+        return view != nullptr;
+    case Needs::SeveralTabs:
+        return view != nullptr && m_window.page(view->getCurrentStackIndex())->count() > 1;
+    case Needs::Product:
+        return view != nullptr && view->getCurrentStackIndex() == productsPage &&
+               view->getCurrentTabIndex() >= 0;
+    }
+    return false;
+}
+
+void Menus::update()
+{
+    for (auto entry = m_needs.cbegin(); entry != m_needs.cend(); ++entry) {
+        entry.key()->setEnabled(isMet(entry.value()));
+    }
+    OvConfig &config = m_window.application().config();
+    for (auto entry = m_switches.cbegin(); entry != m_switches.cend(); ++entry) {
+        entry.value()->setChecked(config[entry.key()].toBool());
+    }
+    OrvaneDatabaseView *view = m_window.view();
+    for (int index = 0; index < m_pages.size(); ++index) {
+        QTabWidget *page = m_window.page(index);
+        m_pages[index]->setEnabled(page != nullptr && (index == 0 || page->count() > 0));
+        m_pages[index]->setChecked(view != nullptr && view->getCurrentStackIndex() == index);
+    }
+    m_tables->setEnabled(isMet(Needs::Database));
+    m_recent->setEnabled(!m_window.application().settings().recentDatabases().isEmpty());
+    m_problems->setEnabled(!m_window.application().problems().problems().isEmpty());
+    const QString zone = config["local_time_zone"].toString();
+    m_timeZone->setText(tr("Time &Zone (%1)...").arg(zone.isEmpty() ? "UTC" : zone));
+}
+
+void Menus::flip(const QString &key)
+{
+    Application &application = m_window.application();
+    application.config().toggle(key);
+    application.settings().remember(application.config(), key);
+    update();
+}
+
+void Menus::fillRecent()
+{
+    m_recent->clear();
+    Application &application = m_window.application();
+    for (const QString &path : application.settings().recentDatabases()) {
+        QAction *action = m_recent->addAction(menuText(path));
+        connect(action, &QAction::triggered, this,
+                [this, path] { m_window.application().openDatabase(path, "r", &m_window); });
+    }
+    m_recent->addSeparator();
+    connect(m_recent->addAction(tr("&Clear List")), &QAction::triggered, this, [this] {
+        m_window.application().settings().clearRecentDatabases();
+        update();
+    });
+}
+
+void Menus::fillTables()
+{
+    m_tables->clear();
+    if (m_window.view() == nullptr) {
+        return;
+    }
+    for (int index = 0; index < productsPage; ++index) {
+        QTabWidget &page = *m_window.page(index);
+        if (index > 0 && page.count() > 0) {
+            m_tables->addSeparator();
+        }
+        for (int tab = 0; tab < page.count(); ++tab) {
+            const QString name = page.tabText(tab);
+            QAction *action = m_tables->addAction(name);
+            action->setCheckable(true);
+            action->setChecked(m_window.view()->getCurrentStackIndex() == index &&
+                               page.currentIndex() == tab);
+            connect(action, &QAction::triggered, this,
+                    [this, name] { m_window.view()->setFocusTable(name); });
+        }
+    }
+}
+
+void Menus::fillWindows()
+{
+    m_windows->clear();
+    for (MainWindow *window : m_window.application().windows()) {
+        QAction *action = m_windows->addAction(
+            menuText(window->hasDatabase() ? window->databaseFile() : tr("(no database)")));
+        action->setCheckable(true);
+        action->setChecked(window == &m_window);
+        connect(action, &QAction::triggered, window, [window] { window->bringToFront(QString()); });
+    }
+}

@@ -1,0 +1,48 @@
+#include "problem_log.h"
+
+#include <cstdlib>
+#include <memory>
+
+#include <orvane/util.h>
+
+namespace {
+
+constexpr int collectEvery = 1000; // milliseconds
+
+}
+
+QStringList takeErrorLog()
+{
+    const std::unique_ptr<char, void (*)(void *)> text(elog_string(0), std::free);
+    elog_clear();
+    return QString::fromUtf8(text.get()).split('\n', Qt::SkipEmptyParts);
+}
+
+ProblemLog::ProblemLog(QObject *parent) : QObject(parent)
+{
+    m_timer.setTimerType(Qt::VeryCoarseTimer);
+    connect(&m_timer, &QTimer::timeout, this, &ProblemLog::collect);
+    m_timer.start(collectEvery);
+}
+
+void ProblemLog::collect()
+{
+    if (elog_count() == 0) {
+        return;
+    }
+    const int before = m_problems.size();
+    for (const QString &line : takeErrorLog()) {
+        if (m_problems.size() < mostProblems && !m_problems.contains(line)) {
+            m_problems.append(line);
+        }
+    }
+    if (m_problems.size() != before) {
+        emit changed();
+    }
+}
+
+void ProblemLog::clear()
+{
+    m_problems.clear();
+    emit changed();
+}

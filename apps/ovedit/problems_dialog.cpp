@@ -1,0 +1,39 @@
+#include "problems_dialog.h"
+
+#include <QClipboard>
+#include <QDialogButtonBox>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "problem_log.h"
+
+ProblemsDialog::ProblemsDialog(ProblemLog &log, QWidget *parent) : QDialog(parent)
+{
+    setWindowTitle(tr("Problems"));
+    resize(760, 320);
+    auto *list = new QListWidget;
+    list->setObjectName("problemList");
+    list->setWordWrap(true);
+    list->setAlternatingRowColors(true);
+    list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    list->addItems(log.problems());
+
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    QPushButton *copy = buttons->addButton(tr("C&opy"), QDialogButtonBox::ActionRole);
+    QPushButton *clear = buttons->addButton(tr("C&lear"), QDialogButtonBox::ResetRole);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(copy, &QPushButton::clicked, this,
+            [&log] { QGuiApplication::clipboard()->setText(log.problems().join('\n')); });
+    connect(clear, &QPushButton::clicked, this, [this, &log] {
+        log.clear();
+        accept();
+    });
+
+    auto *column = new QVBoxLayout(this);
+    column->addWidget(new QLabel(tr("What could not be read, and why:")));
+    column->addWidget(list);
+    column->addWidget(buttons);
+}

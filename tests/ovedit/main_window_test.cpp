@@ -1,0 +1,246 @@
+#include "main_window.h"
+
+#include <QListWidget>
+#include <QMenu>
+#include <QPointer>
+#include <QTabWidget>
+
+#include <orvanedatabasemodel.h>
+
+#include "notice_bar.h"
+#include "running_program.h"
+#include "start_page.h"
+
+namespace {
+
+TEST_F(RunningProgram, offersToOpenADatabaseWhenItHasNone)
+{
+    MainWindow &window = *program.showStartPage();
+    EXPECT_FALSE(window.hasDatabase());
+    EXPECT_NE(window.findChild<StartPage *>(), nullptr);
+    EXPECT_EQ(window.windowTitle(), "ovedit");
+    for (const char *name : {"schema", "lookForChanges", "nextTab", "previousTab", "closeProduct",
+                             "pageTables", "pageViews", "pageProducts", "problems"}) {
+        EXPECT_FALSE(action(window, name).isEnabled()) << name;
+    }
+    EXPECT_TRUE(action(window, "open").isEnabled());
+}
+
+TEST_F(RunningProgram, opensADatabaseInPlaceOfTheStartPage)
+{
+    MainWindow *start = program.showStartPage();
+    EXPECT_EQ(program.openDatabase(path(), "r", start), start);
+    EXPECT_TRUE(start->hasDatabase());
+    EXPECT_EQ(start->findChild<StartPage *>(), nullptr);
+    EXPECT_EQ(start->page(0)->count(), 3);
+    EXPECT_EQ(program.windows().size(), 1);
+    EXPECT_EQ(settings.recentDatabases(), QStringList{path()});
+    EXPECT_TRUE(action(*start, "schema").isEnabled());
+    EXPECT_TRUE(action(*start, "nextTab").isEnabled());
+    EXPECT_TRUE(action(*start, "pageTables").isChecked());
+}
+
+TEST_F(RunningProgram, namesDatabaseAndTableInTheTitle)
+{
+    MainWindow &window = opened();
+    EXPECT_EQ(window.windowTitle(), QString::fromUtf8("quakes.site \u2013 ovedit"));
+    action(window, "nextTab").trigger();
+    EXPECT_EQ(window.windowTitle(), QString::fromUtf8("quakes.arrival \u2013 ovedit"));
+}
+
+TEST_F(RunningProgram, turnsTabsInARound)
+{
+    MainWindow &window = opened();
+    for (const int expected : {1, 2, 0}) {
+        action(window, "nextTab").trigger();
+        EXPECT_EQ(window.view()->getCurrentTabIndex(), expected);
+    }
+    action(window, "previousTab").trigger();
+    EXPECT_EQ(window.view()->getCurrentTabIndex(), 2);
+}
+
+TEST_F(RunningProgram, hasOneWindowForADatabaseThatIsOpenedAgain)
+{
+    MainWindow &window = opened();
+    EXPECT_EQ(&opened(), &window);
+    EXPECT_EQ(&opened("arrival"), &window);
+    EXPECT_EQ(window.view()->getCurrentTableModel()->getTableName(), "arrival");
+    EXPECT_EQ(program.windows().size(), 1);
+    EXPECT_TRUE(window.model()->isOpen());
+}
+
+TEST_F(RunningProgram, hasAWindowForEachDatabase)
+{
+    const TemporaryDatabase second;
+    second.addTable("remark", {{"1", "1", "hello"}});
+    MainWindow &first = opened();
+    MainWindow *other = program.openDatabase(QString::fromStdString(second.path()), "r", &first);
+    ASSERT_NE(other, nullptr);
+    EXPECT_NE(other, &first);
+    EXPECT_EQ(program.windows(), (QList<MainWindow *>{&first, other}));
+    first.close();
+    settle();
+    EXPECT_EQ(program.windows(), QList<MainWindow *>{other});
+    EXPECT_TRUE(other->model()->isOpen());
+    EXPECT_EQ(other->view()->getCurrentTableModel()->rowCount(), 1);
+}
+
+TEST_F(RunningProgram, opensADatabaseAgainAfterItsWindowWasClosed)
+{
+    const QPointer<OrvaneTableModel> table = opened().view()->getCurrentTableModel();
+    program.windows().first()->close();
+    settle();
+    EXPECT_TRUE(program.windows().isEmpty());
+    EXPECT_TRUE(table.isNull());
+    EXPECT_EQ(opened().page(0)->count(), 3);
+}
+
+TEST_F(RunningProgram, beginsWithTheTableThatIsNamed)
+{
+    EXPECT_EQ(opened("event").view()->getFocusTableName(), "event");
+}
+
+TEST_F(RunningProgram, saysInOneBoxWhyADatabaseCantBeOpened)
+{
+    EXPECT_EQ(program.openDatabase("/nowhere/at/all", "r", nullptr), nullptr);
+    ASSERT_EQ(boxes.texts().size(), 1);
+    EXPECT_TRUE(boxes.texts().first().contains("/nowhere/at/all"));
+    EXPECT_TRUE(program.windows().isEmpty());
+    EXPECT_TRUE(settings.recentDatabases().isEmpty());
+    EXPECT_TRUE(program.problems().problems().isEmpty());
+}
+
+TEST_F(RunningProgram, tellsOfARefusedTableWithoutStandingInTheWay)
+{
+    files.writeFile("quakes.origin", "this is not a record\nof the right width\n");
+    MainWindow &window = opened();
+    EXPECT_TRUE(boxes.texts().isEmpty());
+    auto *notice = window.findChild<NoticeBar *>();
+    ASSERT_NE(notice, nullptr);
+    EXPECT_FALSE(notice->isHidden());
+    EXPECT_TRUE(action(window, "problems").isEnabled());
+    EXPECT_TRUE(program.problems().problems().join('\n').contains("quakes.origin"));
+    window.view()->setFocusTable("site");
+    EXPECT_EQ(window.view()->getCurrentTableModel()->rowCount(), 2);
+}
+
+TEST_F(RunningProgram, hasNoNoticeWhenAllIsWell)
+{
+    MainWindow &window = opened();
+    EXPECT_TRUE(window.findChild<NoticeBar *>()->isHidden())
+        << program.problems().problems().join('\n').toStdString();
+    EXPECT_FALSE(action(window, "problems").isEnabled());
+}
+
+TEST_F(RunningProgram, flipsASwitchOfTheConfigurationAndRemembersIt)
+{
+    MainWindow &window = opened();
+    QAction &readable = action(window, "show_readable_times");
+    EXPECT_TRUE(readable.isChecked());
+    readable.trigger();
+    EXPECT_FALSE(readable.isChecked());
+    EXPECT_EQ(program.config()["show_readable_times"], QVariant(false));
+    OvConfig next;
+    next.configure("show_readable_times", true);
+    settings.restore(next);
+    EXPECT_EQ(next["show_readable_times"], QVariant(false));
+}
+
+TEST_F(RunningProgram, checksASwitchThatIsFlippedElsewhere)
+{
+    MainWindow &window = opened();
+    program.config().toggle("show_raw_nulls");
+    EXPECT_TRUE(action(window, "show_raw_nulls").isChecked());
+}
+
+TEST_F(RunningProgram, showsAndHidesEmptyColumnsOfEveryTable)
+{
+    MainWindow &window = opened();
+    auto *arrival = qobject_cast<OrvaneTableView *>(window.page(0)->widget(1));
+    EXPECT_EQ(arrival->getFieldNamesVisible(), (QList<QString>{"sta", "time", "arid"}));
+    action(window, "show_empty_columns").trigger();
+    EXPECT_EQ(arrival->getFieldNamesVisible(), arrival->model()->getTableFields());
+    action(window, "show_empty_columns").trigger();
+    EXPECT_EQ(arrival->getFieldNamesVisible(), (QList<QString>{"sta", "time", "arid"}));
+}
+
+TEST_F(RunningProgram, changesTheFontOfTheTables)
+{
+    MainWindow &window = opened();
+    const auto points = [&] { return window.view()->getCurrentTableView()->font().pointSize(); };
+    EXPECT_EQ(points(), 10);
+    action(window, "fontLarger").trigger();
+    EXPECT_EQ(points(), 11);
+    action(window, "fontSmaller").trigger();
+    action(window, "fontSmaller").trigger();
+    EXPECT_EQ(points(), 9);
+    action(window, "fontStandard").trigger();
+    EXPECT_EQ(points(), 10);
+}
+
+TEST_F(RunningProgram, closesAProductFromTheMenu)
+{
+    MainWindow &window = opened();
+    EXPECT_FALSE(action(window, "pageProducts").isEnabled());
+    window.page(2)->addTab(new QWidget, "map");
+    window.view()->showStackItem(2);
+    EXPECT_TRUE(action(window, "pageProducts").isEnabled());
+    EXPECT_TRUE(action(window, "closeProduct").isEnabled());
+    action(window, "closeProduct").trigger();
+    EXPECT_EQ(window.page(2)->count(), 0);
+    EXPECT_EQ(window.view()->getCurrentStackIndex(), 0);
+    EXPECT_FALSE(action(window, "closeProduct").isEnabled());
+}
+
+TEST_F(RunningProgram, listsTablesWindowsAndRecentDatabasesInItsMenus)
+{
+    MainWindow &window = opened();
+    const auto entries = [&](const char *name) {
+        auto *menu = window.findChild<QMenu *>(name);
+        emit menu->aboutToShow();
+        QStringList texts;
+        for (QAction *entry : menu->actions()) {
+            texts.append(entry->text());
+        }
+        return texts;
+    };
+    EXPECT_EQ(entries("tablesMenu"), (QStringList{"site", "arrival", "event"}));
+    EXPECT_EQ(entries("windowsMenu").size(), 1);
+    EXPECT_TRUE(entries("recentMenu").first().endsWith("quakes"));
+    window.findChild<QMenu *>("tablesMenu")->actions().at(2)->trigger();
+    EXPECT_EQ(window.view()->getFocusTableName(), "event");
+}
+
+TEST_F(RunningProgram, remembersTheGeometryOfAWindow)
+{
+    MainWindow &window = opened();
+    window.resize(777, 555);
+    window.close();
+    settle();
+    EXPECT_EQ(opened().size(), QSize(777, 555));
+}
+
+TEST_F(RunningProgram, closesAllWindowsWhenItQuits)
+{
+    opened();
+    program.showStartPage();
+    program.quit();
+    settle();
+    EXPECT_TRUE(program.windows().isEmpty());
+}
+
+TEST_F(RunningProgram, hasNoTwoCommandsWithTheSameShortcut)
+{
+    MainWindow &window = opened();
+    QStringList keys;
+    for (QAction *entry : window.findChildren<QAction *>()) {
+        for (const QKeySequence &sequence : entry->shortcuts()) {
+            keys.append(sequence.toString());
+        }
+    }
+    QStringList once = keys;
+    once.removeDuplicates();
+    EXPECT_EQ(keys.size(), once.size()) << keys.join(", ").toStdString();
+}
+
+} // namespace

@@ -1,0 +1,79 @@
+#include "problem_log.h"
+
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+#include <orvane/util.h>
+
+#include "notice_bar.h"
+
+namespace {
+
+TEST(Problems, areTakenFromTheErrorLogOnce)
+{
+    elog_clear();
+    ProblemLog log;
+    QSignalSpy changed(&log, &ProblemLog::changed);
+    log.collect();
+    EXPECT_EQ(changed.count(), 0);
+    elog_log("first");
+    elog_log("second");
+    log.collect();
+    EXPECT_EQ(log.problems(), (QStringList{"first", "second"}));
+    EXPECT_EQ(elog_count(), 0);
+    EXPECT_EQ(changed.count(), 1);
+    elog_log("first");
+    log.collect();
+    EXPECT_EQ(log.problems(), (QStringList{"first", "second"}));
+    EXPECT_EQ(changed.count(), 1);
+    log.clear();
+    EXPECT_TRUE(log.problems().isEmpty());
+    EXPECT_EQ(changed.count(), 2);
+}
+
+TEST(Problems, areCollectedWithoutBeingAsked)
+{
+    elog_clear();
+    ProblemLog log;
+    QSignalSpy changed(&log, &ProblemLog::changed);
+    elog_log("by itself");
+    EXPECT_TRUE(changed.wait(5000));
+    EXPECT_EQ(log.problems(), QStringList{"by itself"});
+}
+
+TEST(Problems, areBounded)
+{
+    elog_clear();
+    ProblemLog log;
+    for (int i = 0; i < 2 * ProblemLog::mostProblems; ++i) {
+        elog_log("problem %d", i);
+        if (i % 50 == 0) {
+            log.collect();
+        }
+    }
+    log.collect();
+    EXPECT_EQ(log.problems().size(), int(ProblemLog::mostProblems));
+    EXPECT_EQ(elog_count(), 0);
+}
+
+TEST(NoticeBar, isSeenOnlyWhileThereAreProblemsThatWereNotDismissed)
+{
+    NoticeBar bar;
+    bar.setProblems(0);
+    EXPECT_TRUE(bar.isHidden());
+    bar.setProblems(2);
+    EXPECT_FALSE(bar.isHidden());
+    QMetaObject::invokeMethod(bar.findChild<QObject *>("noticeClose"), "click");
+    EXPECT_TRUE(bar.isHidden());
+    bar.setProblems(2);
+    EXPECT_TRUE(bar.isHidden());
+    bar.setProblems(3);
+    EXPECT_FALSE(bar.isHidden());
+    bar.setProblems(0);
+    EXPECT_TRUE(bar.isHidden());
+    bar.setProblems(1);
+    EXPECT_FALSE(bar.isHidden());
+}
+
+} // namespace

@@ -4,12 +4,14 @@
 #include <QString>
 #include <fcntl.h>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
 
 #include <temporary_database.h>
 
+#include <orvane/util.h>
 #include <orvanedatabasemodel.h>
 #include <orvanetablemodel.h>
 #include <ovconfig.h>
@@ -25,9 +27,19 @@ inline const std::vector<TemporaryDatabase::Row> &siteRows()
     return rows;
 }
 
+// For the messages of failed tests.
+inline void PrintTo(const QString &text, std::ostream *out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
+
 // Three sites; origin, arrival and the other relations of the small schema have no file.
 struct Sites : TemporaryDatabase {
-    Sites() { addTable("site", siteRows()); }
+    Sites()
+    {
+        addTable("site", siteRows());
+        setModificationTime("site", std_now() - 5 * 86400); // an age that reads the same for a while
+    }
 
     QString name() const { return QString::fromStdString(path()); }
 

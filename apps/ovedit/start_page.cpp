@@ -13,7 +13,8 @@
 namespace {
 
 constexpr int iconSize = 96; // pixels
-constexpr int pageWidth = 520;
+constexpr int textWidth = 400;
+constexpr int pageWidth = iconSize + textWidth + 50;
 
 QLabel *heading(const QString &text)
 {
@@ -35,6 +36,7 @@ StartPage::StartPage(const Settings &settings)
         new QLabel(tr("Open a database to see every table of it in a tab. A database is the file that "
                       "describes it, or the table files that share its name."));
     what->setWordWrap(true);
+    what->setFixedSize(textWidth, what->heightForWidth(textWidth));
     auto *open = new QPushButton(tr("&Open Database..."));
     open->setObjectName("startOpen");
     open->setDefault(true);

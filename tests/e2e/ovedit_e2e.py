@@ -1,0 +1,229 @@
+#!/usr/bin/env python3
+"""Starts ovedit on a database, looks at every table with mouse and keyboard, and checks what is seen."""
+
+import argparse
+import os
+import pathlib
+import re
+import sys
+import tempfile
+import time
+
+from virtual_display import Display, missing_programs, wait_until
+
+WINDOW = (30, 40, 1180, 700)  # where the window is put: x, y, width, height
+MAIN_TITLE = r"^quakes\..* ovedit$"
+
+
+def check(condition, what):
+    if not condition:
+        raise AssertionError(what)
+    print("ok   ", what, flush=True)
+
+
+def tables_of(database):
+    """The tables that have a file beside the descriptor."""
+    prefix = database.name + "."
+    return {path.name[len(prefix):] for path in database.parent.iterdir() if path.name.startswith(prefix)}
+
+
+class Session:
+    def __init__(self, display, arguments, home):
+        self.display = display
+        self.database = arguments.database
+        self.pictures = arguments.pictures
+        self.program = arguments.ovedit
+        environment = dict(display.environment, HOME=home, XDG_CONFIG_HOME=home + "/config", QT_STYLE_OVERRIDE="Fusion")
+        environment.pop("ORVANE_SCHEMA_PATH", None)
+        self.settings = pathlib.Path(home, "config", "Orvane", "ovedit.conf")
+        self.environment = environment
+        self.process = None
+        self.window = None
+
+    def start(self):
+        self.process = self.display.start([self.program, str(self.database)], self.environment)
+        self.window = wait_until(lambda: self.alive() and self.display.windows("--name", MAIN_TITLE), "the window")[0]
+        self.display.tool("windowactivate", "--sync", self.window)
+        self.display.tool("windowmove", "--sync", self.window, WINDOW[0], WINDOW[1])
+        self.display.tool("windowsize", "--sync", self.window, WINDOW[2], WINDOW[3])
+        self.display.move(self.display.size[0] - 5, self.display.size[1] - 5)
+        self.display.settled_picture()
+
+    def alive(self):
+        check_code = self.process.poll()
+        if check_code is not None:
+            raise AssertionError(f"ovedit ended with {check_code}")
+        return True
+
+    def end(self):
+        self.display.tool("windowactivate", "--sync", self.window)
+        self.display.key("ctrl+q")
+        return self.process.wait(20)
+
+    def table(self):
+        """The table named in the title."""
+        return re.match(r"quakes\.(\S+) ", self.display.title(self.window)).group(1)
+
+    def inside(self):
+        """Position and size of the table area: below tabs and header, above the labels."""
+        x, y, width, height = self.display.place(self.window)
+        return x + 12, y + 80, width - 24, height - 140
+
+    def see(self, name):
+        return self.display.settled_picture(str(self.pictures / (name + ".png")))
+
+    def popups(self):
+        return len(self.display.windows("--class", "ovedit"))
+
+
+def turn_tabs_by_key(session):
+    wanted = tables_of(session.database)
+    seen = {}
+    for _ in wanted:
+        before = session.table()
+        picture = session.see("table_" + before)
+        check(len(picture.colours(*session.inside())) > 3, f"something is drawn for {before}")
+        seen[before] = picture.part(*session.inside())
+        session.display.key("ctrl+Next")
+        wait_until(lambda: session.table() != before, "the next tab")
+    check(set(seen) == wanted, f"a tab for each of the tables {', '.join(sorted(wanted))}")
+    check(len(set(seen.values())) == len(wanted), "every table looks different")
+
+
+def tab_row(session):
+    """The height at which a click turns tabs."""
+    x, y, width, _ = session.display.place(session.window)
+    for dy in range(30, 70, 4):
+        before = session.table()
+        for dx in (60, 300):
+            session.display.click(x + dx, y + dy)
+            time.sleep(0.3)
+        if session.table() != before:
+            return y + dy
+    raise AssertionError("no click turned a tab")
+
+
+def click_tabs(session):
+    row = tab_row(session)
+    x, _, width, _ = session.display.place(session.window)
+    seen = []
+    for place in range(x + 30, x + width - 60, 25):
+        session.display.click(place, row)
+        time.sleep(0.15)
+        if session.table() not in seen:
+            seen.append(session.table())
+    check(len(seen) >= min(5, len(tables_of(session.database))), f"clicks turn the tabs {', '.join(seen)}")
+    return row
+
+
+def hover(session, x, y, what):
+    """Rests the mouse on a place and checks that a tooltip comes up there, with text in it."""
+    display = session.display
+    display.move(display.size[0] - 5, display.size[1] - 5)
+    wait_until(lambda: session.popups() == 1, "no popup to be open")
+    before = display.settled_picture()
+    display.move(x - 2, y)
+    time.sleep(0.1)
+    display.move(x, y)
+    wait_until(lambda: session.popups() > 1, f"the tooltip of {what}", 10)
+    picture = session.see("tooltip_" + what.replace(" ", "_"))
+    tip = next(window for window in display.windows("--class", "ovedit") if window != session.window)
+    place = display.place(tip)
+    check(place[2] > 150 and place[3] > 40, f"the tooltip of {what} is large enough to hold a text")
+    check(picture.part(*place) != before.part(*place), f"the tooltip of {what} is seen")
+    check(len(picture.colours(*place)) > 2, f"the tooltip of {what} has something written in it")
+
+
+def hover_for_tooltips(session, tabs):
+    x, y, _, _ = session.display.place(session.window)
+    hover(session, x + 60, tabs, "a tab")
+    header = tabs + 26
+    hover(session, x + 150, header, "a column")
+    hover(session, x + 25, header + 60, "a row")
+    session.display.move(session.display.size[0] - 5, session.display.size[1] - 5)
+    wait_until(lambda: session.popups() == 1, "the tooltip to go")
+
+
+def open_menus(session):
+    for letter, name in (("f", "file"), ("v", "view"), ("w", "window"), ("h", "help")):
+        session.display.key("alt+" + letter)
+        wait_until(lambda: session.popups() > 1, f"the {name} menu", 10)
+        session.see("menu_" + name)
+        session.display.key("Escape")
+        wait_until(lambda: session.popups() == 1, f"the {name} menu to close", 10)
+        session.display.key("Escape")
+        print("ok    the menu", name, flush=True)
+
+
+def focus_table(session, table):
+    for _ in tables_of(session.database):
+        before = session.table()
+        if before == table:
+            return
+        session.display.key("ctrl+Next")
+        wait_until(lambda: session.table() != before, "the next tab")
+    check(session.table() == table, f"{table} is shown")
+
+
+def change_a_switch(session):
+    focus_table(session, "origin")
+    readable = session.see("times_readable").part(*session.inside())
+    session.display.key("alt+v")
+    wait_until(lambda: session.popups() > 1, "the view menu", 10)
+    session.display.key("r")
+    wait_until(lambda: session.popups() == 1, "the menu to close", 10)
+    seconds = session.see("times_in_seconds").part(*session.inside())
+    check(seconds != readable, "the switch Readable Times changes the table")
+    return seconds
+
+
+def read_documentation(session):
+    session.display.key("F1")
+    schema = wait_until(lambda: session.display.windows("--name", "^Schema css3.0$"), "the schema documentation")[0]
+    picture = session.see("schema")
+    check(len(picture.colours(*session.display.place(schema))) > 5, "the schema documentation shows something")
+    session.display.tool("windowactivate", "--sync", schema)
+    session.display.key("Escape")
+    wait_until(lambda: not session.display.windows("--name", "^Schema css3.0$"), "the documentation to close")
+
+
+def run(arguments):
+    with Display() as display, tempfile.TemporaryDirectory() as home:
+        session = Session(display, arguments, home)
+        session.start()
+        check(session.table() in tables_of(session.database), "the window is named after its database and table")
+        turn_tabs_by_key(session)
+        tabs = click_tabs(session)
+        focus_table(session, "origin")
+        hover_for_tooltips(session, tabs)
+        open_menus(session)
+        read_documentation(session)
+        seconds = change_a_switch(session)
+        check(session.end() == 0, "ovedit ends well")
+        check("show_readable_times=false" in session.settings.read_text(), "the switch is kept")
+
+        session.start()
+        focus_table(session, "origin")
+        again = session.see("after_restart").part(*session.inside())
+        check(again == seconds, "the switch still holds after a restart")
+        check(session.end() == 0, "ovedit ends well again")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--ovedit", required=True)
+    parser.add_argument("--database", required=True, type=pathlib.Path)
+    parser.add_argument("--pictures", required=True, type=pathlib.Path, help="folder for what was seen")
+    arguments = parser.parse_args()
+    absent = missing_programs()
+    if absent:
+        sys.exit("this test needs " + ", ".join(absent) + ": run scripts/setup")
+    os.makedirs(arguments.pictures, exist_ok=True)
+    try:
+        run(arguments)
+    except AssertionError as error:
+        sys.exit(f"FAILED {error}; pictures are in {arguments.pictures}")
+
+
+if __name__ == "__main__":
+    main()

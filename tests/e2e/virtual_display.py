@@ -1,0 +1,133 @@
+"""A display of our own with a window manager, and the mouse, keyboard and camera of it."""
+
+import os
+import shutil
+import subprocess
+import time
+
+PROGRAMS = ("Xvfb", "openbox", "xdotool", "import")
+
+
+def missing_programs():
+    return [name for name in PROGRAMS if shutil.which(name) is None]
+
+
+def wait_until(condition, what, seconds=30):
+    """The first true answer of condition(); fails when there is none in time."""
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        answer = condition()
+        if answer:
+            return answer
+        time.sleep(0.1)
+    raise AssertionError(f"waited {seconds} s in vain for {what}")
+
+
+class Picture:
+    """A picture of the screen, three bytes a pixel."""
+
+    def __init__(self, width, height, pixels):
+        self.width, self.height, self.pixels = width, height, pixels
+
+    def part(self, x, y, width, height):
+        rows = []
+        for row in range(max(y, 0), min(y + height, self.height)):
+            start = (row * self.width + max(x, 0)) * 3
+            rows.append(self.pixels[start:start + min(width, self.width - max(x, 0)) * 3])
+        return b"".join(rows)
+
+    def colours(self, *rectangle):
+        part = self.part(*rectangle)
+        return {part[i:i + 3] for i in range(0, len(part), 3)}
+
+
+class Display:
+    """Use as a context: the display, its window manager and what was started on it end with it."""
+
+    def __init__(self, width=1280, height=800):
+        self.size = (width, height)
+        self.processes = []
+
+    def __enter__(self):
+        readable, writable = os.pipe()
+        server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(writable), "-screen", "0", f"{self.size[0]}x{self.size[1]}x24", "-nolisten", "tcp"],
+            pass_fds=[writable], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.processes.append(server)
+        os.close(writable)
+        with os.fdopen(readable) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise AssertionError("Xvfb did not start")
+        self.environment = dict(os.environ, DISPLAY=":" + number, LC_ALL="C.UTF-8", TZ="UTC")
+        self.environment.pop("QT_QPA_PLATFORM", None)
+        self.environment.pop("WAYLAND_DISPLAY", None)
+        self.start(["openbox"])
+        return self
+
+    def __exit__(self, *unused):
+        for process in reversed(self.processes):
+            if process.poll() is None:
+                process.terminate()
+        for process in reversed(self.processes):
+            try:
+                process.wait(10)
+            except subprocess.TimeoutExpired:
+                process.kill()
+
+    def start(self, command, environment=None, **options):
+        options.setdefault("stdout", subprocess.DEVNULL)
+        options.setdefault("stderr", subprocess.DEVNULL)
+        process = subprocess.Popen(command, env=environment or self.environment, **options)
+        self.processes.append(process)
+        return process
+
+    def tool(self, *arguments):
+        """Runs xdotool and returns what it prints; nothing when it finds nothing."""
+        answer = subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, text=True,
+                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=60, check=False)
+        return answer.stdout.strip()
+
+    def windows(self, *criteria):
+        return self.tool("search", "--onlyvisible", *criteria).split()
+
+    def title(self, window):
+        return self.tool("getwindowname", window)
+
+    def place(self, window):
+        """Position and size: x, y, width, height."""
+        found = dict(line.split("=") for line in self.tool("getwindowgeometry", "--shell", window).splitlines())
+        return tuple(int(found[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
+
+    def move(self, x, y):
+        self.tool("mousemove", x, y)
+
+    def click(self, x, y):
+        self.tool("mousemove", x, y, "click", 1)
+
+    def key(self, *keys):
+        self.tool("key", "--clearmodifiers", *keys)
+
+    def picture(self, file=None):
+        if file is not None:
+            subprocess.run(["import", "-window", "root", file], env=self.environment, check=True, timeout=60)
+        raw = subprocess.run(["import", "-window", "root", "-depth", "8", "ppm:-"], env=self.environment, check=True,
+                             timeout=60, stdout=subprocess.PIPE).stdout
+        _, size, _, pixels = raw.split(b"\n", 3)
+        width, height = map(int, size.split())
+        return Picture(width, height, pixels)
+
+    def settled_picture(self, file=None):
+        """The screen when it has stopped changing."""
+        before = self.picture()
+
+        def unchanged():
+            nonlocal before
+            time.sleep(0.2)
+            now = self.picture()
+            same = now.pixels == before.pixels
+            before = now
+            return same
+
+        wait_until(unchanged, "the screen to stand still", 20)
+        return self.picture(file) if file is not None else before

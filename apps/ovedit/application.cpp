@@ -19,15 +19,28 @@ namespace {
 constexpr QSize preferredSize(1120, 720);
 constexpr int cascadeStep = 32; // pixels between one window and the next
 
+// What the database library says in an error text, without the layers that the text has come through.
+QString reasonIn(const QString &error)
+{
+    QStringList told;
+    for (const QString &paragraph : error.split("\n\n", Qt::SkipEmptyParts)) {
+        const bool frame = paragraph.startsWith("QOv") || paragraph.startsWith("Failed to open database");
+        if (!frame) {
+            told.append(paragraph.trimmed());
+        }
+    }
+    return told.isEmpty() ? error.trimmed() : told.join("\n\n");
+}
+
 QString whyNotOpened(const OrvaneDatabaseModel &model, const QString &name)
 {
-    QString reason = model.openError().trimmed();
+    QString reason = reasonIn(model.openError());
     if (reason.isEmpty()) {
         reason = QCoreApplication::translate("ovedit", "The database library gave no reason.");
     }
-    return QCoreApplication::translate("ovedit",
-                                       "The database %1 can't be opened.\n\n%2\n\nChoose the descriptor of a "
-                                       "database, or one of its table files.")
+    return QCoreApplication::translate(
+               "ovedit", "The database %1 can't be opened.\n\n%2\n\nA database is opened by its "
+                         "descriptor, or by one of its table files.")
         .arg(QDir::toNativeSeparators(name), reason);
 }
 

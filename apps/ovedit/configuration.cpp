@@ -43,7 +43,7 @@ std::span<const KnownKey> knownKeys()
     static const KnownKey keys[] = {
         {"auto_open", true},
         {"show_empty_columns", false},
-        {"default_table", QVariantMap()},
+        {"default_table", QVariantMap{{"css3.0", "origin"}}},
         {"update_interval_sec", secondsBetweenLooks},
         {"allow_edits", false},
         {"show_blanks_background_colored", true},

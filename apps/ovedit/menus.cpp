@@ -56,15 +56,15 @@ const Command tabCommands[] = {
      &MainWindow::closeProduct},
 };
 
+const Command schemaCommand = {
+    "schema",        T("&Schema Documentation"), "F1", T("Every table and field of the schema, described"),
+    Needs::Database, &MainWindow::showSchema};
+
 const Command problemsCommand = {
     "problems",     T("&Problems..."),        "", T("What the libraries have complained about"),
     Needs::Nothing, &MainWindow::showProblems};
 
-const Command helpCommands[] = {
-    {"schema", T("&Schema Documentation"), "F1", T("Every table and field of the schema, described"),
-     Needs::Database, &MainWindow::showSchema},
-    {"about", T("&About ovedit"), "", "", Needs::Nothing, &MainWindow::showAbout},
-};
+const Command aboutCommand = {"about", T("&About ovedit"), "", "", Needs::Nothing, &MainWindow::showAbout};
 
 struct Page {
     const char *name;
@@ -131,10 +131,10 @@ void Menus::build()
     m_windows = addListMenu(windowMenu, tr("&Databases"), "windowsMenu", &Menus::fillWindows);
 
     QMenu &help = *bar.addMenu(tr("&Help"));
-    for (const Command &command : helpCommands) {
-        addCommand(help, command);
-    }
+    addCommand(help, schemaCommand);
     addCommand(help, problemsCommand);
+    help.addSeparator();
+    addCommand(help, aboutCommand);
     m_problems = m_window.findChild<QAction *>("problems");
 }
 

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include <QRegularExpression>
+
 #include <orvane/util.h>
 
 namespace {
@@ -30,8 +32,11 @@ void ProblemLog::collect()
     if (elog_count() == 0) {
         return;
     }
+    // How often a line came up doesn't make it another problem.
+    static const QRegularExpression repeats(" \\(repeated \\d+ times\\)$");
     const int before = m_problems.size();
-    for (const QString &line : takeErrorLog()) {
+    for (QString line : takeErrorLog()) {
+        line.remove(repeats);
         if (m_problems.size() < mostProblems && !m_problems.contains(line)) {
             m_problems.append(line);
         }

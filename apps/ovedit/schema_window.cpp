@@ -43,7 +43,7 @@ SchemaWindow::SchemaWindow(OrvaneDatabaseModel &model, QWidget *parent)
 {
     setWindowFlags(Qt::Window);
     setWindowTitle(tr("Schema %1").arg(model.getSchemaName()));
-    resize(980, 640);
+    resize(1120, 680);
     m_filter->setObjectName("schemaFilter");
     m_filter->setPlaceholderText(tr("Search names and descriptions"));
     m_filter->setClearButtonEnabled(true);
@@ -64,7 +64,7 @@ SchemaWindow::SchemaWindow(OrvaneDatabaseModel &model, QWidget *parent)
     auto *splitter = new QSplitter;
     splitter->addWidget(left);
     splitter->addWidget(m_text);
-    splitter->setSizes({430, 550});
+    splitter->setSizes({420, 700});
     splitter->setChildrenCollapsible(false);
     auto *whole = new QVBoxLayout(this);
     whole->addWidget(splitter);

@@ -105,6 +105,7 @@ TEST_F(RunningProgram, saysInOneBoxWhyADatabaseCantBeOpened)
     EXPECT_EQ(program.openDatabase("/nowhere/at/all", "r", nullptr), nullptr);
     ASSERT_EQ(boxes.texts().size(), 1);
     EXPECT_TRUE(boxes.texts().first().contains("/nowhere/at/all"));
+    EXPECT_FALSE(boxes.texts().first().contains("QDbptr")) << boxes.texts().first().toStdString();
     EXPECT_TRUE(program.windows().isEmpty());
     EXPECT_TRUE(settings.recentDatabases().isEmpty());
     EXPECT_TRUE(program.problems().problems().isEmpty());

@@ -32,6 +32,19 @@ TEST(Problems, areTakenFromTheErrorLogOnce)
     EXPECT_EQ(changed.count(), 2);
 }
 
+TEST(Problems, areTheSameHoweverOftenTheyCameUp)
+{
+    elog_clear();
+    ProblemLog log;
+    elog_log("again");
+    log.collect();
+    for (int i = 0; i < 3; ++i) {
+        elog_log("again");
+    }
+    log.collect();
+    EXPECT_EQ(log.problems(), QStringList{"again"});
+}
+
 TEST(Problems, areCollectedWithoutBeingAsked)
 {
     elog_clear();

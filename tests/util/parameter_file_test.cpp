@@ -209,7 +209,10 @@ TEST(ParameterFile, RefusesWhatItDoesNotTakeWithPlaceAndExpectation)
         {"a: 1\n...\n---\n", "3:1", "second document"},
         {"%YAML 1.1\n---\na: 1\n", "1:1", "directive"},
         {"%TAG ! tag:x,2000:\n---\na: 1\n", "1:1", "directive"},
-        {"%FOO bar\n---\na: 1\n", "1:5", "directive"},
+        {"%FOO bar\n---\na: 1\n", "1:1", "directive"},
+        {"# \xC3\xA9\r\n \t\n%YAML 1.1\n---\na: 1\n", "3:1", "directive"},
+        {"a: 1\n...\n%YAML 1.1\n---\nb: 2\n", "3:1", "second document"},
+        {"a: 1\n...\n# c\n  b: 2\n", "4:3", "second document"},
         {"a: 1\nb: 2\na: 3\n", "3:1", "'a' again (first in line 1)"},
         {"m: {x: 1, x: 2}\n", "1:11", "'x' again"},
         {"[a]: 1\n", "1:1", "as a key"},
@@ -242,6 +245,26 @@ TEST(ParameterFile, RefusesWhatItDoesNotTakeWithPlaceAndExpectation)
         EXPECT_THAT(message, HasSubstr(refused.reason)) << refused.text;
         EXPECT_THAT(message, HasSubstr("expected")) << refused.text;
     }
+}
+
+TEST(ParameterFile, EndsWithTheDocument)
+{
+    for (const char *end :
+         {"", "\n", "\n...", "\n...\n", "\n# comment", "\n...\n  # comment\n\n", " # comment\n"}) {
+        const PfOwner pf = parsed(std::string("---\na: 1") + end);
+        EXPECT_EQ(text(pf.get(), "a"), "1") << end;
+    }
+}
+
+TEST(ParameterFile, RefusesManyDirectivesAtOnce)
+{
+    std::string directives;
+    for (int i = 0; i < 400000; ++i)
+        directives += "%TAG !a" + std::to_string(i) + "! tag:x\n";
+    const double before = std_now();
+    EXPECT_THAT(refusal(directives), StartsWith("test.pf:1:1: "));
+    EXPECT_THAT(refusal("a: 1\n...\n" + directives), StartsWith("test.pf:3:1: "));
+    EXPECT_LT(std_now() - before, 60) << "a cost that grows with the square of the file takes minutes";
 }
 
 TEST(ParameterFile, BoundsTheDepth)

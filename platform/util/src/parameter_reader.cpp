@@ -1,12 +1,13 @@
 #include "parameter_reader.h"
 
+#include <algorithm>
 #include <new>
-#include <optional>
 #include <yaml.h>
 
 #include "parameter_error.h"
 #include "parameter_source.h"
 #include "utf8.h"
+#include "white_space.h"
 #include "yaml_complaint.h"
 
 namespace orvane::util {
@@ -25,6 +26,31 @@ struct Event {
     PfPlace place() const { return place_of(raw.start_mark); }
 };
 
+/* Where a text's first character stands that is neither white space nor part of a comment. */
+size_t content_start(std::string_view text)
+{
+    size_t at = 0;
+    while (at < text.size() && (is_white(text[at]) || text[at] == '#')) {
+        if (text[at] == '#')
+            at = std::min(text.find_first_of("\r\n", at), text.size());
+        else
+            ++at;
+    }
+    return at;
+}
+
+/* The place of a byte of a text. */
+PfPlace place_in(std::string_view text, size_t byte)
+{
+    PfPlace place;
+    for (size_t at = 0; at < byte; at += utf8_length(text.substr(at))) {
+        const bool ends_line =
+            text[at] == '\n' || (text[at] == '\r' && !text.substr(at + 1).starts_with('\n'));
+        place = ends_line ? PfPlace{place.line + 1, 1} : PfPlace{place.line, place.column + 1};
+    }
+    return place;
+}
+
 class Reader
 {
 public:
@@ -38,6 +64,7 @@ public:
 private:
     void next(Event &event);
     void expect_end();
+    void refuse_directives();
     void refuse_properties(const Event &event);
     char character_at(const yaml_mark_t &mark);
     std::unique_ptr<Pf> node(PfKind kind, const Event &start, int depth);
@@ -191,27 +218,35 @@ void Reader::fill_array(Pf &array, int depth)
     }
 }
 
+/* Nothing but white space and comments may follow. The text is asked and not the parser, which would first
+ * take in all that a second document may start with, at a cost that grows with its square. */
 void Reader::expect_end()
 {
-    Event document_end;
-    next(document_end);
-    Event event;
-    next(event);
-    if (event.type() != YAML_STREAM_END_EVENT)
-        refuse(event.place(), "expected the end of the file, found a second document");
+    Event end;
+    next(end);
+    character_at(end.raw.end_mark);
+    if (const size_t more = content_start(text_.substr(seen_bytes_)); seen_bytes_ + more < text_.size())
+        refuse(place_in(text_, seen_bytes_ + more), "expected the end of the file, found a second document");
+}
+
+/* Directives are refused before the parser sees them, for the same reason. */
+void Reader::refuse_directives()
+{
+    const size_t start = content_start(text_);
+    if (text_.substr(start).starts_with('%'))
+        refuse(place_in(text_, start),
+               "expected keys and values, found a directive (a line that starts with %)");
 }
 
 std::unique_ptr<Pf> Reader::document()
 {
+    refuse_directives();
     Event stream;
     next(stream);
     Event start;
     next(start);
     std::unique_ptr<Pf> root;
     if (start.type() == YAML_DOCUMENT_START_EVENT) {
-        const auto &head = start.raw.data.document_start;
-        if (head.version_directive || head.tag_directives.start != head.tag_directives.end)
-            refuse(start.place(), "expected keys and values, found a directive (a line that starts with %)");
         Event event;
         next(event);
         if (event.type() == YAML_MAPPING_START_EVENT) {

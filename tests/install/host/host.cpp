@@ -9,10 +9,13 @@
 #include <orvanetableview.h>
 #include <ovconfig.h>
 #include <qdbptr.h>
+#include <qlistchooserdialog.h>
+#include <qlistitemchooserdialog.h>
 #include <qovconnection.h>
 #include <qovresponse.h>
 #include <qovserver.h>
 #include <qovutil.h>
+#include <qsaveasdialog.h>
 
 int main(int argc, char **argv)
 {

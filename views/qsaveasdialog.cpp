@@ -1,0 +1,3 @@
+#include <qsaveasdialog.h>
+
+QSaveAsDialog::QSaveAsDialog(QWidget *parent, Qt::WindowFlags flags) : QFileDialog(parent, flags) {}

@@ -185,6 +185,11 @@ struct Count {
     const char *inWords;
 };
 
+void PrintTo(const Count &count, std::ostream *out)
+{
+    *out << count.request;
+}
+
 class CountedArguments : public testing::TestWithParam<Count>
 {
 };

@@ -11,6 +11,13 @@ struct Found {
     Dbptr expected;
 };
 
+void PrintTo(const Found &found, std::ostream *out)
+{
+    *out << found.request << " " << found.argument.typeName() << " "
+         << found.argument.toString().toStdString() << " from " << found.from.table << " " << found.from.field
+         << " " << found.from.record;
+}
+
 class Lookup : public testing::TestWithParam<Found>
 {
 };
@@ -70,6 +77,11 @@ struct NotFound {
     QVariant argument;
     const char *message;
 };
+
+void PrintTo(const NotFound &notFound, std::ostream *out)
+{
+    *out << notFound.message;
+}
 
 class FailedLookup : public testing::TestWithParam<NotFound>
 {

@@ -14,6 +14,11 @@ struct Answer {
     QVariant expected;
 };
 
+void PrintTo(const Answer &answer, std::ostream *out)
+{
+    *out << answer.request << " " << answer.table << " " << answer.field;
+}
+
 // FOLDER and PATH in an expected text stand for the database's.
 QVariant withPlaces(const QVariant &expected, const TemporaryDatabase &files)
 {
@@ -204,6 +209,11 @@ struct Failure {
     const char *message;
 };
 
+void PrintTo(const Failure &failure, std::ostream *out)
+{
+    *out << failure.request << " without " << failure.failingQuery;
+}
+
 class FailingQuery : public testing::TestWithParam<Failure>
 {
 };
@@ -258,6 +268,11 @@ struct EmptyAnswer {
     int failingQuery;
     QVariant empty;
 };
+
+void PrintTo(const EmptyAnswer &emptyAnswer, std::ostream *out)
+{
+    *out << emptyAnswer.request;
+}
 
 class FailingPlainQuery : public testing::TestWithParam<EmptyAnswer>
 {

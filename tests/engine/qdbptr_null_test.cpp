@@ -12,14 +12,14 @@ QDbptr *nullHandle()
 }
 
 struct Method {
-    const char *nameInMessage;
+    std::string callText;
+    std::string nameInMessage;
     std::function<void(QDbptr *)> call;
 };
 
-// Named as the compiler prints it, when a test fails.
 void PrintTo(const Method &method, std::ostream *out)
 {
-    *out << method.nameInMessage;
+    *out << method.callText;
 }
 
 class NullHandle : public testing::TestWithParam<Method>
@@ -29,14 +29,15 @@ class NullHandle : public testing::TestWithParam<Method>
 TEST_P(NullHandle, ThrowsNamingTheMethod)
 {
     EXPECT_EQ(thrownBy([] { GetParam().call(nullHandle()); }),
-              std::string("QDbptr::") + GetParam().nameInMessage + ": Attempted to call on null object");
+              "QDbptr::" + GetParam().nameInMessage + ": Attempted to call on null object");
 }
 
-#define CALL(NAME, ...)                                                                                      \
-    Method                                                                                                   \
-    {                                                                                                        \
-#NAME, [](QDbptr * handle) { handle->NAME(__VA_ARGS__); }                                            \
-    }
+Method callOf(const std::string &name, const std::string &arguments, std::function<void(QDbptr *)> call)
+{
+    return {name + "(" + arguments + ")", name, std::move(call)};
+}
+
+#define CALL(NAME, ...) callOf(#NAME, #__VA_ARGS__, [](QDbptr *handle) { handle->NAME(__VA_ARGS__); })
 
 INSTANTIATE_TEST_SUITE_P(
     Methods, NullHandle,
@@ -72,10 +73,11 @@ INSTANTIATE_TEST_SUITE_P(OtherGetters, NullHandle,
                                          CALL(getPrimaryKey), CALL(getAlternateKey), CALL(getForeignKeys),
                                          CALL(getLinkFieldTables), CALL(getTableModTimes)));
 
-INSTANTIATE_TEST_SUITE_P(
-    IrregularNames, NullHandle,
-    testing::Values(Method{"getgetSchemaDescription", [](QDbptr *handle) { handle->getSchemaDescription(); }},
-                    Method{"fieldIsNull", [](QDbptr *handle) { handle->cellIsNull(); }}));
+INSTANTIATE_TEST_SUITE_P(IrregularNames, NullHandle,
+                         testing::Values(Method{"getSchemaDescription()", "getgetSchemaDescription",
+                                                [](QDbptr *handle) { handle->getSchemaDescription(); }},
+                                         Method{"cellIsNull()", "fieldIsNull",
+                                                [](QDbptr *handle) { handle->cellIsNull(); }}));
 
 TEST(NullHandle, IsNotValid)
 {

@@ -153,24 +153,6 @@ TEST(Cells, HaveNoValueWhenTheyAreNoCells)
     EXPECT_FALSE(unbound.dbGetv().isValid());
 }
 
-TEST(Cells, AMissingNameInTheAnswerIsAnError)
-{
-    const OpenDatabase open;
-    const auto orid = open.at(OriginTable, OridField, 0);
-    LibrarySpy spy;
-    int asked = 0;
-    // The name given to the look-up is not the one that the field was said to have.
-    spy.onQuery = [&](Dbptr, int code, void *answer) -> std::optional<int> {
-        if (code != dbFIELD_NAME)
-            return {};
-        ++asked;
-        *static_cast<const char **>(answer) = "evid";
-        return 0;
-    };
-    EXPECT_EQ(orid->dbGetv(), QVariant(7LL));
-    EXPECT_EQ(asked, 1);
-}
-
 TEST(Records, HaveATextAndValuesByName)
 {
     const OpenDatabase open;

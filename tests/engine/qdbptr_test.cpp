@@ -58,6 +58,11 @@ struct Categorised {
     const char *name;
 };
 
+void PrintTo(const Categorised &categorised, std::ostream *out)
+{
+    *out << categorised.table << " " << categorised.field << " " << categorised.record;
+}
+
 class DbptrCategory : public testing::TestWithParam<Categorised>
 {
 };

@@ -48,12 +48,12 @@ std::vector<std::string_view> near_names(std::string_view name, const std::vecto
         std::string_view name;
     };
     std::vector<Candidate> candidates;
-    const std::size_t allowed = name.size() <= 3 ? 1 : name.size() <= 7 ? 2 : 3;
+    const std::size_t allowed = std::clamp<std::size_t>(name.size() / 3, 1, 3);
     for (std::string_view other : known) {
         if (name.size() > max_length || other.size() > max_length)
             continue;
         const std::size_t distance = edit_distance(name, other);
-        if (distance <= allowed)
+        if (distance <= allowed && distance < name.size())
             candidates.push_back({distance, other});
         else if (begins(other, name) || begins(name, other))
             candidates.push_back({allowed + 1, other});

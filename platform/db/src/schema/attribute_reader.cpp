@@ -110,11 +110,12 @@ void read_null(const ParameterMapping &mapping, const TypeRow *type, Attribute &
     attribute.null_real = real.value_or(0);
 }
 
-// A null that its own format prints wider than the field could never be written.
+// A null that its own format prints wider than the field could never be written. A format that is too wide by
+// itself has been noted already.
 void check_printed_null(const ParameterMapping &mapping, const TypeRow *type, const Attribute &attribute)
 {
     if (!type || !is_number(type->type) || attribute.width == 0 || attribute.format.empty() ||
-        attribute.null.empty() ||
+        attribute.parsed_format.width > attribute.width || attribute.null.empty() ||
         type->conversions.find(attribute.parsed_format.conversion) == std::string::npos)
         return;
     const std::string printed = is_integer(type->type)

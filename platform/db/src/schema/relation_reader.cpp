@@ -26,6 +26,7 @@ public:
         const auto names = mapping_.texts("fields");
         if (!names)
             return;
+        fields_known_ = true;
         if (names->empty())
             mapping_.note(mapping_.value_place("fields"), concat(mapping_.what(), ": has no fields"));
         for (const PlacedText &name : *names) {
@@ -79,7 +80,8 @@ private:
     {
         return std::find(known_attributes_.begin(), known_attributes_.end(), name) != known_attributes_.end();
     }
-    bool is_field(const std::string &name) const { return field_names_.count(name) > 0; }
+    // Where the fields themselves can't be read, every name passes: one finding is enough.
+    bool is_field(const std::string &name) const { return !fields_known_ || field_names_.count(name) > 0; }
     std::string hint(const std::string &name) const
     {
         return near_names_hint(name, std::vector<std::string_view>(field_names_.begin(), field_names_.end()));
@@ -146,6 +148,7 @@ private:
     Relation &relation_;
     const Schema &schema_;
     const std::vector<std::string_view> &known_attributes_;
+    bool fields_known_ = false;
     std::set<std::string> field_names_; // those of the file, also where the attribute is missing
 };
 

@@ -4,6 +4,7 @@
 #include "schema/attribute_reader.h"
 #include "schema/relation_reader.h"
 
+#include <algorithm>
 #include <map>
 
 namespace orvane {
@@ -29,21 +30,23 @@ void check_name(const ParameterMapping &mapping, const std::string &name, const 
                                                      "not begin with a digit"));
 }
 
-void read_attributes(const ParameterMapping &root, Schema &schema)
+// Answers the names of all attributes, also of those that could not be read.
+std::vector<std::string> read_attributes(const ParameterMapping &root, Schema &schema)
 {
     if (!root.require("attributes"))
-        return;
+        return {};
     const auto attributes = root.mapping("attributes", "attributes");
     if (!attributes)
-        return;
+        return {};
     for (const std::string &name : attributes->keys()) {
         check_name(*attributes, name, "attribute");
         if (const auto mapping = attributes->mapping(name, "attribute " + name))
             schema.add_attribute(read_attribute(name, *mapping));
     }
+    return attributes->keys();
 }
 
-void read_relations(const ParameterMapping &root, Schema &schema)
+void read_relations(const ParameterMapping &root, const std::vector<std::string> &attributes, Schema &schema)
 {
     if (!root.require("relations"))
         return;
@@ -52,7 +55,7 @@ void read_relations(const ParameterMapping &root, Schema &schema)
         return;
     if (relations->keys().empty())
         root.note(root.value_place("relations"), "relations: there are none");
-    const auto attribute_names = schema.attribute_names();
+    const std::vector<std::string_view> attribute_names(attributes.begin(), attributes.end());
     std::map<std::string, std::string> defined; // id field to the relation that defines it
     for (const std::string &name : relations->keys()) {
         check_name(*relations, name, "relation");
@@ -69,18 +72,18 @@ void read_relations(const ParameterMapping &root, Schema &schema)
     }
 }
 
-void read_timestamp(const ParameterMapping &root, Schema &schema)
+void read_timestamp(const ParameterMapping &root, const std::vector<std::string> &attributes, Schema &schema)
 {
     const auto timestamp = root.text("timestamp");
     if (!timestamp)
         return;
     schema.timestamp = timestamp->text;
     const Attribute *attribute = schema.attribute(timestamp->text);
-    if (!attribute)
+    if (std::find(attributes.begin(), attributes.end(), timestamp->text) == attributes.end())
         root.note(timestamp->place,
                   concat("timestamp: '", timestamp->text, "' is not an attribute of the schema",
-                         near_names_hint(timestamp->text, schema.attribute_names())));
-    else if (attribute->type != FieldType::Time && attribute->type != FieldType::String)
+                         near_names_hint(timestamp->text, {attributes.begin(), attributes.end()})));
+    else if (attribute && attribute->type != FieldType::Time && attribute->type != FieldType::String)
         root.note(timestamp->place, concat("timestamp: '", timestamp->text, "' is of type ",
                                            type_name(attribute->type), " where time or string was expected"));
 }
@@ -100,9 +103,9 @@ Result<std::shared_ptr<const Schema>> read_schema(const std::string &text, const
     schema->name = root.has("name") ? root.text_or_empty("name") : stem_of(file);
     schema->description = root.text_or_empty("description");
     schema->detail = root.text_or_empty("detail");
-    read_attributes(root, *schema);
-    read_relations(root, *schema);
-    read_timestamp(root, *schema);
+    const auto attributes = read_attributes(root, *schema);
+    read_relations(root, attributes, *schema);
+    read_timestamp(root, attributes, *schema);
     if (!findings.empty())
         return findings.status();
     return std::shared_ptr<const Schema>(std::move(schema));

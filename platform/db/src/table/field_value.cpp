@@ -125,6 +125,8 @@ bool is_null_field(const Attribute &attribute, std::string_view text)
         const auto value = attribute.type == FieldType::Time ? decode_time(text) : decode_real(text);
         return value && *value == attribute.null_real;
     }
+    if (attribute.type == FieldType::Dbptr)
+        return trimmed(text) == trimmed(attribute.null);
     return trimmed_right(text) == trimmed_right(attribute.null);
 }
 

@@ -242,8 +242,10 @@ std::int64_t RecordFile::count_records()
     if (checked_)
         return count_;
     refusal_ = present() ? check_form() : Status();
-    if (refusal_.code() == Code::NotFound) // it vanished since it was looked at
+    if (refusal_.code() == Code::NotFound) { // it vanished since it was looked at
+        take(Found{});
         refusal_ = Status();
+    }
     checked_ = true;
     count_ = refusal_.ok() && present() ? state_.size / record_size_ : 0;
     return count_;

@@ -15,8 +15,8 @@ namespace orvane::util {
 namespace {
 
 constexpr size_t most_lines = 500;
-constexpr size_t most_bytes = 64 * 1024;
-constexpr size_t longest_line = 16 * 1024;
+constexpr size_t most_bytes = 64 << 10;
+constexpr size_t longest_line = 16 << 10;
 
 /* The lines since the log was cleared, numbered from 0. A run of equal lines is one entry. */
 class ErrorLog

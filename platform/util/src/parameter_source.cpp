@@ -33,7 +33,7 @@ private:
 /* The reason of a failed call and, for the likely ones, what to do about it. */
 std::string reason(int code)
 {
-    const std::string text = std::generic_category().message(code);
+    std::string text = std::generic_category().message(code);
     switch (code) {
     case ENOENT:
         return "there is no such file; check its name and folder";

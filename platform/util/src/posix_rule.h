@@ -36,7 +36,7 @@ public:
         int day = 0; // 1…365 without leap days, 0…365 with them, or the weekday from Sunday
         int week = 0;
         int month = 0;
-        int64_t time_of_day = 2 * 3600;
+        int64_t time_of_day = 7200; // seconds; may be negative or beyond a day
         int64_t local_time(int year) const;
     };
 

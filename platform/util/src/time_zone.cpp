@@ -6,7 +6,7 @@ namespace orvane::util {
 namespace {
 
 // No zone's clocks have ever been further from Greenwich.
-constexpr int64_t furthest_offset = 26 * 3600;
+constexpr int64_t furthest_offset = int64_t{26} * 3600;
 
 constexpr char folded(char c)
 {

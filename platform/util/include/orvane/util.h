@@ -167,19 +167,29 @@ ORVANE_UTIL_EXPORT double disordered(void);
 /* ---- Times --------------------------------------------------------------------------------- */
 
 /* A time as text, in UTC: %Y %m %d %H %M %S %j %y %b %B %a %A %D (mm/dd/yyyy) %T (%H:%M:%S)
- * %Z (abbreviation of the zone) %z (offset) %u (microseconds, six digits) %s (milliseconds, three)
- * %E (epoch seconds, five decimals) %%. The time is rounded once, to the finest unit that the
- * format shows. Any other sequence is copied as it stands. */
+ * %Z (abbreviation of the zone) %z (offset, +hhmm; +hhmmss for local mean times) %u (microseconds, six
+ * digits) %s (milliseconds, three) %E (epoch seconds, five decimals) %%. Names are English. The time is rounded
+ * once, to the finest unit that the format shows; a format without seconds is not rounded up to minutes or
+ * days. Any other sequence is copied as it stands. A time that is not a number, or whose year is beyond -9999
+ * to 9999, gives its bare seconds whatever the format. Null, with a line in the error log, for a null format. */
 ORVANE_UTIL_EXPORT char *epoch2str(double epoch, const char *format);
 
-/* The same in a named zone of the system's zone data; null or empty: UTC. An unknown zone gives UTC
- * and a notice. */
+/* The same in a named zone of the system's zone data; null or empty: UTC. An unknown zone gives UTC and, once
+ * for each name and notice hook, a notice. */
 ORVANE_UTIL_EXPORT char *zepoch2str(double epoch, const char *format, const char *zone);
 
 /* 1 and the time in *epoch (may be null) when the text is a time: epoch seconds; ISO 8601 in its
  * extended or basic form, date alone or with a time, with or without a zone; yyyy/mm/dd; yyyyddd and
  * yyyyddd:hh:mm:ss; mm/dd/yyyy hh:mm:ss; and what epoch2str and zepoch2str print with
- * "%D (%j) %H:%M:%S.%u %Z". Without a zone a time is UTC. Otherwise 0; the error log stays as it is. */
+ * "%D (%j) %H:%M:%S.%u %Z". White space around it is allowed. Without a zone a time is UTC. Otherwise 0, with
+ * *epoch as it was; the error log stays as it is.
+ *   - Digits alone are a day when there are seven (yyyyddd) or eight (yyyymmdd) of them, the year is 1800 to
+ *     2199 and the rest can be a day; else they are epoch seconds.
+ *   - Dates and times that don't exist are refused. 24:00:00 is the next midnight; second 60 is taken at the
+ *     end of a day of UTC alone and is the next second.
+ *   - A zone's abbreviation means what it does in the zone that zepoch2str showed it for last, of the last
+ *     eight zones; else what it does in its usual zone (EST: America/New_York, IST: Asia/Kolkata, ...);
+ *     else what all zones agree on that have it. Abbreviations that mean several things are refused. */
 ORVANE_UTIL_EXPORT int is_epoch_string(const char *text, double *epoch);
 
 /* The same for a text that was written in a named zone (null or empty: as is_epoch_string): a date or time
@@ -188,10 +198,12 @@ ORVANE_UTIL_EXPORT int is_epoch_string(const char *text, double *epoch);
  * the same time even in the hour that autumn repeats. An unknown zone is UTC, with a notice. */
 ORVANE_UTIL_EXPORT int zis_epoch_string(const char *text, const char *zone, double *epoch);
 
-/* A duration in seconds as a person says it: "3 minutes", "2.5 hours", "12 days". */
+/* A duration in seconds as a person says it: "3 minutes", "2.5 hours", "12 days"; with one decimal below ten,
+ * none above. Years from 730 days on. A negative one has a minus sign. */
 ORVANE_UTIL_EXPORT char *strtdelta(double seconds);
 
-/* A time in the zone of the machine, to the second. */
+/* A time in the zone of the machine (the TZ environment variable, else the system's), to the second:
+ * "02/07/2018 (038) 14:23:11 PST". */
 ORVANE_UTIL_EXPORT char *strlocaltime(double epoch);
 
 /* The present time. */

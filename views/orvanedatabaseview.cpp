@@ -132,7 +132,7 @@ void OrvaneDatabaseView::buildLayout()
     status->setSpacing(statusSpacing);
     grid->addWidget(&m_stack, 0, 0);
     grid->addLayout(status, 1, 0);
-    for (QLabel *label : {m_rowCountLabel, m_modificationLabel, m_updateLabel}) {
+    for (QLabel *label : {m_modificationLabel, m_updateLabel}) {
         label->setMinimumWidth(1); // or a long text would keep the window from being narrower than it
     }
     status->addWidget(m_rowCountLabel);

@@ -18,6 +18,7 @@ namespace {
 
 constexpr QSize preferredSize(1120, 720);
 constexpr int cascadeStep = 32; // pixels between one window and the next
+constexpr int titleBar = 30;    // about what a window manager adds above a window
 
 // What the database library says in an error text, without the layers that the text has come through.
 QString reasonIn(const QString &error)
@@ -70,6 +71,19 @@ QList<MainWindow *> Application::windows() const
     return open;
 }
 
+QStringList Application::problemsFor(const MainWindow &window) const
+{
+    QStringList wanted = m_problems.problems();
+    for (MainWindow *other : windows()) {
+        if (other != &window && other->hasDatabase() && other->databaseFile() != window.databaseFile()) {
+            for (const QString &theirs : m_problems.problemsOf(other->databaseFile())) {
+                wanted.removeAll(theirs);
+            }
+        }
+    }
+    return wanted;
+}
+
 MainWindow *Application::newWindow()
 {
     auto *window = new MainWindow(*this);
@@ -87,10 +101,10 @@ void Application::placeWindow(MainWindow &window) const
         window.resize(preferredSize.boundedTo(screen.size() * 0.92));
         window.move(screen.center() - QRect(QPoint(), window.size()).center());
     }
-    const int others = windows().size();
-    if (others > 0) {
-        window.move(window.pos() + QPoint(cascadeStep, cascadeStep) * (others % 8));
-    }
+    const QPoint wanted = window.pos() + QPoint(cascadeStep, cascadeStep) * windows().size();
+    const QPoint last = screen.bottomRight() - QPoint(window.width(), window.height() + titleBar);
+    window.move(qMax(screen.left(), qMin(wanted.x(), last.x())),
+                qMax(screen.top(), qMin(wanted.y(), last.y())));
 }
 
 MainWindow *Application::showStartPage()

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QStringList>
 
 #include <ovconfig.h>
 
@@ -29,6 +30,10 @@ public:
 
     // The open windows, oldest first. A window deletes itself when it is closed.
     QList<MainWindow *> windows() const;
+
+    // The problems that a window should tell of: those about its database, and those about no database that
+    // is open.
+    QStringList problemsFor(const MainWindow &window) const;
 
     // A window without a database, which offers to open one.
     MainWindow *showStartPage();

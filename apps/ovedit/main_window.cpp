@@ -108,6 +108,7 @@ void MainWindow::showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const 
     m_view->setModel(m_model.get());
     m_menus->update();
     updateTitle();
+    problemsChanged();
     if (OrvaneTableView *table = m_view->getCurrentTableView()) {
         table->setFocus();
     }
@@ -170,7 +171,7 @@ void MainWindow::applyEmptyColumns()
 
 void MainWindow::problemsChanged()
 {
-    m_notice->setProblems(m_application.problems().problems().size());
+    m_notice->setProblems(m_application.problemsFor(*this).size());
     m_menus->update();
 }
 
@@ -284,7 +285,7 @@ void MainWindow::chooseUpdateInterval()
 
 void MainWindow::showProblems()
 {
-    ProblemsDialog dialog(m_application.problems(), this);
+    ProblemsDialog dialog(m_application.problems(), m_application.problemsFor(*this), this);
     dialog.exec();
 }
 

@@ -238,7 +238,7 @@ void Menus::update()
     }
     m_tables->setEnabled(isMet(Needs::Database));
     m_recent->setEnabled(!m_window.application().settings().recentDatabases().isEmpty());
-    m_problems->setEnabled(!m_window.application().problems().problems().isEmpty());
+    m_problems->setEnabled(!m_window.application().problemsFor(m_window).isEmpty());
     const QString zone = config["local_time_zone"].toString();
     m_timeZone->setText(tr("Time &Zone (%1)...").arg(zone.isEmpty() ? "UTC" : zone));
 }

@@ -46,8 +46,15 @@ void ProblemLog::collect()
     }
 }
 
-void ProblemLog::clear()
+QStringList ProblemLog::problemsOf(const QString &databaseFile) const
 {
-    m_problems.clear();
+    return m_problems.filter(databaseFile);
+}
+
+void ProblemLog::remove(const QStringList &problems)
+{
+    for (const QString &problem : problems) {
+        m_problems.removeAll(problem);
+    }
     emit changed();
 }

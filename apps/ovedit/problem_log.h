@@ -20,7 +20,11 @@ public:
     explicit ProblemLog(QObject *parent = nullptr);
 
     QStringList problems() const { return m_problems; }
-    void clear();
+    // Those about a database: lines that name its file, which a table's file name begins with.
+    QStringList problemsOf(const QString &databaseFile) const;
+
+    // Forgets problems; they come back when they come up again.
+    void remove(const QStringList &problems);
 
 public slots:
     // Takes over what the error log holds. Happens by itself about once a second.

@@ -10,7 +10,8 @@
 
 #include "problem_log.h"
 
-ProblemsDialog::ProblemsDialog(ProblemLog &log, QWidget *parent) : QDialog(parent)
+ProblemsDialog::ProblemsDialog(ProblemLog &log, const QStringList &problems, QWidget *parent)
+    : QDialog(parent)
 {
     setWindowTitle(tr("Problems"));
     resize(760, 320);
@@ -19,16 +20,16 @@ ProblemsDialog::ProblemsDialog(ProblemLog &log, QWidget *parent) : QDialog(paren
     list->setWordWrap(true);
     list->setAlternatingRowColors(true);
     list->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    list->addItems(log.problems());
+    list->addItems(problems);
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     QPushButton *copy = buttons->addButton(tr("C&opy"), QDialogButtonBox::ActionRole);
     QPushButton *clear = buttons->addButton(tr("C&lear"), QDialogButtonBox::ResetRole);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(copy, &QPushButton::clicked, this,
-            [&log] { QGuiApplication::clipboard()->setText(log.problems().join('\n')); });
-    connect(clear, &QPushButton::clicked, this, [this, &log] {
-        log.clear();
+            [problems] { QGuiApplication::clipboard()->setText(problems.join('\n')); });
+    connect(clear, &QPushButton::clicked, this, [this, problems, &log] {
+        log.remove(problems);
         accept();
     });
 

@@ -11,7 +11,8 @@ class ProblemsDialog : public QDialog
     Q_OBJECT
 
 public:
-    ProblemsDialog(ProblemLog &log, QWidget *parent);
+    // Shows `problems`, which are some of those in `log`.
+    ProblemsDialog(ProblemLog &log, const QStringList &problems, QWidget *parent);
 };
 
 #endif

@@ -92,14 +92,16 @@ def turn_tabs_by_key(session):
 
 def tab_row(session):
     """The height at which a click turns tabs."""
-    x, y, width, _ = session.display.place(session.window)
+    x, y, _, _ = session.display.place(session.window)
     for dy in range(30, 70, 4):
         before = session.table()
         for dx in (60, 300):
             session.display.click(x + dx, y + dy)
-            time.sleep(0.3)
-        if session.table() != before:
-            return y + dy
+            end = time.monotonic() + 1.5
+            while time.monotonic() < end:
+                if session.table() != before:
+                    return y + dy
+                time.sleep(0.05)
     raise AssertionError("no click turned a tab")
 
 

@@ -125,6 +125,20 @@ TEST_F(RunningProgram, tellsOfARefusedTableWithoutStandingInTheWay)
     EXPECT_EQ(window.view()->getCurrentTableModel()->rowCount(), 2);
 }
 
+TEST_F(RunningProgram, tellsOfAProblemInTheWindowOfItsDatabaseOnly)
+{
+    TemporaryDatabase broken;
+    broken.addTable("site", {{"AAK"}});
+    broken.writeFile("quakes.origin", "this is not a record\n");
+    MainWindow &well = opened();
+    MainWindow *ill = program.openDatabase(QString::fromStdString(broken.path()), "r", nullptr);
+    ASSERT_NE(ill, nullptr);
+    EXPECT_TRUE(well.findChild<NoticeBar *>()->isHidden());
+    EXPECT_FALSE(ill->findChild<NoticeBar *>()->isHidden());
+    EXPECT_FALSE(action(well, "problems").isEnabled());
+    EXPECT_TRUE(action(*ill, "problems").isEnabled());
+}
+
 TEST_F(RunningProgram, hasNoNoticeWhenAllIsWell)
 {
     MainWindow &window = opened();

@@ -21,15 +21,15 @@ namespace orvane::expr::test {
  *
  * Blank lines end statements. */
 struct Case {
-  int line = 0;
-  std::string expression;
-  std::string expected; // lines, each ended but the last
-  std::vector<std::string> row;
+    int line = 0;
+    std::string expression;
+    std::string expected; // lines, each ended but the last
+    std::vector<std::string> row;
 };
 
 struct CaseFile {
-  std::vector<ScopeField> fields;
-  std::vector<Case> cases;
+    std::vector<ScopeField> fields;
+    std::vector<Case> cases;
 };
 
 /* Throws, with the line, what is wrong in the file. */

@@ -17,6 +17,8 @@ namespace {
 
 using Kind = BoundNode::Kind;
 
+constexpr std::size_t max_patterns = 256; // each may take some hundred kilobytes once it is compiled
+
 bool holds_integers(const BoundNode &node)
 {
     return storage_of(node.type) == Storage::Integer;
@@ -228,10 +230,13 @@ BoundNodePtr Binder::match(const ParsedNode &parsed, BoundNodePtr left, BoundNod
         return fail(
             concat("expected a pattern, a constant text, after `", spelling(parsed.op), "`; ", shown(*right)),
             right->place);
+    if (++patterns_ > max_patterns)
+        return fail(concat("more than ", max_patterns, " patterns; join some of them as 'a|b'"),
+                    right->place);
     std::string reason;
     auto pattern = Pattern::compile(right->constant.text, reason);
     if (!pattern)
-        return fail(concat("expected a regular expression: ", reason), right->place);
+        return fail(concat("expected a regular expression: ", shortened(reason, 100)), right->place);
     return make_.match(parsed.op, std::move(pattern), std::move(left), parsed.extent);
 }
 

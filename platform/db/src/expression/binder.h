@@ -66,6 +66,7 @@ private:
     std::string_view text_;
     const BindingScope &scope_;
     NodeBuilder make_;
+    std::size_t patterns_ = 0;
     std::optional<ExpressionError> error_;
 };
 

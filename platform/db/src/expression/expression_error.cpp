@@ -56,14 +56,18 @@ Place spanning(Place a, Place b)
     return {offset, std::max(a.offset + a.length, b.offset + b.length) - offset};
 }
 
+std::string shortened(std::string_view text, std::size_t most)
+{
+    if (text.size() <= most)
+        return printable(text);
+    while (most > 0 && continues_character(text[most]))
+        --most;
+    return printable(text.substr(0, most)) + "…";
+}
+
 std::string quoted(std::string_view piece)
 {
-    if (piece.size() <= quoted_length)
-        return concat('`', printable(piece), '`');
-    std::size_t end = quoted_length;
-    while (end > 0 && continues_character(piece[end]))
-        --end;
-    return concat('`', printable(piece.substr(0, end)), "…`");
+    return concat('`', shortened(piece, quoted_length), '`');
 }
 
 Status error_status(std::string_view text, const ExpressionError &error)

@@ -28,6 +28,9 @@ struct ExpressionError {
 // when the line is long), and a caret under the place.
 Status error_status(std::string_view text, const ExpressionError &error);
 
+// The text, or its beginning and an ellipsis where it has more than `most` bytes; without control characters.
+std::string shortened(std::string_view text, std::size_t most);
+
 // A piece of the text for use inside a reason: in quotes, shortened when it is long, without control
 // characters.
 std::string quoted(std::string_view piece);

@@ -1,5 +1,7 @@
 #include "schema/field_format.h"
 
+#include "base/concat.h"
+
 #include <cstdio>
 
 namespace orvane {
@@ -34,11 +36,11 @@ std::string print(const std::string &c_format, T value)
 
 std::string FieldFormat::c_format() const
 {
-    std::string out = "%" + flags;
+    std::string out = concat('%', flags);
     if (width > 0)
         out += std::to_string(width);
     if (precision >= 0)
-        out += "." + std::to_string(precision);
+        out += concat('.', precision);
     if (conversion == 'd')
         out += "ll";
     out += conversion;

@@ -90,9 +90,10 @@ Status hand_over(const FieldValue &value, DbValue &out)
 Status not_a_value(const Subject &subject, std::string_view text)
 {
     const Attribute &attribute = *subject.field->attribute;
+    const std::string kept(text); // asking for the file's name looks at the file, which may end the text
     const std::string file = subject.table->file_name();
     return Status(Code::Value, concat("dbgetv: ", file.empty() ? subject.table->name() : file, ": record ",
-                                      subject.pointer.record, ", field ", attribute.name, ": '", text,
+                                      subject.pointer.record, ", field ", attribute.name, ": '", kept,
                                       "' is not a value of type ", type_name(attribute.type)));
 }
 

@@ -3,6 +3,7 @@
 #include <QBrush>
 #include <QColor>
 #include <QFont>
+#include <QSet>
 #include <cstdlib>
 #include <memory>
 
@@ -28,9 +29,13 @@ QString timeText(double epoch, const QByteArray &format, const QByteArray &zone)
 // An unknown zone is said once, here, and not for every cell; times then read as UTC, as they would anyway.
 QByteArray knownZone(const QByteArray &zone)
 {
+    static QSet<QByteArray> said;
     if (zone.isEmpty() || QTimeZone(zone).isValid())
         return zone;
-    std::free(zepoch2str(0.0, "%Z", zone.constData()));
+    if (!said.contains(zone)) {
+        said.insert(zone);
+        std::free(zepoch2str(0.0, "%Z", zone.constData())); // gives the notice
+    }
     return {};
 }
 

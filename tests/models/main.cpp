@@ -11,7 +11,8 @@ extern "C" __attribute__((visibility("default"))) const char *__lsan_default_sup
 int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Never destroyed: the platform plugin forgets its screen on the way out, which leak checkers would report.
+    // Never destroyed: the platform plugin forgets its screen on the way out, which leak checkers would
+    // report.
     static auto &application = *new QApplication(argc, argv);
     Q_UNUSED(application)
     testing::InitGoogleTest(&argc, argv);

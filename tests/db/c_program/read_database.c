@@ -49,7 +49,7 @@ static int write_file(const char *name, const char *text)
 
 static int remove_files(void)
 {
-    static const char *const names[] = {"tiny.yaml", "quakes", "quakes.site"};
+    static const char *const names[] = {"tiny.yaml", "quakes", "quakes.site", "shipped"};
     int removed = 1;
     for (size_t i = 0; i < sizeof names / sizeof names[0]; ++i) {
         char path[256];
@@ -110,6 +110,21 @@ static int read_metadata(Dbptr db)
     return 0;
 }
 
+/* The shipped schema lies where the shared library finds it from its own place. */
+static int read_shipped_schema(void)
+{
+    char path[256];
+    const char *name = NULL;
+    Dbptr db;
+    CHECK(unsetenv("ORVANE_SCHEMA_PATH") == 0);
+    CHECK(write_file("shipped", "schema: css3.0\n"));
+    path_of(path, sizeof path, "shipped.origin");
+    CHECK(dbopen_database(path, "r", &db) == 0);
+    CHECK(dbquery(db, dbTABLE_NAME, &name) == 0 && strcmp(name, "origin") == 0);
+    CHECK(OVdbclose(db) == 0);
+    return 0;
+}
+
 int main(void)
 {
     CHECK(mkdtemp(folder));
@@ -122,7 +137,7 @@ int main(void)
     Dbptr db;
     CHECK(dbopen_database(path, "r", &db) == 0);
     CHECK(db.table == dbALL && db.field == dbALL && db.record == dbALL);
-    if (read_records(db) != 0 || read_metadata(db) != 0)
+    if (read_records(db) != 0 || read_metadata(db) != 0 || read_shipped_schema() != 0)
         return 1;
     elog_clear();
     CHECK(OVdbclose(db) == 0);

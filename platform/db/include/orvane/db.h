@@ -132,10 +132,11 @@ ORVANE_DB_EXPORT int dbopen_database(const char *path, const char *permissions, 
 /* Closes the database that `db` points into; its pointers, views and borrowed texts end. */
 ORVANE_DB_EXPORT int OVdbclose(Dbptr db);
 
-/* Looks names up. A null or empty name keeps that index of `db`; "dbALL", "dbSCRATCH" and "dbNULL"
- * stand for themselves. `table` may be a base table or a view; `field` may be "table.field";
- * `record` may be a number in decimal. A new table drops field and record that are not named to
- * dbALL. An unknown name gives the invalid pointer. */
+/* Looks names up. A null or empty name keeps that index of `db`. `database` is the name of an open one
+ * (dbDATABASE_NAME). `table` may be a base table or a view; `field` may be "table.field", which also names
+ * the table where `db` points to none; `record` may be the number, in decimal, of a record that is there.
+ * "dbALL" stands for itself; as a record so do "dbSCRATCH" and "dbNULL". A new database or table drops what is
+ * below it and not named to dbALL. An unknown name gives the invalid pointer. */
 ORVANE_DB_EXPORT Dbptr dblookup(Dbptr db, const char *database, const char *table, const char *field,
                                 const char *record);
 

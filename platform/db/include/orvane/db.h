@@ -17,6 +17,8 @@
  *   - Table files may grow, be replaced or be cut short by other programs at any time. Growth and
  *     replacement are noticed when records are counted, and within a tenth of a second otherwise; a
  *     record that is gone is an error.
+ *   - A view stands for the records that its rows had when it was made. Where a table was cut short or
+ * replaced by another program since, rows of records that are gone fail; free the view and make it again.
  *   - A child made by fork must not use databases that its parent opened.
  */
 #ifndef ORVANE_DB_H
@@ -116,7 +118,8 @@ enum {
     dbERROR_IO = -5,        /* the system refused to read or write */
     dbERROR_PERMISSION = -6,
     dbERROR_VALUE = -7, /* a text is not a value of its field's type */
-    dbERROR_MEMORY = -8
+    dbERROR_MEMORY = -8,
+    dbERROR_CANCELLED = -9 /* the progress hook said to stop */
 };
 
 /* The pointer whose four indexes are dbINVALID. */
@@ -174,6 +177,74 @@ ORVANE_DB_EXPORT int dbfind_join_tables(Dbptr db, Tbl **tables);
 /* The keys by which `left` joins `right`: two lists of equal length (the caller's: freetbl(list, free)), a
  * range key as "time::endtime". Returns 0, or a negative code with both null when there are none. */
 ORVANE_DB_EXPORT int dbfind_join_keys(Dbptr left, Dbptr right, Tbl **left_keys, Tbl **right_keys);
+
+/* ---- Views -------------------------------------------------------------------------------------
+ *
+ * A view is rows of record numbers of its member tables; its cells are theirs. The calls below make one of
+ * the table or view that their pointer points to, put it behind all tables and views so far and answer a
+ * pointer to it (field and record dbALL), or the invalid pointer with the reason in the error log and no view
+ * left behind.
+ *
+ * `view` names the new view: no name that a table or view of the database has, no slash. Null or empty stands
+ * for a telling one, "arrival_sort1".
+ *
+ * Fields are named by their names, or as "table.field" where several members have one of that name. Lists
+ * stay the caller's. Numbers compare as numbers, text by bytes without blanks at its end, a null as the value
+ * that it is stored as; a field whose text is no value of its type counts as null, of which a notice tells.
+ *
+ * The creation text (dbTABLE_CREATION) has a line per operation: "dbopen TABLE" stands for a table; every
+ * other line makes one view of what the line before has made, or of the two last ones (dbjoin, dbnojoin,
+ * dbtheta). */
+
+/* The rows for which the expression is true, in order. The language is described in docs/expressions.md. */
+ORVANE_DB_EXPORT Dbptr dbsubset(Dbptr db, const char *expression, const char *view);
+
+/* Flags of dbsort, to be added. */
+enum {
+    dbSORT_REVERSE = 1, /* from high to low; equal rows stay in their order */
+    dbSORT_UNIQUE = 2   /* of equal rows only the first of the input */
+};
+
+/* The rows in the order of the fields (Tbl of char *), the first of which weighs most. Equal rows stay in
+ * their order. */
+ORVANE_DB_EXPORT Dbptr dbsort(Dbptr db, const Tbl *fields, int flags, const char *view);
+
+/* Bundles of the rows that are equal in the fields, in the fields' order. The view has these fields and
+ * `bundle`, a dbptr for which dbget_range answers the rows: in the view that the bundle points to, which is
+ * the one that was grouped if its rows were in order, else one that no list shows. It lives as long as the
+ * grouped view. `type` is 1. */
+ORVANE_DB_EXPORT Dbptr dbgroup(Dbptr db, const Tbl *fields, const char *view, int type);
+
+/* The rows of the bundles, in order. */
+ORVANE_DB_EXPORT Dbptr dbungroup(Dbptr db, const char *view);
+
+/* The view without one of its member tables; of rows that are equal then, the first. */
+ORVANE_DB_EXPORT Dbptr dbsever(Dbptr db, const char *table, const char *view);
+
+/* The distinct records of one member table, in record order. */
+ORVANE_DB_EXPORT Dbptr dbseparate(Dbptr db, const char *table);
+
+/* Lets go of a view: its pointers go stale. What other views need of it stays with them. A base table is no
+ * view. */
+ORVANE_DB_EXPORT int dbfree(Dbptr db);
+
+/* ---- Progress ----------------------------------------------------------------------------------- */
+
+/* Told how far an operation is, from 0 to 1, on the thread that called it and at most every 100 ms. An answer
+ * other than 0 stops the operation, which then leaves nothing behind and "cancelled" in the error log. The
+ * hook may read records and ask questions; operations and closing are refused while it runs. */
+typedef int (*dbprogress_hook)(double fraction, void *data);
+
+/* Sets the hook of the process; null for none. */
+ORVANE_DB_EXPORT void dbset_progress_hook(dbprogress_hook hook, void *data);
+
+/* ---- Finding ------------------------------------------------------------------------------------ */
+
+/* The number of the next record after that which `db` points to, backwards the next before it, for which the
+ * expression is true; from dbALL the first, backwards the last. `hook`, if not null, takes the place of the
+ * process's progress hook (with null data). Returns dbERROR_NOT_FOUND with nothing in the error log when
+ * there is none, or another negative code. */
+ORVANE_DB_EXPORT int64_t dbfind(Dbptr db, const char *expression, int backwards, dbprogress_hook hook);
 
 #ifdef __cplusplus
 }

@@ -22,6 +22,7 @@ enum class Code : int {
     Permission = -6,
     Value = -7,
     Memory = -8,
+    Cancelled = -9,
 };
 
 // Success, or a failure with its code and message. A success costs one null pointer; a failure is

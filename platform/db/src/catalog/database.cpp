@@ -18,7 +18,7 @@ Database::Database(LocatedDatabase located, bool writable, Storage &storage)
                                            : home.entry(folder).entry(stem + "." + relation.name));
         }
         tables_.push_back(
-            std::make_unique<BaseTable>(relation, schema_->name, storage, std::move(places), writable));
+            std::make_shared<BaseTable>(relation, schema_->name, storage, std::move(places), writable));
     }
 }
 

@@ -4,9 +4,11 @@
 #include "catalog/database_locator.h"
 #include "storage/storage.h"
 #include "table/base_table.h"
+#include "view/grouped_view.h"
 
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -33,7 +35,7 @@ public:
     {
         return index >= 0 && index < static_cast<std::int64_t>(tables_.size())
                    ? tables_[static_cast<std::size_t>(index)].get()
-                   : nullptr;
+                   : unlisted_table(index);
     }
     // One beyond the last index.
     std::int64_t table_end() const { return static_cast<std::int64_t>(tables_.size()); }
@@ -42,6 +44,31 @@ public:
     // The index of a base table or view, or -1.
     std::int64_t table_index(std::string_view table_name) const;
     std::vector<std::string_view> table_names() const;
+
+    // A base table or view to be kept by what is made of it.
+    std::shared_ptr<Table> shared_table(std::int64_t index) const
+    {
+        return table(index) ? tables_[static_cast<std::size_t>(index)] : nullptr;
+    }
+
+    // ---- Views ----
+
+    // Whether a new view can have the name: the failure says why not.
+    Status check_view_name(std::string_view view_name) const;
+    // Puts a view behind all tables and views so far and answers its index, which no other one gets.
+    std::int64_t add_view(std::shared_ptr<Table> view);
+    // Knows a view that no list shows, so that it follows when records are numbered anew.
+    void remember_view(const std::shared_ptr<Table> &view);
+    // Takes a view out of the list. It lives on while bundles or members of other views need it.
+    void free_view(std::int64_t index);
+    // The index by which pointers reach a table that bundles stand in, also when no list shows it (any more).
+    std::int64_t index_for_bundles(const std::shared_ptr<Table> &source);
+    // Records of a base table were numbered anew: `renumbered` has the new number of each old one, null_row
+    // for those that are gone. Every view over the table follows, those that no list shows too.
+    void renumber(const RecordTable &table, std::span<const RowNumber> renumbered);
+
+    // An operation runs in this database: another one, or closing, is refused meanwhile.
+    bool operation_running = false;
 
     // Keeps a text that was made to answer a question about a table (null: about the database) until the same
     // question is asked again, and answers where it is kept.
@@ -55,7 +82,13 @@ private:
     Descriptor descriptor_;
     std::shared_ptr<const Schema> schema_;
     bool writable_;
-    std::vector<std::unique_ptr<Table>> tables_;
+    Table *unlisted_table(std::int64_t index) const;
+
+    std::vector<std::shared_ptr<Table>> tables_; // null where a view was freed
+    // Tables of bundles that no list shows, by their indexes from `first_unlisted` on.
+    static constexpr std::int64_t first_unlisted = std::int64_t{1} << 40;
+    std::vector<std::weak_ptr<Table>> unlisted_;
+    std::vector<std::weak_ptr<Table>> all_views_; // listed or not
     std::map<std::pair<int, const Table *>, std::string> answers_;
 };
 

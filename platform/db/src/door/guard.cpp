@@ -12,6 +12,7 @@ static_assert(static_cast<int>(Code::Io) == dbERROR_IO);
 static_assert(static_cast<int>(Code::Permission) == dbERROR_PERMISSION);
 static_assert(static_cast<int>(Code::Value) == dbERROR_VALUE);
 static_assert(static_cast<int>(Code::Memory) == dbERROR_MEMORY);
+static_assert(static_cast<int>(Code::Cancelled) == dbERROR_CANCELLED);
 
 void log_failure(const Status &failure)
 {

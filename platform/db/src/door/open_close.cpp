@@ -32,6 +32,10 @@ int dbopen_database(const char *path, const char *permissions, Dbptr *db)
 int OVdbclose(Dbptr db)
 {
     return guarded("OVdbclose", [&] {
+        const Database *database = DatabaseRegistry::of_process().database(db.database);
+        if (database && database->operation_running)
+            return code_of(Status(
+                Code::Argument, "OVdbclose: an operation is running in the database; wait until it is done"));
         if (DatabaseRegistry::of_process().close(db.database))
             return 0;
         return code_of(subject_failure(db, Level::Database, "OVdbclose"));

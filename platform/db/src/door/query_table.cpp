@@ -1,5 +1,6 @@
 #include "door/query_table.h"
 
+#include <algorithm>
 #include <array>
 
 namespace orvane {
@@ -11,7 +12,8 @@ std::vector<std::string> key_texts(const Subject &subject, Key Relation::*which)
     std::vector<std::string> texts;
     for (const Relation *relation : subject.table->members())
         for (const KeyElement &element : relation->*which)
-            texts.push_back(element.text());
+            if (std::find(texts.begin(), texts.end(), element.text()) == texts.end())
+                texts.push_back(element.text());
     return texts;
 }
 
@@ -152,10 +154,10 @@ RowByCode index_rows()
 const QueryRow *find_query(int code)
 {
     static const RowByCode index = index_rows();
-    static const QueryRow *const null_row = &rows[std::size(rows) - 1];
+    static const QueryRow *const row_of_null = &rows[std::size(rows) - 1];
     if (code <= first_code && code >= last_code)
         return index[static_cast<std::size_t>(first_code - code)];
-    return code == dbNULL ? null_row : nullptr;
+    return code == dbNULL ? row_of_null : nullptr;
 }
 
 } // namespace orvane

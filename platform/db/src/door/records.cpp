@@ -28,10 +28,30 @@ Result<std::string_view> record_text(const Subject &subject, const char *call)
                                          " does not point to a record of table ", subject.table->name()));
 }
 
-std::string_view cell_of(std::string_view record, const TableField &field)
+// The text of the field that a pointer of field level points to.
+Result<std::string_view> cell_text(const Subject &subject, const char *call)
 {
-    return record.substr(static_cast<std::size_t>(field.offset),
-                         static_cast<std::size_t>(field.attribute->width));
+    if (subject.pointer.record >= 0)
+        return subject.table->cell(subject.pointer.record, static_cast<std::size_t>(subject.pointer.field));
+    const auto record = record_text(subject, call);
+    if (!record.ok())
+        return record;
+    return record->substr(static_cast<std::size_t>(subject.field->offset),
+                          static_cast<std::size_t>(subject.field->attribute->width));
+}
+
+// A pointer to rows of a bundle is one to its first, with the end as a field index below all that have a
+// meaning.
+constexpr std::int64_t bundle_field_base = -1'000'000;
+
+Dbptr pointer_to_bundle(Database &database, std::int64_t database_index, const Bundle &bundle)
+{
+    return Dbptr{database_index, database.index_for_bundles(bundle.table), bundle_field_base - bundle.end,
+                 bundle.first};
+}
+bool points_to_bundle(const Dbptr &db)
+{
+    return db.field <= bundle_field_base && db.record >= 0;
 }
 
 Level level_of_field(const Dbptr &db)
@@ -44,15 +64,14 @@ std::int64_t get_text(const Dbptr &db, char *buffer, std::size_t capacity)
     Subject subject;
     if (Status found = find_subject(db, level_of_field(db), "dbget", subject); !found.ok())
         return code_of(found);
-    const auto record = record_text(subject, "dbget");
-    if (!record.ok())
-        return code_of(record.status());
-    const std::string_view text = subject.field ? cell_of(*record, *subject.field) : *record;
-    if (text.size() < capacity) {
-        std::memcpy(buffer, text.data(), text.size());
-        buffer[text.size()] = '\0';
+    const auto text = subject.field ? cell_text(subject, "dbget") : record_text(subject, "dbget");
+    if (!text.ok())
+        return code_of(text.status());
+    if (text->size() < capacity) {
+        std::memcpy(buffer, text->data(), text->size());
+        buffer[text->size()] = '\0';
     }
-    return static_cast<std::int64_t>(text.size());
+    return static_cast<std::int64_t>(text->size());
 }
 
 std::int64_t get_to_scratch(const Dbptr &db)
@@ -112,12 +131,26 @@ Status get_value(Dbptr db, const char *field, DbValue &out)
     }
     if (Status found = find_subject(db, Level::Field, "dbgetv", subject); !found.ok())
         return found;
-    const auto record = record_text(subject, "dbgetv");
-    if (!record.ok())
-        return record.status();
-    const std::string_view text = cell_of(*record, *subject.field);
-    const auto value = decode_field(*subject.field->attribute, text);
-    return value ? hand_over(*value, out) : not_a_value(subject, text);
+    const auto text = cell_text(subject, "dbgetv");
+    if (!text.ok())
+        return text.status();
+    if (const auto bundle = subject.table->bundle(db.record, static_cast<std::size_t>(db.field))) {
+        out.type = dbDBPTR;
+        out.dbptr = pointer_to_bundle(*subject.database, db.database, *bundle);
+        return Status();
+    }
+    const auto value = decode_field(*subject.field->attribute, *text);
+    return value ? hand_over(*value, out) : not_a_value(subject, *text);
+}
+
+// The rows that the cell stands for to which the pointer points, if it is one of a bundle.
+std::optional<Bundle> bundle_of(const Subject &subject)
+{
+    const Dbptr &db = subject.pointer;
+    if (db.record < 0 || db.field < 0 ||
+        db.field >= static_cast<std::int64_t>(subject.table->fields().size()))
+        return std::nullopt;
+    return subject.table->bundle(db.record, static_cast<std::size_t>(db.field));
 }
 
 Status get_range(const Dbptr &db, std::int64_t &first, std::int64_t &end)
@@ -131,11 +164,17 @@ Status get_range(const Dbptr &db, std::int64_t &first, std::int64_t &end)
     const RecordCount count = subject.table->count_records();
     if (!count.refusal.ok())
         log_failure(count.refusal);
+    const std::int64_t end_of_bundle = points_to_bundle(db) ? bundle_field_base - db.field : 0;
+    if (const auto bundle = bundle_of(subject)) {
+        first = bundle->first;
+        end = bundle->end;
+        return Status();
+    }
     if (db.record >= count.records)
         return Status(Code::NotFound, concat("dbget_range: no record ", db.record, " in table ",
                                              subject.table->name(), ", which has ", count.records));
     first = db.record == dbALL ? 0 : db.record;
-    end = db.record == dbALL ? count.records : db.record + 1;
+    end = db.record == dbALL ? count.records : end_of_bundle > 0 ? end_of_bundle : db.record + 1;
     return Status();
 }
 

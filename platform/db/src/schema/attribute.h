@@ -23,15 +23,15 @@ enum class FieldType : std::int64_t {
 std::string_view type_name(FieldType type);
 
 // Whether values of the type are whole numbers; whether they are numbers at all.
-inline bool is_integer(FieldType type)
+constexpr bool is_integer(FieldType type)
 {
     return type == FieldType::Boolean || type == FieldType::Integer || type == FieldType::Yearday;
 }
-inline bool is_real(FieldType type)
+constexpr bool is_real(FieldType type)
 {
     return type == FieldType::Real || type == FieldType::Time;
 }
-inline bool is_number(FieldType type)
+constexpr bool is_number(FieldType type)
 {
     return is_integer(type) || is_real(type);
 }

@@ -1,6 +1,9 @@
 #include "table/base_table.h"
 
 #include "base/concat.h"
+#include "column/column_decoder.h"
+
+#include <orvane/util.h>
 
 namespace orvane {
 
@@ -53,6 +56,68 @@ Result<bool> BaseTable::is_present()
     if (Status looked = file_.look(); !looked.ok())
         return looked;
     return file_.present();
+}
+
+Snapshot BaseTable::snapshot()
+{
+    const std::int64_t records = file_.count_records();
+    return Snapshot{records, file_.version(), file_.refusal()};
+}
+
+Result<std::vector<ColumnPtr>> BaseTable::columns(std::span<const int> fields, const Snapshot &as_of,
+                                                  Work &work)
+{
+    std::vector<ColumnPtr> columns(fields.size());
+    std::vector<RelationField> missing;
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        if (!(columns[i] = storage_.columns.find(as_of.version, fields[i])))
+            missing.push_back(relation_.fields()[static_cast<std::size_t>(fields[i])]);
+    if (missing.empty())
+        return columns;
+    if (as_of.version != file_.version()) {
+        work.meet_change();
+        return Status(Code::Io, concat(file_.path().shown, ": changed while it was read"));
+    }
+    std::unique_ptr<RandomAccessFile> file;
+    if (as_of.records > 0) {
+        auto opened = file_.open_beside();
+        if (!opened.ok())
+            return opened.status();
+        file = std::move(*opened);
+        if (!file) {
+            work.meet_change();
+            return Status(Code::Io, concat(file_.path().shown, ": changed while it was read"));
+        }
+    }
+    std::vector<std::shared_ptr<Column>> decoded;
+    if (file) {
+        auto read = decode_columns(
+            RecordSpan{*file, as_of.records, relation_.record_size(), file_.path().shown}, missing, work);
+        if (!read.ok())
+            return read.status();
+        decoded = std::move(*read);
+    } else {
+        for (const RelationField &field : missing)
+            decoded.push_back(new_column(*field.attribute, 0));
+    }
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (columns[i])
+            continue;
+        tell_unreadable(*missing[next].attribute, *decoded[next]);
+        columns[i] = std::move(decoded[next++]);
+        storage_.columns.keep(as_of.version, fields[i], columns[i]);
+    }
+    return columns;
+}
+
+void BaseTable::tell_unreadable(const Attribute &attribute, const Column &column) const
+{
+    if (column.unreadable > 0)
+        elog_notice("%s: field %s: %lld of %lld values are not of type %s and count as null",
+                    file_.path().shown.c_str(), attribute.name.c_str(),
+                    static_cast<long long>(column.unreadable), static_cast<long long>(column.count),
+                    std::string(type_name(attribute.type)).c_str());
 }
 
 // The reason why a folder can't be searched comes with the questions about what is in the file.

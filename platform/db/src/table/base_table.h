@@ -2,11 +2,11 @@
 #pragma once
 
 #include "table/record_file.h"
-#include "table/table.h"
+#include "table/record_table.h"
 
 namespace orvane {
 
-class BaseTable : public Table
+class BaseTable : public RecordTable
 {
 public:
     // `places` are the paths where the file may be, in order of search. The relation, owned by the
@@ -34,9 +34,15 @@ public:
     std::string description() const override { return relation_.description; }
     std::string detail() const override { return relation_.detail; }
 
+    Snapshot snapshot() override;
+    Result<std::vector<ColumnPtr>> columns(std::span<const int> fields, const Snapshot &as_of,
+                                           Work &work) override;
+
     RecordFile &file() { return file_; }
 
 private:
+    void tell_unreadable(const Attribute &attribute, const Column &column) const;
+
     const Relation &relation_;
     Storage &storage_;
     const bool opened_for_writing_;

@@ -40,6 +40,7 @@ RecordFile::RecordFile(Storage &storage, std::vector<LocatedPath> places, std::i
 RecordFile::~RecordFile()
 {
     storage_.blocks.drop(version_);
+    storage_.columns.drop(version_);
     storage_.handles.close(owner_);
 }
 
@@ -68,6 +69,7 @@ bool RecordFile::was_young(const FileState &state) const
 void RecordFile::forget_content()
 {
     storage_.blocks.drop(version_);
+    storage_.columns.drop(version_);
     version_ = storage_.blocks.new_version();
     block_.reset();
     block_first_ = block_end_ = 0;
@@ -111,6 +113,20 @@ Status RecordFile::look_now_and_then()
     if (looked_ && clock_now(CLOCK_MONOTONIC_COARSE) - look_time_ < look_interval)
         return look_failure_;
     return look();
+}
+
+Result<std::unique_ptr<RandomAccessFile>> RecordFile::open_beside() const
+{
+    auto file = storage_.files.open(path().absolute);
+    if (!file.ok())
+        return Status(file.status().code(), concat(path().shown, ": cannot be opened to read ", expected_,
+                                                   ": ", file.status().message()));
+    const auto state = (*file)->state();
+    if (!state.ok())
+        return state.status();
+    if (!(*state == state_))
+        file->reset();
+    return file;
 }
 
 // ---- Whether it is of the right form -------------------------------------------------------------

@@ -51,6 +51,10 @@ public:
     // Changes whenever the file's content may have: what was derived from it is then to be made anew.
     FileVersion version() const { return version_; }
 
+    // Opens the file once more, to read all of it beside what goes on here: null when it is not in the state
+    // of the last look any more.
+    Result<std::unique_ptr<RandomAccessFile>> open_beside() const;
+
 private:
     struct Found {
         std::size_t place = 0;

@@ -6,6 +6,8 @@
 #include "schema/relation.h"
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +28,15 @@ struct RecordCount {
 
 // The special records of a table, besides numbered ones.
 enum class SpecialRecord { Null, Scratch };
+
+class Table;
+
+// The rows that a bundle stands for: [first, end) of a table.
+struct Bundle {
+    std::shared_ptr<Table> table;
+    std::int64_t first = 0;
+    std::int64_t end = 0;
+};
 
 class Table
 {
@@ -49,6 +60,10 @@ public:
     // the database.
     virtual Result<std::string_view> record(std::int64_t number) = 0;
     virtual std::string_view special_record(SpecialRecord which) const = 0;
+    // The text of one field of a record, under the same terms. `field` is one of the table's.
+    virtual Result<std::string_view> cell(std::int64_t number, std::size_t field);
+    // The rows that a field of a record stands for, when it is a bundle.
+    virtual std::optional<Bundle> bundle(std::int64_t number, std::size_t field) const;
     // Fills the scratch record; the text is a whole record without its line feed. Base tables only.
     virtual Status set_scratch(std::string_view record_text) = 0;
 

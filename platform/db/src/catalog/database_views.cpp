@@ -1,0 +1,108 @@
+// The views of a database: their names, their indexes, and what happens to them when records are numbered
+// anew.
+#include "catalog/database.h"
+
+#include "base/concat.h"
+
+#include <algorithm>
+
+namespace orvane {
+
+namespace {
+
+// Names that stand for something else where a table's name is looked up.
+constexpr std::string_view reserved_names[] = {"dbALL", "dbSCRATCH", "dbNULL"};
+
+bool is_control(char c)
+{
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
+}
+
+} // namespace
+
+Status Database::check_view_name(std::string_view view_name) const
+{
+    const auto refused = [&](std::string_view why) {
+        return Status(Code::Argument, concat("a view cannot have the name '", view_name, "': ", why));
+    };
+    if (view_name.find('/') != std::string_view::npos)
+        return refused("it holds a slash, and a view may be saved as a file of its name");
+    if (std::any_of(view_name.begin(), view_name.end(), is_control))
+        return refused("it holds a control character");
+    if (std::find(std::begin(reserved_names), std::end(reserved_names), view_name) !=
+        std::end(reserved_names))
+        return refused("it has a meaning of its own");
+    if (table_index(view_name) >= 0)
+        return refused("a table or view of that name is there already");
+    for (const auto &kept : all_views_)
+        if (const auto view = kept.lock();
+            view && dynamic_cast<GroupedView *>(view.get()) && view->name() == view_name)
+            return refused("a freed view of that name is still a member of another one");
+    return Status();
+}
+
+void Database::remember_view(const std::shared_ptr<Table> &view)
+{
+    std::erase_if(all_views_, [](const auto &kept) { return kept.expired(); });
+    all_views_.push_back(view);
+}
+
+std::int64_t Database::add_view(std::shared_ptr<Table> view)
+{
+    remember_view(view);
+    tables_.push_back(std::move(view));
+    return static_cast<std::int64_t>(tables_.size() - 1);
+}
+
+void Database::free_view(std::int64_t index)
+{
+    const Table *view = table(index);
+    std::erase_if(answers_, [view](const auto &answer) { return answer.first.second == view; });
+    tables_[static_cast<std::size_t>(index)].reset();
+}
+
+Table *Database::unlisted_table(std::int64_t index) const
+{
+    const std::int64_t at = index - first_unlisted;
+    if (at < 0 || at >= static_cast<std::int64_t>(unlisted_.size()))
+        return nullptr;
+    // The views that need the table keep it: it is not this pointer that does.
+    return unlisted_[static_cast<std::size_t>(at)].lock().get();
+}
+
+std::int64_t Database::index_for_bundles(const std::shared_ptr<Table> &source)
+{
+    for (std::size_t i = 0; i < tables_.size(); ++i)
+        if (tables_[i] == source)
+            return static_cast<std::int64_t>(i);
+    for (std::size_t i = 0; i < unlisted_.size(); ++i)
+        if (unlisted_[i].lock() == source)
+            return first_unlisted + static_cast<std::int64_t>(i);
+    unlisted_.push_back(source);
+    return first_unlisted + static_cast<std::int64_t>(unlisted_.size() - 1);
+}
+
+// Numbers change from the bottom up: a table's records, the rows of views over it, the bundles of those rows,
+// which are records again.
+void Database::renumber(const RecordTable &table, std::span<const RowNumber> renumbered)
+{
+    for (const auto &kept : all_views_) {
+        const auto view = std::dynamic_pointer_cast<View>(kept.lock());
+        if (!view)
+            continue;
+        const std::vector<RowNumber> moved = view->renumber(table, renumbered);
+        if (moved.empty())
+            continue;
+        for (const auto &other : all_views_)
+            if (const auto grouped = std::dynamic_pointer_cast<GroupedView>(other.lock());
+                grouped && grouped->source() == view)
+                renumber(*grouped, grouped->renumber(moved));
+    }
+    // A grouped view can be the source of another one.
+    for (const auto &other : all_views_)
+        if (const auto grouped = std::dynamic_pointer_cast<GroupedView>(other.lock());
+            grouped && grouped->source().get() == &table)
+            renumber(*grouped, grouped->renumber(renumbered));
+}
+
+} // namespace orvane

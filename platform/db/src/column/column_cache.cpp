@@ -1,0 +1,90 @@
+#include "column/column_cache.h"
+
+#include "column/column.h"
+
+#include <charconv>
+#include <cstdlib>
+#include <limits>
+#include <string_view>
+#include <unistd.h>
+
+namespace orvane {
+
+namespace {
+
+std::size_t quarter_of_memory()
+{
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long page = sysconf(_SC_PAGE_SIZE);
+    if (pages <= 0 || page <= 0)
+        return std::size_t{1} << 30;
+    return static_cast<std::size_t>(pages) / 4 * static_cast<std::size_t>(page);
+}
+
+// Nothing where the setting is not understood.
+std::size_t unit_of(std::string_view ending)
+{
+    if (ending.empty())
+        return 1;
+    constexpr std::string_view units = "KMG";
+    const auto unit = units.find(ending[0]);
+    return ending.size() == 1 && unit != std::string_view::npos ? std::size_t{1} << (10 * (unit + 1)) : 0;
+}
+
+} // namespace
+
+std::size_t column_budget()
+{
+    const char *setting = std::getenv("ORVANE_COLUMN_BUDGET");
+    const std::string_view text(setting ? setting : "");
+    std::size_t number = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc())
+        return quarter_of_memory();
+    const std::size_t unit = unit_of(text.substr(static_cast<std::size_t>(stop - text.data())));
+    return unit > 0 && number <= std::numeric_limits<std::size_t>::max() / unit ? number * unit
+                                                                                : quarter_of_memory();
+}
+
+std::shared_ptr<const Column> ColumnCache::find(FileVersion version, int field)
+{
+    const auto found = index_.find({version, field});
+    if (found == index_.end())
+        return nullptr;
+    entries_.splice(entries_.begin(), entries_, found->second);
+    return entries_.front().column;
+}
+
+void ColumnCache::keep(FileVersion version, int field, std::shared_ptr<const Column> column)
+{
+    const Key key{version, field};
+    if (const auto found = index_.find(key); found != index_.end())
+        erase(found->second);
+    const std::size_t bytes = column->bytes();
+    if (bytes > budget_)
+        return;
+    while (used_ + bytes > budget_)
+        erase(std::prev(entries_.end()));
+    entries_.push_front(Entry{key, std::move(column), bytes});
+    index_[key] = entries_.begin();
+    used_ += bytes;
+}
+
+void ColumnCache::drop(FileVersion version)
+{
+    auto at = index_.lower_bound({version, std::numeric_limits<int>::min()});
+    while (at != index_.end() && at->first.first == version) {
+        const auto entry = at->second;
+        ++at;
+        erase(entry);
+    }
+}
+
+void ColumnCache::erase(Entries::iterator entry)
+{
+    used_ -= entry->bytes;
+    index_.erase(entry->key);
+    entries_.erase(entry);
+}
+
+} // namespace orvane

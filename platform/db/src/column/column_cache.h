@@ -1,0 +1,57 @@
+// Decoded columns in memory, within one budget for all tables.
+#pragma once
+
+#include "storage/block_cache.h"
+
+#include <cstdint>
+#include <list>
+#include <map>
+#include <memory>
+#include <utility>
+
+namespace orvane {
+
+struct Column;
+
+// What $ORVANE_COLUMN_BUDGET says, in bytes (with an ending K, M or G in units of 1024), or a quarter of the
+// machine's memory.
+std::size_t column_budget();
+
+// Keeps the most recently used columns of table files, each under the state of the file from which it was
+// decoded. A column that is handed out lives as long as someone holds it, also when it has left the cache.
+class ColumnCache
+{
+public:
+    explicit ColumnCache(std::size_t budget_bytes) : budget_(budget_bytes) {}
+    ColumnCache(const ColumnCache &) = delete;
+    ColumnCache &operator=(const ColumnCache &) = delete;
+
+    // The column, or null when it isn't kept.
+    std::shared_ptr<const Column> find(FileVersion version, int field);
+    // Keeps a column, and lets go of the least recently used ones that the budget has no room for. A column
+    // that is larger than the budget is not kept.
+    void keep(FileVersion version, int field, std::shared_ptr<const Column> column);
+    // Lets go of all columns of a version.
+    void drop(FileVersion version);
+
+    std::size_t used_bytes() const { return used_; }
+    std::size_t budget_bytes() const { return budget_; }
+
+private:
+    using Key = std::pair<FileVersion, int>;
+    struct Entry {
+        Key key;
+        std::shared_ptr<const Column> column;
+        std::size_t bytes;
+    };
+    using Entries = std::list<Entry>;
+
+    void erase(Entries::iterator entry);
+
+    std::size_t budget_;
+    std::size_t used_ = 0;
+    Entries entries_; // most recently used first
+    std::map<Key, Entries::iterator> index_;
+};
+
+} // namespace orvane

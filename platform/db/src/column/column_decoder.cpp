@@ -1,0 +1,247 @@
+#include "column/column_decoder.h"
+
+#include "base/concat.h"
+#include "column/number_decoding.h"
+#include "table/field_value.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::int64_t block_bytes = 256 << 10; // read at a time: what stays in the second-level cache
+
+// What one thread decodes with.
+struct ThreadState {
+    std::vector<char> buffer;
+    std::vector<FieldDecoder> decoders;
+    std::vector<std::unique_ptr<TextEntries>> texts; // per field; null for numbers
+};
+
+class Decoding
+{
+public:
+    Decoding(const RecordSpan &records, std::span<const RelationField> fields, Work &work)
+        : records_(records), fields_(fields), work_(work), threads_(thread_limit()),
+          block_(std::max<std::int64_t>(1, block_bytes / records.record_size))
+    {
+        for (const RelationField &field : fields)
+            columns_.push_back(new_column(*field.attribute, records.count));
+        block_threads_.resize(static_cast<std::size_t>((records.count + block_ - 1) / block_));
+        for (ThreadState &thread : threads_)
+            prepare(thread);
+    }
+
+    Result<std::vector<std::shared_ptr<Column>>> run()
+    {
+        Status done = work_.for_blocks(
+            records_.count, block_, 0.5, [this](std::int64_t begin, std::int64_t end, unsigned thread) {
+                block_threads_[static_cast<std::size_t>(begin / block_)] = static_cast<std::uint8_t>(thread);
+                return decode_block(begin, end, threads_[thread]);
+            });
+        for (std::size_t i = 0; i < fields_.size() && done.ok(); ++i)
+            done = finish(i);
+        if (!done.ok())
+            return done;
+        return std::move(columns_);
+    }
+
+private:
+    void prepare(ThreadState &thread) const
+    {
+        for (const RelationField &field : fields_) {
+            const bool text = column_storage(field.attribute->type) == ColumnStorage::Text;
+            thread.texts.push_back(text ? std::make_unique<TextEntries>() : nullptr);
+            thread.decoders.emplace_back(field, records_.record_size, thread.texts.back().get());
+        }
+    }
+
+    Status decode_block(std::int64_t begin, std::int64_t end, ThreadState &thread)
+    {
+        const auto size = static_cast<std::size_t>(records_.record_size);
+        thread.buffer.resize(static_cast<std::size_t>(end - begin) * size);
+        const auto got = records_.file.read_at(begin * records_.record_size, thread.buffer);
+        if (!got.ok())
+            return Status(got.status().code(), concat(records_.shown, ": cannot read records ", begin, " to ",
+                                                      end - 1, ": ", got.status().message()));
+        if (*got < thread.buffer.size()) {
+            shortened_ = true;
+            return Status(Code::NotFound, concat(records_.shown, ": became shorter while it was read"));
+        }
+        for (std::int64_t record = begin; record < end; ++record)
+            if (thread.buffer[static_cast<std::size_t>(record - begin + 1) * size - 1] != '\n')
+                return Status(Code::Format, concat(records_.shown, ": record ", record, ", bytes ",
+                                                   record * records_.record_size, " to ",
+                                                   (record + 1) * records_.record_size - 1,
+                                                   ", has no line feed at its end; mend the file"));
+        for (std::size_t i = 0; i < fields_.size(); ++i)
+            thread.decoders[i].decode(thread.buffer.data(), begin, end - begin, *columns_[i]);
+        return Status();
+    }
+
+    Status finish(std::size_t field)
+    {
+        Column &column = *columns_[field];
+        for (const ThreadState &thread : threads_) {
+            column.has_nulls |= thread.decoders[field].met_null();
+            column.unreadable += thread.decoders[field].unreadable();
+        }
+        return column.storage() == ColumnStorage::Text ? merge_texts(field) : Status();
+    }
+
+    // Each thread gave codes of its own: makes them those of one dictionary.
+    Status merge_texts(std::size_t field)
+    {
+        Column &column = *columns_[field];
+        auto all = std::make_shared<TextEntries>();
+        std::vector<std::vector<std::uint32_t>> merged(threads_.size());
+        column.null_code = all->code_of(trimmed_right(fields_[field].attribute->null));
+        column.codes.back() = column.null_code;
+        for (std::size_t thread = 0; thread < threads_.size(); ++thread) {
+            const TextEntries &own = *threads_[thread].texts[field];
+            for (std::uint32_t code = 0; code < own.size(); ++code) {
+                merged[thread].push_back(all->code_of(own.text(code)));
+                if (code % 4096 == 0)
+                    if (Status told = work_.poll(); !told.ok())
+                        return told;
+            }
+        }
+        const std::int64_t group = 64 * block_;
+        Status done =
+            work_.for_blocks(column.count, group, 0.2, [&](std::int64_t begin, std::int64_t end, unsigned) {
+                for (std::int64_t at = begin; at < end; at += block_) {
+                    const auto thread = block_threads_[static_cast<std::size_t>(at / block_)];
+                    const auto &codes = merged[thread];
+                    const auto last = static_cast<std::size_t>(std::min(end, at + block_));
+                    for (auto i = static_cast<std::size_t>(at); i < last; ++i)
+                        column.codes[i] = codes[column.codes[i]];
+                }
+                return Status();
+            });
+        column.has_nulls = all->size() > 0 && met_text(merged, column.null_code);
+        column.texts = std::move(all);
+        return done;
+    }
+
+    static bool met_text(const std::vector<std::vector<std::uint32_t>> &merged, std::uint32_t code)
+    {
+        return std::any_of(merged.begin(), merged.end(), [&](const auto &codes) {
+            return std::find(codes.begin(), codes.end(), code) != codes.end();
+        });
+    }
+
+public:
+    bool shortened() const { return shortened_; }
+
+private:
+    const RecordSpan &records_;
+    std::span<const RelationField> fields_;
+    Work &work_;
+    std::vector<ThreadState> threads_;
+    const std::int64_t block_; // records
+    std::vector<std::shared_ptr<Column>> columns_;
+    std::vector<std::uint8_t> block_threads_; // which thread decoded a block
+    std::atomic<bool> shortened_ = false;
+};
+
+} // namespace
+
+Result<std::vector<std::shared_ptr<Column>>> decode_columns(const RecordSpan &records,
+                                                            std::span<const RelationField> fields, Work &work)
+{
+    Decoding decoding(records, fields, work);
+    auto columns = decoding.run();
+    if (decoding.shortened())
+        work.meet_change();
+    return columns;
+}
+
+// ---- The fields of a block -----------------------------------------------------------------------
+
+void FieldDecoder::decode(const char *records, std::int64_t first, std::int64_t count, Column &column)
+{
+    const char *at = records + field_.offset;
+    switch (column.storage()) {
+    case ColumnStorage::Integer:
+        decode_integers(at, count, column.integers.data() + first);
+        break;
+    case ColumnStorage::Real:
+        decode_reals(at, count, column.reals.data() + first);
+        break;
+    case ColumnStorage::Text:
+        if (field_.attribute->width <= 8)
+            decode_short_texts(at, count, column.codes.data() + first);
+        else
+            decode_texts(at, count, column.codes.data() + first);
+        break;
+    }
+}
+
+void FieldDecoder::decode_integers(const char *at, std::int64_t count, std::int64_t *out)
+{
+    const std::int64_t width = field_.attribute->width;
+    const std::int64_t null = field_.attribute->null_integer;
+    const bool boolean = field_.attribute->type == FieldType::Boolean;
+    bool met_null = false;
+    for (std::int64_t i = 0; i < count; ++i, at += record_size_) {
+        std::int64_t value = 0;
+        if (!decode_plain_integer(at, at + width, value) || (boolean && value != 0 && value != 1)) {
+            const auto read = decode_field(*field_.attribute, {at, static_cast<std::size_t>(width)});
+            unreadable_ += read ? 0 : 1;
+            value = read ? read->integer : null;
+        }
+        met_null |= value == null;
+        out[i] = value;
+    }
+    met_null_ |= met_null;
+}
+
+void FieldDecoder::decode_reals(const char *at, std::int64_t count, double *out)
+{
+    const std::int64_t width = field_.attribute->width;
+    const double null = field_.attribute->null_real;
+    bool met_null = false;
+    for (std::int64_t i = 0; i < count; ++i, at += record_size_) {
+        double value = 0;
+        if (!decode_plain_real(at, at + width, value)) {
+            const auto read = decode_field(*field_.attribute, {at, static_cast<std::size_t>(width)});
+            unreadable_ += read ? 0 : 1;
+            value = read ? read->real : null;
+        }
+        met_null |= value == null;
+        out[i] = value;
+    }
+    met_null_ |= met_null;
+}
+
+void FieldDecoder::decode_texts(const char *at, std::int64_t count, std::uint32_t *out)
+{
+    const auto width = static_cast<std::size_t>(field_.attribute->width);
+    std::uint32_t last = TextEntries::none; // the same text often comes several times in a row
+    for (std::int64_t i = 0; i < count; ++i, at += record_size_) {
+        const std::string_view text = trimmed_right({at, width});
+        if (last == TextEntries::none || texts_->text(last) != text)
+            last = texts_->code_of(text);
+        out[i] = last;
+    }
+}
+
+void FieldDecoder::decode_short_texts(const char *at, std::int64_t count, std::uint32_t *out)
+{
+    const auto width = static_cast<std::size_t>(field_.attribute->width);
+    recent_.resize(recent_count);
+    for (std::int64_t i = 0; i < count; ++i, at += record_size_) {
+        std::uint64_t packed = 0;
+        std::memcpy(&packed, at, width);
+        RecentText &recent = recent_[(packed * 0x9e3779b97f4a7c15u) >> 52];
+        if (recent.packed != packed || recent.code == TextEntries::none) {
+            recent.packed = packed;
+            recent.code = texts_->code_of(trimmed_right({at, width}));
+        }
+        out[i] = recent.code;
+    }
+}
+
+} // namespace orvane

@@ -1,0 +1,85 @@
+// dbfind, dbfree and the progress hook.
+#include "door/derivations.h"
+
+#include "base/concat.h"
+#include "operation/subset.h"
+
+using namespace orvane;
+
+namespace {
+
+constexpr int max_attempts = 4; // at a table that keeps changing while it is read
+
+Result<std::int64_t> find_once(const Subject &subject, std::string_view expression, bool backwards,
+                               Work &work)
+{
+    const std::shared_ptr<Table> table = subject.database->shared_table(subject.pointer.table);
+    const auto condition = bind_condition(*table, standing_on(subject.pointer), expression);
+    if (!condition.ok())
+        return condition.status();
+    Operand operand(table);
+    if (Status looked = operand.look(); !looked.ok())
+        return looked;
+    for (const Status &remark : operand.remarks())
+        log_failure(remark);
+    const std::int64_t from = subject.pointer.record;
+    return find_row(operand, *condition, from == dbALL ? -1 : from, backwards, work);
+}
+
+Result<std::int64_t> find(const Dbptr &db, const char *expression, bool backwards, dbprogress_hook hook)
+{
+    Subject subject;
+    if (Status found = find_subject(db, Level::Table, "dbfind", subject); !found.ok())
+        return found;
+    if (!expression)
+        return Status(Code::Argument, "the expression is null");
+    if (db.record < 0 && db.record != dbALL)
+        return Status(Code::Argument,
+                      concat("the pointer ", pointer_text(db), " points to a record without a number"));
+    OperationGuard running(*subject.database);
+    if (!running.status().ok())
+        return running.status();
+    Work work("dbfind", hook ? ProgressHook{hook, nullptr} : process_progress_hook());
+    for (int attempt = 1;; ++attempt) {
+        auto found = find_once(subject, expression, backwards, work);
+        if (found.ok() || !work.take_change() || attempt == max_attempts)
+            return found;
+    }
+}
+
+} // namespace
+
+int64_t dbfind(Dbptr db, const char *expression, int backwards, dbprogress_hook hook)
+{
+    return guarded("dbfind", [&]() -> std::int64_t {
+        const auto found = find(db, expression, backwards != 0, hook);
+        if (!found.ok())
+            return code_of(named_failure("dbfind", found.status()));
+        return *found >= 0 ? *found : static_cast<std::int64_t>(dbERROR_NOT_FOUND);
+    });
+}
+
+int dbfree(Dbptr db)
+{
+    return guarded("dbfree", [&] {
+        Subject subject;
+        if (Status found = find_subject(db, Level::Table, "dbfree", subject); !found.ok())
+            return code_of(found);
+        if (!subject.table->is_view())
+            return code_of(Status(Code::Argument, concat("dbfree: table ", subject.table->name(),
+                                                         " is no view; only views are freed")));
+        if (!subject.database->shared_table(db.table))
+            return code_of(
+                Status(Code::Argument, concat("dbfree: the pointer ", pointer_text(db),
+                                              " is that of bundles, which go with their grouped view")));
+        if (subject.database->operation_running)
+            return code_of(Status(Code::Argument, "dbfree: an operation is running; wait until it is done"));
+        subject.database->free_view(db.table);
+        return 0;
+    });
+}
+
+void dbset_progress_hook(dbprogress_hook hook, void *data)
+{
+    process_progress_hook() = ProgressHook{hook, data};
+}

@@ -1,0 +1,16 @@
+// Names of fields to fields.
+#pragma once
+
+#include "table/table.h"
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+// The fields of the table by names, in order; a name given twice counts once.
+Result<std::vector<int>> named_fields(const Table &table, int standing_on,
+                                      std::span<const std::string> names);
+
+} // namespace orvane

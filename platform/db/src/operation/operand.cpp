@@ -1,0 +1,180 @@
+#include "operation/operand.h"
+
+#include "base/concat.h"
+
+#include <algorithm>
+#include <fstream>
+#include <limits>
+#include <string>
+#include <unistd.h>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::int64_t rows_per_block = 128 << 10;
+
+template <typename T>
+void gather_values(const RowColumn &from, const RowNumber *chosen, const Buffer<T> &values, Buffer<T> &out,
+                   std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = values[from.at(chosen[i])];
+}
+
+} // namespace
+
+void RowColumn::gather(const RowNumber *chosen, Column &out) const
+{
+    const auto count = static_cast<std::size_t>(out.count);
+    out.has_nulls = has_nulls;
+    switch (column->storage()) {
+    case ColumnStorage::Integer:
+        gather_values(*this, chosen, column->integers, out.integers, count);
+        break;
+    case ColumnStorage::Real:
+        gather_values(*this, chosen, column->reals, out.reals, count);
+        break;
+    case ColumnStorage::Text:
+        gather_values(*this, chosen, column->codes, out.codes, count);
+        out.texts = column->texts;
+        out.null_code = column->null_code;
+        out.codes.back() = column->null_code;
+        break;
+    }
+}
+
+Operand::Operand(std::shared_ptr<Table> table) : table_(std::move(table))
+{
+    if (auto view = std::dynamic_pointer_cast<View>(table_)) {
+        places_ = view->field_places();
+        for (const ViewMember &member : view->member_tables())
+            members_.push_back(Member{member.table, member.rows.data(), member.has_null_rows, {}, {}});
+        view_ = std::move(view);
+    } else {
+        for (std::size_t field = 0; field < table_->fields().size(); ++field)
+            places_.push_back({0, static_cast<int>(field)});
+        members_.push_back(Member{std::dynamic_pointer_cast<RecordTable>(table_), nullptr, false, {}, {}});
+    }
+    for (Member &member : members_)
+        member.columns.resize(member.table->fields().size());
+}
+
+Status Operand::look()
+{
+    looked_ = true;
+    for (std::size_t i = 0; i < members_.size(); ++i) {
+        Member &member = members_[i];
+        member.snapshot = member.table->snapshot();
+        if (member.snapshot.records >= max_view_rows)
+            return Status(Code::Argument,
+                          concat("table ", member.table->name(), " has ", member.snapshot.records,
+                                 " records; views can be made of less than ", max_view_rows));
+        if (view_ && view_->member_tables()[i].end > member.snapshot.records) {
+            const Status gone(Code::NotFound,
+                              concat("view ", table_->name(), " has rows of records of table ",
+                                     member.table->name(), " that are gone: it has ", member.snapshot.records,
+                                     " records now; free the ", "view and make it again"));
+            return member.snapshot.refusal.ok() ? gone : gone.with_line(member.snapshot.refusal.message());
+        }
+    }
+    row_count_ = view_ ? view_->row_count() : members_.front().snapshot.records;
+    return Status();
+}
+
+Status Operand::load(std::span<const int> fields, Work &work)
+{
+    if (!looked_)
+        if (Status looked = look(); !looked.ok())
+            return looked;
+    for (std::size_t i = 0; i < members_.size(); ++i) {
+        Member &member = members_[i];
+        std::vector<int> wanted;
+        for (const int field : fields) {
+            const View::FieldPlace place = place_of(field);
+            const auto at = static_cast<std::size_t>(place.field);
+            if (place.member == static_cast<int>(i) && !member.columns[at] &&
+                std::find(wanted.begin(), wanted.end(), place.field) == wanted.end())
+                wanted.push_back(place.field);
+        }
+        if (wanted.empty())
+            continue;
+        auto columns = member.table->columns(wanted, member.snapshot, work);
+        if (!columns.ok())
+            return columns.status();
+        for (std::size_t k = 0; k < wanted.size(); ++k)
+            member.columns[static_cast<std::size_t>(wanted[k])] = std::move((*columns)[k]);
+    }
+    return Status();
+}
+
+RowColumn Operand::column(int field) const
+{
+    const View::FieldPlace place = place_of(field);
+    const Member &member = members_[static_cast<std::size_t>(place.member)];
+    const Column *column = member.columns[static_cast<std::size_t>(place.field)].get();
+    return RowColumn{column, member.rows, column->has_nulls || member.has_null_rows};
+}
+
+Result<std::vector<ViewMember>> Operand::choose(const RowNumbers &chosen, Work &work) const
+{
+    std::vector<ViewMember> made;
+    for (const Member &member : members_) {
+        RowNumbers rows(chosen.size());
+        Status done = work.for_blocks(
+            static_cast<std::int64_t>(chosen.size()), rows_per_block, 0.3,
+            [&](std::int64_t begin, std::int64_t end, unsigned) {
+                for (auto i = static_cast<std::size_t>(begin); i < static_cast<std::size_t>(end); ++i)
+                    rows[i] = !member.rows || chosen[i] == null_row ? chosen[i] : member.rows[chosen[i]];
+                return Status();
+            });
+        if (!done.ok())
+            return done;
+        made.push_back(view_member(member.table, std::move(rows)));
+    }
+    return made;
+}
+
+std::vector<Status> Operand::remarks() const
+{
+    std::vector<Status> remarks;
+    for (const Member &member : members_)
+        if (!member.snapshot.refusal.ok())
+            remarks.push_back(member.snapshot.refusal);
+    return remarks;
+}
+
+// ---- Memory --------------------------------------------------------------------------------------
+
+namespace {
+
+// What the system says could be had without swapping; as much as one likes where it says nothing.
+double available_memory()
+{
+    std::ifstream info("/proc/meminfo");
+    std::string name;
+    double kilobytes = 0;
+    std::string unit;
+    while (info >> name >> kilobytes) {
+        std::getline(info, unit);
+        if (name == "MemAvailable:")
+            return kilobytes * 1024;
+    }
+    return std::numeric_limits<double>::max();
+}
+
+} // namespace
+
+Status check_memory(double bytes, const std::string &what)
+{
+    if (bytes < 64 << 20)
+        return Status();
+    const double available = available_memory();
+    if (bytes <= available)
+        return Status();
+    const auto megabytes = [](double number) { return static_cast<std::int64_t>(number / (1 << 20)); };
+    return Status(Code::Memory, concat("out of memory: ", what, ", which takes ", megabytes(bytes), " MB; ",
+                                       megabytes(available), " MB are free"));
+}
+
+} // namespace orvane

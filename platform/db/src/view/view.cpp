@@ -1,0 +1,191 @@
+#include "view/view.h"
+
+#include "base/concat.h"
+
+#include <algorithm>
+
+namespace orvane {
+
+ViewMember view_member(std::shared_ptr<RecordTable> table, RowNumbers rows)
+{
+    ViewMember member{std::move(table), std::move(rows)};
+    for (const RowNumber row : member.rows) {
+        if (row == null_row)
+            member.has_null_rows = true;
+        else
+            member.end = std::max(member.end, row + 1);
+    }
+    return member;
+}
+
+View::View(std::string name, std::vector<ViewMember> members, std::string creation)
+    : name_(std::move(name)), member_tables_(std::move(members)), creation_(std::move(creation))
+{
+    for (std::size_t member = 0; member < member_tables_.size(); ++member)
+        add_fields_of(static_cast<int>(member));
+    scratch_ = null_record_;
+}
+
+void View::add_fields_of(int member)
+{
+    const Table &table = *member_tables_[static_cast<std::size_t>(member)].table;
+    relations_.insert(relations_.end(), table.members().begin(), table.members().end());
+    const auto &fields = table.fields();
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        fields_.push_back(fields[i]);
+        fields_.back().offset += record_size_;
+        places_.push_back({member, static_cast<int>(i)});
+    }
+    record_size_ += table.record_size();
+    if (member > 0)
+        null_record_ += ' ';
+    null_record_ += table.special_record(SpecialRecord::Null);
+}
+
+// ---- Names ---------------------------------------------------------------------------------------
+
+int find_view_field(const std::vector<TableField> &fields, std::string_view own_name,
+                    std::string_view field_name, int standing_on)
+{
+    std::string_view table;
+    std::string_view bare = field_name;
+    if (const auto dot = field_name.rfind('.'); dot != std::string_view::npos) {
+        table = field_name.substr(0, dot);
+        bare = field_name.substr(dot + 1);
+    }
+    const auto find = [&](auto fits) {
+        const auto found = std::find_if(fields.begin(), fields.end(), fits);
+        return found == fields.end() ? -1 : static_cast<int>(found - fields.begin());
+    };
+    if (!table.empty()) {
+        const int exact = find([&](const TableField &field) {
+            return field.relation->name == table && field.attribute->name == bare;
+        });
+        if (exact >= 0 || table != own_name)
+            return exact;
+    }
+    if (standing_on >= 0 && static_cast<std::size_t>(standing_on) < fields.size() &&
+        fields[static_cast<std::size_t>(standing_on)].attribute->name == bare)
+        return standing_on;
+    return find([&](const TableField &field) { return field.attribute->name == bare; });
+}
+
+int View::field_index(std::string_view field_name, int standing_on) const
+{
+    return find_view_field(fields_, name_, field_name, standing_on);
+}
+
+// ---- Records -------------------------------------------------------------------------------------
+
+Result<RowNumber> View::record_of(const ViewMember &member, std::int64_t row) const
+{
+    if (row < 0 || row >= row_count())
+        return Status(Code::NotFound, concat("record ", row, " is not there: view ", name_, " has ",
+                                             row_count(), row_count() == 1 ? " row" : " rows"));
+    return member.rows[static_cast<std::size_t>(row)];
+}
+
+Result<std::string_view> View::record(std::int64_t number)
+{
+    assembled_.clear();
+    for (const ViewMember &member : member_tables_) {
+        const auto record = record_of(member, number);
+        if (!record.ok())
+            return record.status();
+        if (&member != &member_tables_.front())
+            assembled_ += ' ';
+        if (*record == null_row) {
+            assembled_ += member.table->special_record(SpecialRecord::Null);
+            continue;
+        }
+        const auto text = member.table->record(*record);
+        if (!text.ok())
+            return text;
+        assembled_ += *text;
+    }
+    return std::string_view(assembled_);
+}
+
+Result<std::string_view> View::cell(std::int64_t number, std::size_t field)
+{
+    const FieldPlace place = places_[field];
+    const ViewMember &member = member_tables_[static_cast<std::size_t>(place.member)];
+    const auto record = record_of(member, number);
+    if (!record.ok())
+        return record.status();
+    if (*record != null_row)
+        return member.table->cell(*record, static_cast<std::size_t>(place.field));
+    return std::string_view(null_record_)
+        .substr(static_cast<std::size_t>(fields_[field].offset),
+                static_cast<std::size_t>(fields_[field].attribute->width));
+}
+
+std::optional<Bundle> View::bundle(std::int64_t number, std::size_t field) const
+{
+    const FieldPlace place = places_[field];
+    const ViewMember &member = member_tables_[static_cast<std::size_t>(place.member)];
+    const auto record = record_of(member, number);
+    if (!record.ok() || *record == null_row)
+        return std::nullopt;
+    return member.table->bundle(*record, static_cast<std::size_t>(place.field));
+}
+
+std::string_view View::special_record(SpecialRecord which) const
+{
+    return which == SpecialRecord::Scratch ? scratch_ : null_record_;
+}
+
+Status View::set_scratch(std::string_view)
+{
+    return Status(Code::Argument, concat("view ", name_, " has no scratch record of its own; tables have"));
+}
+
+bool View::is_writable()
+{
+    return std::all_of(member_tables_.begin(), member_tables_.end(),
+                       [](const ViewMember &member) { return member.table->is_writable(); });
+}
+
+std::string View::description() const
+{
+    std::string names;
+    for (const Relation *relation : relations_)
+        names += (names.empty() ? "" : ", ") + relation->name;
+    return "view of " + names;
+}
+
+// ---- Numbering anew ------------------------------------------------------------------------------
+
+std::vector<RowNumber> View::renumber(const RecordTable &table, std::span<const RowNumber> renumbered)
+{
+    std::vector<RowNumber> moved;
+    for (ViewMember &member : member_tables_) {
+        if (member.table.get() != &table)
+            continue;
+        moved.resize(static_cast<std::size_t>(row_count()), 0);
+        for (std::size_t row = 0; row < member.rows.size(); ++row) {
+            RowNumber &record = member.rows[row];
+            if (record == null_row)
+                continue;
+            record = record < renumbered.size() ? renumbered[record] : null_row;
+            if (record == null_row)
+                moved[row] = null_row;
+        }
+    }
+    RowNumber kept = 0;
+    for (RowNumber &row : moved)
+        if (row != null_row)
+            row = kept++;
+    if (moved.empty())
+        return moved;
+    for (ViewMember &member : member_tables_) {
+        for (std::size_t row = 0; row < moved.size(); ++row)
+            if (moved[row] != null_row)
+                member.rows[moved[row]] = member.rows[row];
+        member.rows.resize(kept);
+        member = view_member(std::move(member.table), std::move(member.rows));
+    }
+    return moved;
+}
+
+} // namespace orvane

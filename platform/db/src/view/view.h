@@ -1,0 +1,97 @@
+// A view: columns of record numbers, one per member table, never copies of records.
+#pragma once
+
+#include "table/record_table.h"
+#include "work/buffer.h"
+
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+// The number of a record or row inside views and operations. Four bytes hold more than four thousand million,
+// and half as much memory is half as much time; a larger table is refused where a view is to be made of it.
+using RowNumber = std::uint32_t;
+constexpr RowNumber null_row =
+    ~RowNumber{0}; // the null record, beside which an outer join puts what has no match
+constexpr std::int64_t max_view_rows = null_row;
+
+using RowNumbers = Buffer<RowNumber>;
+
+// One member of a view: a table, and for each row of the view the number of one of its records.
+struct ViewMember {
+    std::shared_ptr<RecordTable> table;
+    RowNumbers rows;
+    RowNumber end = 0; // one beyond the highest record number
+    bool has_null_rows = false;
+};
+
+// A member with what is said of its rows found out.
+ViewMember view_member(std::shared_ptr<RecordTable> table, RowNumbers rows);
+
+class View : public Table
+{
+public:
+    // The members have equally many rows. `creation` is one line per operation, oldest first.
+    View(std::string name, std::vector<ViewMember> members, std::string creation);
+
+    const std::string &name() const override { return name_; }
+    bool is_view() const override { return true; }
+    const std::vector<const Relation *> &members() const override { return relations_; }
+    const std::vector<TableField> &fields() const override { return fields_; }
+    int field_index(std::string_view field_name, int standing_on) const override;
+    std::int64_t record_size() const override { return record_size_; }
+
+    RecordCount count_records() override { return RecordCount{row_count(), Status()}; }
+    Result<std::string_view> record(std::int64_t number) override;
+    std::string_view special_record(SpecialRecord which) const override;
+    Status set_scratch(std::string_view record_text) override;
+    Result<std::string_view> cell(std::int64_t number, std::size_t field) override;
+    std::optional<Bundle> bundle(std::int64_t number, std::size_t field) const override;
+
+    Result<bool> is_present() override { return true; }
+    std::string file_name() override { return {}; }
+    std::string folder_name() override { return {}; }
+    bool is_writable() override;
+    std::string creation() const override { return creation_; }
+    std::string description() const override;
+    std::string detail() const override { return creation_; }
+
+    std::int64_t row_count() const { return static_cast<std::int64_t>(member_tables_.front().rows.size()); }
+    const std::vector<ViewMember> &member_tables() const { return member_tables_; }
+    // Which member a field is of, and which of its fields it is.
+    struct FieldPlace {
+        int member;
+        int field;
+    };
+    const std::vector<FieldPlace> &field_places() const { return places_; }
+
+    // The records of a member were numbered anew: `renumbered` has the new number of each old one, null_row
+    // for those that are gone. Rows with a record that is gone go. Answers for each old row its new number,
+    // null_row for those that went; nothing when the table is no member.
+    std::vector<RowNumber> renumber(const RecordTable &table, std::span<const RowNumber> renumbered);
+
+private:
+    Result<RowNumber> record_of(const ViewMember &member, std::int64_t row) const;
+    void add_fields_of(int member);
+
+    std::string name_;
+    std::vector<ViewMember> member_tables_;
+    std::string creation_;
+    std::vector<const Relation *> relations_;
+    std::vector<TableField> fields_;
+    std::vector<FieldPlace> places_;
+    std::int64_t record_size_ = 0;
+    std::string null_record_;
+    std::string scratch_;
+    std::string assembled_; // the record asked for last
+};
+
+// The field that a name means: "site.lat" exactly; a bare name the field that the pointer stands on where it
+// is of that name, else the first; the view's own name before a field is as no name. -1 where there is none.
+int find_view_field(const std::vector<TableField> &fields, std::string_view own_name,
+                    std::string_view field_name, int standing_on);
+
+} // namespace orvane

@@ -1,0 +1,64 @@
+// One operation while it runs: how far it is, whether it was told to stop, and the threads it uses.
+#pragma once
+
+#include "base/status.h"
+#include "work/progress_hook.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <utility>
+
+namespace orvane {
+
+// The number of threads that an operation uses: the processors, or $ORVANE_THREADS.
+unsigned thread_limit();
+
+class Work
+{
+public:
+    // `call` names the operation in messages ("dbsort") and has to outlive the object.
+    explicit Work(const char *call, ProgressHook hook = process_progress_hook());
+    Work(const Work &) = delete;
+    Work &operator=(const Work &) = delete;
+
+    const char *call() const { return call_; }
+
+    // Does something with the items [begin, end); `thread` is below thread_limit().
+    using Body = std::function<Status(std::int64_t begin, std::int64_t end, unsigned thread)>;
+
+    // Runs the body over blocks of [0, count), on several threads where there are several blocks, and returns
+    // when all are done. Blocks begin at multiples of `block` and are taken in order, so that what they leave
+    // per block, not per thread, doesn't depend on timing. The first failure, of the block that comes first
+    // among those run, ends it; what a body throws is thrown here. Between blocks the progress hook is asked.
+    //
+    // `share` is the part of what is left of the whole operation that this is, for the hook.
+    Status for_blocks(std::int64_t count, std::int64_t block, double share, const Body &body);
+
+    // Asks the hook when it is time to. Of the calling thread only; a failure says "cancelled".
+    Status poll();
+    // Whether to stop. Of any thread: long bodies ask this and return, whatever they return.
+    bool stopped() const { return stopped_.load(std::memory_order_relaxed); }
+
+    // A table changed while it was read: what was made of it is worth nothing, and the operation is begun
+    // anew, a few times.
+    void meet_change() { changed_ = true; }
+    bool take_change() { return std::exchange(changed_, false); }
+
+    // The fraction that is done, for work that isn't made of blocks.
+    void advance_to(double fraction) { fraction_ = fraction; }
+
+private:
+    struct Run;
+    void run_blocks(Run &run, unsigned thread);
+
+    const char *call_;
+    ProgressHook hook_;
+    std::chrono::steady_clock::time_point last_asked_;
+    double fraction_ = 0;
+    bool changed_ = false;
+    std::atomic<bool> stopped_ = false;
+};
+
+} // namespace orvane

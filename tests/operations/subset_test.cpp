@@ -1,0 +1,81 @@
+#include "operations/derived.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+class Subset : public testing::Test
+{
+protected:
+    Subset()
+    {
+        files.addTable("site", {{"AAK", "2008001", "-1", "42.6390", "74.4940"},
+                                {"KIV", "2008001", "2010001", "43.9550", "42.6860"},
+                                {"-", "-1", "-1", "-999.0000", "-999.0000"},
+                                {"ABKT", "2008001", "-1", "37.9300", "58.1190"}});
+        open = std::make_unique<Opened>(files.path());
+    }
+
+    TemporaryDatabase files;
+    std::unique_ptr<Opened> open;
+};
+
+TEST_F(Subset, KeepsTheRowsForWhichTheExpressionIsTrueInOrder)
+{
+    const Dbptr view = dbsubset(open->table("site"), "lat > 40", nullptr);
+    ASSERT_GE(view.table, 0) << take_log();
+    EXPECT_THAT(column(view, "sta"), ElementsAre("AAK", "KIV"));
+    EXPECT_EQ(view.field, dbALL);
+    EXPECT_EQ(view.record, dbALL);
+    EXPECT_EQ(take_log(), "");
+}
+
+TEST_F(Subset, OfAViewReadsTheViewsRows)
+{
+    const Dbptr north = dbsubset(open->table("site"), "lat > 38", "north");
+    const Dbptr view = dbsubset(north, "sta =~ 'K$' && north.lon > 70", nullptr);
+    ASSERT_GE(view.table, 0) << take_log();
+    EXPECT_THAT(column(view, "sta"), ElementsAre("AAK"));
+}
+
+TEST_F(Subset, OfAMissingTableIsEmpty)
+{
+    const Dbptr view = dbsubset(open->table("origin"), "lat > 38", nullptr);
+    ASSERT_GE(view.table, 0) << take_log();
+    EXPECT_EQ(integer(view, dbRECORD_COUNT), 0);
+    EXPECT_EQ(integer(view, dbTABLE_PRESENT), 1);
+}
+
+TEST_F(Subset, SeesRecordsThatWereAppendedSince)
+{
+    EXPECT_EQ(integer(dbsubset(open->table("site"), "lat > 40", nullptr), dbRECORD_COUNT), 2);
+    files.appendRows("site", {{"TIXI", "2008001", "-1", "71.6341", "128.8667"}});
+    EXPECT_EQ(integer(dbsubset(open->table("site"), "lat > 40", nullptr), dbRECORD_COUNT), 3);
+}
+
+TEST_F(Subset, WithAnUnknownFieldLeavesNoView)
+{
+    const Dbptr view = dbsubset(open->table("site"), "latt > 40", nullptr);
+    EXPECT_EQ(view.table, dbINVALID);
+    const std::string log = take_log();
+    EXPECT_THAT(log, HasSubstr("dbsubset: "));
+    EXPECT_THAT(log, HasSubstr("latt > 40"));
+    EXPECT_THAT(log, HasSubstr("^^^^"));
+    EXPECT_EQ(list(open->pointer, dbSCHEMA_TABLES).size(), 7u);
+}
+
+TEST_F(Subset, WithANameThatIsTakenOrHoldsASlashLeavesNoView)
+{
+    EXPECT_EQ(dbsubset(open->table("site"), "lat > 40", "origin").table, dbINVALID);
+    EXPECT_THAT(take_log(), HasSubstr("'origin'"));
+    EXPECT_EQ(dbsubset(open->table("site"), "lat > 40", "a/b").table, dbINVALID);
+    EXPECT_THAT(take_log(), HasSubstr("slash"));
+    EXPECT_EQ(list(open->pointer, dbSCHEMA_TABLES).size(), 7u);
+}
+
+} // namespace

@@ -138,8 +138,8 @@ ORVANE_DB_EXPORT int OVdbclose(Dbptr db);
 /* Looks names up. A null or empty name keeps that index of `db`. `database` is the name of an open one
  * (dbDATABASE_NAME). `table` may be a base table or a view; `field` may be "table.field", which also names
  * the table where `db` points to none; `record` may be the number, in decimal, of a record that is there.
- * "dbALL" stands for itself; as a record so do "dbSCRATCH" and "dbNULL". A new database or table drops what is
- * below it and not named to dbALL. An unknown name gives the invalid pointer. */
+ * "dbALL" stands for itself; as a record so do "dbSCRATCH" and "dbNULL". A new database or table drops what
+ * is below it and not named to dbALL. An unknown name gives the invalid pointer. */
 ORVANE_DB_EXPORT Dbptr dblookup(Dbptr db, const char *database, const char *table, const char *field,
                                 const char *record);
 

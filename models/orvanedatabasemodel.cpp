@@ -136,7 +136,8 @@ void OrvaneDatabaseModel::Private::removeFromRegistry(OrvaneDatabaseModel *model
 
 bool OrvaneDatabaseModel::isOpen() const
 {
-    return d->handle.get()->isValid();
+    const QDbptr *handle = d->handle.get();
+    return handle->isValid(); // also of null
 }
 
 QString OrvaneDatabaseModel::openError() const

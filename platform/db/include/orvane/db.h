@@ -218,6 +218,25 @@ ORVANE_DB_EXPORT Dbptr dbgroup(Dbptr db, const Tbl *fields, const char *view, in
 /* The rows of the bundles, in order. */
 ORVANE_DB_EXPORT Dbptr dbungroup(Dbptr db, const char *view);
 
+/* The rows of `left`, in order, each beside its matches in `right` in record order, joined on keys: as many
+ * of one side as of the other (Tbl of char *; where one list is null, both sides have the keys by one name;
+ * where both are, the keys of dbfind_join_keys), and `both_keys`, which both sides have by one name (null:
+ * none). A key is a field, or a range "ondate::offdate": a value lies within it, another range has a value in
+ * common with it. Both ends of a range belong to it, an end that is null is open, a yearday is the whole day.
+ * A null never joins. With `outer` 1 left rows without a match stay, beside a null record. A table can be a
+ * member of a view only once. */
+ORVANE_DB_EXPORT Dbptr dbjoin(Dbptr left, Dbptr right, const Tbl *left_keys, const Tbl *right_keys, int outer,
+                              const Tbl *both_keys, const char *view);
+
+/* The rows of `left` without a match in `right`, in order. Keys as for dbjoin. */
+ORVANE_DB_EXPORT Dbptr dbnojoin(Dbptr left, Dbptr right, const Tbl *left_keys, const Tbl *right_keys,
+                                const char *view);
+
+/* The pairs of rows for which the expression is true, in the order of dbjoin. Names are those of `left`
+ * first. Parts joined by && that compare a value of one side with one of the other are looked up; others are
+ * tried pair by pair. */
+ORVANE_DB_EXPORT Dbptr dbtheta(Dbptr left, Dbptr right, const char *expression, const char *view);
+
 /* The view without one of its member tables; of rows that are equal then, the first. */
 ORVANE_DB_EXPORT Dbptr dbsever(Dbptr db, const char *table, const char *view);
 

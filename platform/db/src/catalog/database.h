@@ -35,7 +35,7 @@ public:
     {
         return index >= 0 && index < static_cast<std::int64_t>(tables_.size())
                    ? tables_[static_cast<std::size_t>(index)].get()
-                   : unlisted_table(index);
+                   : unlisted_table(index).get(); // what needs it keeps it
     }
     // One beyond the last index.
     std::int64_t table_end() const { return static_cast<std::int64_t>(tables_.size()); }
@@ -48,8 +48,12 @@ public:
     // A base table or view to be kept by what is made of it.
     std::shared_ptr<Table> shared_table(std::int64_t index) const
     {
-        return table(index) ? tables_[static_cast<std::size_t>(index)] : nullptr;
+        return index >= first_unlisted ? unlisted_table(index)
+               : table(index)          ? tables_[static_cast<std::size_t>(index)]
+                                       : nullptr;
     }
+    // Whether the list of tables shows a table that is there.
+    bool is_listed(std::int64_t index) const { return index < first_unlisted; }
 
     // ---- Views ----
 
@@ -82,7 +86,7 @@ private:
     Descriptor descriptor_;
     std::shared_ptr<const Schema> schema_;
     bool writable_;
-    Table *unlisted_table(std::int64_t index) const;
+    std::shared_ptr<Table> unlisted_table(std::int64_t index) const;
 
     std::vector<std::shared_ptr<Table>> tables_; // null where a view was freed
     // Tables of bundles that no list shows, by their indexes from `first_unlisted` on.

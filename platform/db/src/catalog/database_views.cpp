@@ -61,13 +61,12 @@ void Database::free_view(std::int64_t index)
     tables_[static_cast<std::size_t>(index)].reset();
 }
 
-Table *Database::unlisted_table(std::int64_t index) const
+std::shared_ptr<Table> Database::unlisted_table(std::int64_t index) const
 {
     const std::int64_t at = index - first_unlisted;
     if (at < 0 || at >= static_cast<std::int64_t>(unlisted_.size()))
         return nullptr;
-    // The views that need the table keep it: it is not this pointer that does.
-    return unlisted_[static_cast<std::size_t>(at)].lock().get();
+    return unlisted_[static_cast<std::size_t>(at)].lock();
 }
 
 std::int64_t Database::index_for_bundles(const std::shared_ptr<Table> &source)

@@ -68,7 +68,7 @@ int dbfree(Dbptr db)
         if (!subject.table->is_view())
             return code_of(Status(Code::Argument, concat("dbfree: table ", subject.table->name(),
                                                          " is no view; only views are freed")));
-        if (!subject.database->shared_table(db.table))
+        if (!subject.database->is_listed(db.table))
             return code_of(
                 Status(Code::Argument, concat("dbfree: the pointer ", pointer_text(db),
                                               " is that of bundles, which go with their grouped view")));

@@ -34,4 +34,17 @@ Result<std::int64_t> derive_sever(Derivation &derivation, const std::shared_ptr<
 Result<std::int64_t> derive_separate(Derivation &derivation, const std::shared_ptr<Table> &table,
                                      std::string_view member);
 
+// Keys of a join: of each side as many, or none of either for inferred ones.
+struct JoinKeyLists {
+    std::vector<std::string> left;
+    std::vector<std::string> right;
+    std::vector<std::string> both; // further ones, which both sides have by one name
+};
+Result<std::int64_t> derive_join(Derivation &derivation, const std::shared_ptr<Table> &left,
+                                 const std::shared_ptr<Table> &right, const JoinKeyLists &keys, bool outer);
+Result<std::int64_t> derive_nojoin(Derivation &derivation, const std::shared_ptr<Table> &left,
+                                   const std::shared_ptr<Table> &right, const JoinKeyLists &keys);
+Result<std::int64_t> derive_theta(Derivation &derivation, const std::shared_ptr<Table> &left,
+                                  const std::shared_ptr<Table> &right, std::string_view expression);
+
 } // namespace orvane

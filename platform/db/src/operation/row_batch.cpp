@@ -1,5 +1,7 @@
 #include "operation/row_batch.h"
 
+#include "base/concat.h"
+
 namespace orvane {
 
 namespace {
@@ -44,12 +46,20 @@ expr::FieldListScope scope_of(const Table &table, int standing_on)
                                                 : std::optional(static_cast<std::size_t>(standing_on)));
 }
 
-expr::FieldListScope scope_of(const Table &left, const Table &right)
+TwoTableScope::TwoTableScope(const Table &left, const Table &right) : left_(left), right_(right)
 {
-    std::vector<expr::ScopeField> fields;
-    add_fields(left, fields);
-    add_fields(right, fields);
-    return expr::FieldListScope(std::move(fields), left.name());
+    add_fields(left, fields_);
+    add_fields(right, fields_);
+}
+
+std::optional<std::size_t> TwoTableScope::find(std::string_view table, std::string_view name) const
+{
+    const std::string full = table.empty() ? std::string(name) : concat(table, '.', name);
+    if (const int field = left_.field_index(full, -1); field >= 0)
+        return static_cast<std::size_t>(field);
+    if (const int field = right_.field_index(full, -1); field >= 0)
+        return left_.fields().size() + static_cast<std::size_t>(field);
+    return std::nullopt;
 }
 
 void RowBatch::set_range(std::int64_t first, std::size_t count)

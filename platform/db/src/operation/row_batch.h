@@ -12,8 +12,21 @@ namespace orvane {
 
 // The fields of a table as names in an expression. `standing_on` keeps a bare name; -1: none.
 expr::FieldListScope scope_of(const Table &table, int standing_on);
-// The fields of two, one after the other.
-expr::FieldListScope scope_of(const Table &left, const Table &right);
+// The fields of two, one after the other; a name is the left one's where both have it. Borrows the tables.
+class TwoTableScope : public expr::BindingScope
+{
+public:
+    TwoTableScope(const Table &left, const Table &right);
+
+    std::optional<std::size_t> find(std::string_view table, std::string_view name) const override;
+    const expr::ScopeField &field(std::size_t column) const override { return fields_[column]; }
+    std::size_t field_count() const override { return fields_.size(); }
+
+private:
+    const Table &left_;
+    const Table &right_;
+    std::vector<expr::ScopeField> fields_;
+};
 
 // One thread at a time. The columns that are asked for have to be loaded in the operands.
 class RowBatch : public expr::ColumnBatch

@@ -1,0 +1,249 @@
+#include "operation/intervals.h"
+
+#include "operation/sort_keys.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <limits>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::int64_t rows_per_block = 32 << 10;
+constexpr std::size_t few = 16; // entries that are tried one by one
+
+// The first second of a day. Days beyond their year's end, as in 9999999 for ever, go on into the next.
+double begin_of_day(std::int64_t yearday)
+{
+    using namespace std::chrono;
+    const std::int64_t year_number = std::clamp<std::int64_t>(yearday / 1000, -32000, 32000);
+    const sys_days first = year{static_cast<int>(year_number)} / January / 1;
+    return 86400.0 * static_cast<double>(first.time_since_epoch().count() + yearday % 1000 - 1);
+}
+
+struct Bounds {
+    std::uint64_t low;
+    std::uint64_t high;
+};
+
+Bounds bounds_of_integer(std::int64_t value, FieldType type, IntervalScale scale)
+{
+    if (scale == IntervalScale::Integers)
+        return {ordered_bits(value), ordered_bits(value)};
+    if (scale == IntervalScale::Times && type == FieldType::Yearday) {
+        const double begin = begin_of_day(value);
+        return {ordered_bits(begin), ordered_bits(begin + 86400.0) - 1};
+    }
+    const std::uint64_t number = ordered_bits(static_cast<double>(value));
+    return {number, number};
+}
+
+class RangeIntervals : public IntervalSource
+{
+public:
+    RangeIntervals(RowColumn begin, RowColumn end, bool is_point, IntervalScale scale)
+        : begin_(begin), end_(end), is_point_(is_point), scale_(scale)
+    {
+    }
+
+    void fill(std::int64_t begin, std::int64_t end, Interval *out) const override
+    {
+        for (std::int64_t row = begin; row < end; ++row)
+            *out++ = of_row(static_cast<std::size_t>(row));
+    }
+
+private:
+    Interval of_row(std::size_t row) const
+    {
+        Bounds low, high;
+        const bool has_low = value(begin_, row, low);
+        if (is_point_)
+            return has_low ? Interval{low.low, low.high} : empty_interval;
+        const bool has_high = value(end_, row, high);
+        return Interval{has_low ? low.low : open_interval.low, has_high ? high.high : open_interval.high};
+    }
+
+    // False for a null.
+    bool value(const RowColumn &from, std::size_t row, Bounds &bounds) const
+    {
+        const Column &column = *from.column;
+        const std::size_t at = from.at(row);
+        if (column.storage() == ColumnStorage::Integer) {
+            const std::int64_t number = column.integers[at];
+            bounds = bounds_of_integer(number, column.type, scale_);
+            return number != column.null_integer;
+        }
+        const double number = column.reals[at];
+        bounds.low = bounds.high = ordered_bits(number);
+        return number != column.null_real;
+    }
+
+    const RowColumn begin_;
+    const RowColumn end_;
+    const bool is_point_;
+    const IntervalScale scale_;
+};
+
+class BoundedIntervals : public IntervalSource
+{
+public:
+    explicit BoundedIntervals(std::vector<IntervalBound> bounds) : bounds_(std::move(bounds)) {}
+
+    void fill(std::int64_t begin, std::int64_t end, Interval *out) const override
+    {
+        std::fill(out, out + (end - begin), open_interval);
+        for (const IntervalBound &bound : bounds_)
+            for (std::int64_t row = begin; row < end; ++row)
+                narrow(out[row - begin], bound, static_cast<std::size_t>(row));
+    }
+
+private:
+    static void narrow(Interval &interval, const IntervalBound &bound, std::size_t row)
+    {
+        const SideValues &values = bound.values;
+        const Column &column = *values.column.column;
+        const std::size_t at = values.column.at(row);
+        const bool integer = column.storage() == ColumnStorage::Integer;
+        if (values.is_missing(row) ||
+            (integer ? column.integers[at] == column.null_integer : column.reals[at] == column.null_real)) {
+            interval = empty_interval;
+            return;
+        }
+        using Kind = IntervalBound::Kind;
+        const std::uint64_t number =
+            integer ? ordered_bits(column.integers[at]) : ordered_bits(column.reals[at]);
+        if ((bound.kind == Kind::AboveLow && number == open_interval.high) ||
+            (bound.kind == Kind::BelowHigh && number == open_interval.low)) {
+            interval = empty_interval;
+            return;
+        }
+        if (bound.kind == Kind::Low || bound.kind == Kind::Point || bound.kind == Kind::AboveLow)
+            interval.low = std::max(interval.low, number + (bound.kind == Kind::AboveLow ? 1 : 0));
+        if (bound.kind == Kind::High || bound.kind == Kind::Point || bound.kind == Kind::BelowHigh)
+            interval.high = std::min(interval.high, number - (bound.kind == Kind::BelowHigh ? 1 : 0));
+    }
+
+    const std::vector<IntervalBound> bounds_;
+};
+
+} // namespace
+
+std::unique_ptr<IntervalSource> bounded_intervals(std::vector<IntervalBound> bounds)
+{
+    return std::make_unique<BoundedIntervals>(std::move(bounds));
+}
+
+IntervalScale interval_scale(FieldType left, FieldType right)
+{
+    if (left == FieldType::Time || right == FieldType::Time)
+        return IntervalScale::Times;
+    return is_integer(left) && is_integer(right) ? IntervalScale::Integers : IntervalScale::Reals;
+}
+
+std::unique_ptr<IntervalSource> range_intervals(RowColumn begin, RowColumn end, bool is_point,
+                                                IntervalScale scale)
+{
+    return std::make_unique<RangeIntervals>(begin, end, is_point, scale);
+}
+
+// ---- Finding -------------------------------------------------------------------------------------
+
+Status IntervalIndex::build(const RowNumbers &begins, const RowNumbers &rows, const IntervalSource &source,
+                            std::int64_t row_count, Work &work)
+{
+    begins_ = &begins;
+    std::vector<Interval> intervals(static_cast<std::size_t>(row_count));
+    Status done =
+        work.for_blocks(row_count, rows_per_block, 0.1, [&](std::int64_t begin, std::int64_t end, unsigned) {
+            source.fill(begin, end, intervals.data() + begin);
+            return Status();
+        });
+    if (!done.ok())
+        return done;
+    entries_.resize(rows.size());
+    highest_.resize(rows.size());
+    done = work.for_blocks(static_cast<std::int64_t>(rows.size()), rows_per_block, 0.1,
+                           [&](std::int64_t begin, std::int64_t end, unsigned) {
+                               for (auto i = static_cast<std::size_t>(begin);
+                                    i < static_cast<std::size_t>(end); ++i)
+                                   entries_[i] = Entry{intervals[rows[i]], rows[i]};
+                               return Status();
+                           });
+    if (!done.ok())
+        return done;
+    const auto buckets = static_cast<std::int64_t>(begins.size()) - 1;
+    const std::int64_t buckets_per_block =
+        std::max<std::int64_t>(1, buckets * rows_per_block / std::max<std::int64_t>(1, row_count));
+    return work.for_blocks(buckets, buckets_per_block, 0.2,
+                           [&](std::int64_t begin, std::int64_t end, unsigned) {
+                               for (std::int64_t bucket = begin; bucket < end && !work.stopped(); ++bucket)
+                                   sort_bucket(static_cast<std::size_t>(bucket));
+                               return Status();
+                           });
+}
+
+void IntervalIndex::sort_bucket(std::size_t bucket)
+{
+    const std::size_t begin = (*begins_)[bucket];
+    const std::size_t end = (*begins_)[bucket + 1];
+    if (end - begin <= few)
+        return;
+    const auto first = entries_.begin() + static_cast<std::ptrdiff_t>(begin);
+    const auto last = entries_.begin() + static_cast<std::ptrdiff_t>(end);
+    const auto lower = [](const Entry &a, const Entry &b) {
+        return a.interval.low != b.interval.low ? a.interval.low < b.interval.low : a.row < b.row;
+    };
+    if (!std::is_sorted(first, last, lower))
+        std::sort(first, last, lower);
+    note_highest(begin, end);
+}
+
+std::uint64_t IntervalIndex::note_highest(std::size_t begin, std::size_t end)
+{
+    if (begin >= end)
+        return 0;
+    const std::size_t middle = begin + (end - begin) / 2;
+    const Interval &own = entries_[middle].interval;
+    const std::uint64_t of_own = own.is_empty() ? 0 : own.high;
+    return highest_[middle] = std::max({of_own, note_highest(begin, middle), note_highest(middle + 1, end)});
+}
+
+void IntervalIndex::visit(std::size_t begin, std::size_t end, const Interval &sought, bool any,
+                          std::vector<RowNumber> &found) const
+{
+    while (begin < end && !(any && !found.empty())) {
+        const std::size_t middle = begin + (end - begin) / 2;
+        if (highest_[middle] < sought.low)
+            return;
+        visit(begin, middle, sought, any, found);
+        const Entry &entry = entries_[middle];
+        if (entry.interval.low > sought.high)
+            return;
+        if (entry.interval.meets(sought) && !entry.interval.is_empty())
+            found.push_back(entry.row);
+        begin = middle + 1;
+    }
+}
+
+void IntervalIndex::find(std::size_t bucket, const Interval &sought, bool any,
+                         std::vector<RowNumber> &found) const
+{
+    if (sought.is_empty())
+        return;
+    const std::size_t begin = (*begins_)[bucket];
+    const std::size_t end = (*begins_)[bucket + 1];
+    if (end - begin <= few) {
+        for (std::size_t i = begin; i < end; ++i)
+            if (entries_[i].interval.meets(sought) && !entries_[i].interval.is_empty())
+                found.push_back(entries_[i].row);
+        return;
+    }
+    const auto before = static_cast<std::ptrdiff_t>(found.size());
+    visit(begin, end, sought, any, found);
+    if (!std::is_sorted(found.begin() + before, found.end()))
+        std::sort(found.begin() + before, found.end());
+}
+
+} // namespace orvane

@@ -25,16 +25,19 @@ QDbptr *HandlePool::find(const Dbptr &place)
     return found->second->handle.get();
 }
 
+bool HandlePool::isAt(const QDbptr *handle, const Dbptr &place) const
+{
+    const auto found = m_places.find(place);
+    return found != m_places.end() && found->second->handle.get() == handle;
+}
+
 QDbptr *HandlePool::insert(const Dbptr &place, std::unique_ptr<QDbptr> handle)
 {
     QDbptr *const result = handle.get();
     m_handles.push_front({place, std::move(handle)});
     m_places.emplace(place, m_handles.begin());
-    m_live.insert(result);
     while (m_handles.size() > m_capacity) {
-        const Entry &oldest = m_handles.back();
-        m_places.erase(oldest.place);
-        m_live.erase(oldest.handle.get());
+        m_places.erase(m_handles.back().place);
         m_handles.pop_back();
     }
     return result;

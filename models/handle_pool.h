@@ -5,7 +5,6 @@
 #include <list>
 #include <memory>
 #include <unordered_map>
-#include <unordered_set>
 
 #include <qdbptr.h>
 
@@ -22,8 +21,9 @@ public:
     // The handle for the place that `handle` points to; takes `handle`, which may go at once.
     QDbptr *adopt(std::unique_ptr<QDbptr> handle);
 
-    bool owns(const QDbptr *handle) const { return m_live.count(handle) != 0; }
-    std::size_t size() const { return m_live.size(); }
+    // Whether `handle` is the one for a place. It need not be alive: an address may have been used again
+    // since, for the handle of another place.
+    bool isAt(const QDbptr *handle, const Dbptr &place) const;
 
 private:
     struct Hash {
@@ -44,7 +44,6 @@ private:
     std::size_t m_capacity;
     Handles m_handles;
     std::unordered_map<Dbptr, Handles::iterator, Hash, Equal> m_places;
-    std::unordered_set<const QDbptr *> m_live;
 };
 
 #endif

@@ -100,20 +100,28 @@ QVariant OrvaneTableModel::data(const QModelIndex &index, int role) const
     });
 }
 
-QDbptr *OrvaneTableModel::Private::handleFor(int number, qint64 record)
+std::optional<Dbptr> OrvaneTableModel::Private::place(int number, qint64 record)
 {
     if (!display->isValid() || (record < 0 && record != dbALL && record != dbSCRATCH && record != dbNULL))
-        return nullptr;
-    Dbptr place = display->getDbptr();
+        return std::nullopt;
+    Dbptr result = display->getDbptr();
     if (number != 0) {
         const TableColumn *field = column(number);
         if (!field)
-            return nullptr;
-        place = field->field;
+            return std::nullopt;
+        result = field->field;
     }
     // Made directly: a lookup takes no negative numbers, which the scratch and the null record have.
-    place.record = record;
-    return answered<QDbptr *>(nullptr, [&] { return handles.at(display->getConnection(), place); });
+    result.record = record;
+    return result;
+}
+
+QDbptr *OrvaneTableModel::Private::handleFor(int number, qint64 record)
+{
+    const std::optional<Dbptr> wanted = place(number, record);
+    if (!wanted)
+        return nullptr;
+    return answered<QDbptr *>(nullptr, [&] { return handles.at(display->getConnection(), *wanted); });
 }
 
 QModelIndex OrvaneTableModel::indexForRow(int row) const
@@ -137,11 +145,13 @@ QModelIndex OrvaneTableModel::addQdbptrToIndex(const QModelIndex &index) const
 {
     if (!index.isValid())
         return {};
-    QDbptr *handle = nullptr;
-    if (index.column() > 0) {
-        auto *own = static_cast<QDbptr *>(index.internalPointer());
-        // A pointer from long ago may have been deleted; it is not touched, only looked for.
-        handle = d->handles.owns(own) ? own : d->handleFor(index.column(), index.row());
-    }
-    return createIndex(index.row(), index.column(), handle);
+    if (index.column() == 0)
+        return createIndex(index.row(), 0, nullptr);
+    // The index's own pointer may be of the whole column. One from long ago may have been deleted; it is not
+    // touched, and a pointer to its cell is found for it.
+    auto *own = static_cast<QDbptr *>(index.internalPointer());
+    const std::optional<Dbptr> column = d->place(index.column(), dbALL);
+    const bool isOfColumn = own && column && d->handles.isAt(own, *column);
+    return createIndex(index.row(), index.column(),
+                       isOfColumn ? own : d->handleFor(index.column(), index.row()));
 }

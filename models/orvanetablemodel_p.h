@@ -47,8 +47,11 @@ struct OrvaneTableModel::Private {
     // Drops everything that was learned from the display table.
     void forgetTable();
 
-    // The handle for an index: of the column `number` (0: of no field) at `record` (dbALL: of no record).
-    // Null where there is no such place.
+    // The place of the column `number` (0: of no field) at `record` (dbALL: of no record). None where there
+    // is no such place.
+    std::optional<Dbptr> place(int number, qint64 record);
+
+    // The handle for that place, for an index. Null where there is no such place.
     QDbptr *handleFor(int number, qint64 record);
 
     // Throws when there is no such column or the request fails.

@@ -34,8 +34,8 @@ class QDbptr;
 // Index pointers. index() gives plain indexes; indexForRow(), indexForColumn(), indexForCell() and
 // addQdbptrToIndex() give indexes whose internal pointer is a QDbptr owned by the model. The pointer of one
 // place is the same each time it is asked for, and lives until 16384 other places have been asked for, or the
-// model is destroyed. After the database is closed the pointers are still there, and invalid. Who connects to
-// such a handle connects uniquely.
+// model is destroyed. After the database is closed the pointers given out are still there, and invalid; new
+// indexes have none. Who connects to such a handle connects uniquely.
 //
 // Failures. Nothing throws but getTableToolTipString(). An invalid handle gives no rows and no columns; a
 // record that is gone, a field that is unknown and a request that fails give invalid variants.

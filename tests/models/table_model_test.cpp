@@ -216,7 +216,7 @@ TEST_F(TableModel, BoundsTheHandlesItKeeps)
     EXPECT_EQ(alive, 16); // of 16384 places in a row every thousandth
     EXPECT_TRUE(asked.last());
 
-    // The old index is still safe to give back: its place is looked up again.
+    // The old index is still safe to give back, also when its pointer's address has been used again.
     QDbptr *again = handleOf(site.addQdbptrToIndex(first));
     EXPECT_EQ(again->getIndexRecord(), 0);
     EXPECT_EQ(again->getFieldName(), "sta");

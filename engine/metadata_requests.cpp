@@ -8,8 +8,8 @@ namespace requests {
 void queryText(const RequestCall &call)
 {
     const char *text = nullptr;
-    if (dbquery(call.input, call.row.queryCode, &text) < 0 && call.row.queryFailure)
-        call.fail(QLatin1String(call.row.queryFailure), LibraryLog::With);
+    if (dbquery(call.input, call.row.queryCode, &text) < 0 && call.row.failure)
+        call.fail(QLatin1String(call.row.failure), LibraryLog::With);
     else
         call.response->setValue(shownText(text));
 }
@@ -34,7 +34,7 @@ void linkFields(const RequestCall &call)
 {
     Arr *answer = nullptr;
     if (dbquery(call.input, call.row.queryCode, &answer) < 0) {
-        call.fail(QLatin1String(call.row.queryFailure), LibraryLog::With);
+        call.fail(QLatin1String(call.row.failure), LibraryLog::With);
         return;
     }
     const OwnedArray tables(answer);

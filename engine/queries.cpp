@@ -6,7 +6,7 @@ OwnedList queriedListOrError(const RequestCall &call)
 {
     OwnedList list = queriedList(call.input, call.row.queryCode);
     if (!list)
-        call.fail(QLatin1String(call.row.queryFailure), LibraryLog::With);
+        call.fail(QLatin1String(call.row.failure), LibraryLog::With);
     return list;
 }
 

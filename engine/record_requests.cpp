@@ -4,6 +4,7 @@
 #include "queries.h"
 #include "request_call.h"
 #include "request_handlers.h"
+#include "request_vocabulary.h"
 
 namespace {
 
@@ -152,6 +153,20 @@ void getValues(const RequestCall &call)
         if (!addValue(call, name.toString(), values))
             return;
     call.response->setValue(values);
+}
+
+// A negative number, for nothing found as for a failure, is an answer and no error.
+void findRecord(const RequestCall &call)
+{
+    const QByteArray expression = call.arguments[0].toString().toLocal8Bit();
+    const int backwards = call.arguments[1].toBool() ? 1 : 0;
+    call.response->setValue<long>(dbfind(call.input, expression.constData(), backwards, nullptr));
+}
+
+void freeView(const RequestCall &call)
+{
+    if (dbfree(call.input) < 0)
+        call.fail(QLatin1String(call.row.failure), LibraryLog::With);
 }
 
 } // namespace requests

@@ -39,9 +39,24 @@ void findJoinTablesPresent(const RequestCall &call);
 /* sampling.cpp */
 void sampleField(const RequestCall &call);
 
+/* derivation_requests.cpp: new views of the table pointed to */
+void sortRows(const RequestCall &call);
+void groupRows(const RequestCall &call);
+void ungroupRows(const RequestCall &call);
+void subsetRows(const RequestCall &call);
+void joinTable(const RequestCall &call);
+void outerJoinTable(const RequestCall &call);
+void leftJoinTable(const RequestCall &call);
+void noJoinTable(const RequestCall &call);
+void thetaJoinTable(const RequestCall &call);
+void severTable(const RequestCall &call);
+void separateTable(const RequestCall &call);
+
 /* record_requests.cpp */
 void getText(const RequestCall &call);
 void getValues(const RequestCall &call);
+void findRecord(const RequestCall &call);
+void freeView(const RequestCall &call);
 
 } // namespace requests
 

@@ -11,7 +11,7 @@ namespace {
 constexpr RequestRow query(const char *name, RequestHandler answer, int code,
                            PointerLevel level = PointerLevel::Any, const char *failure = nullptr)
 {
-    return {.name = name, .handler = answer, .level = level, .queryCode = code, .queryFailure = failure};
+    return {.name = name, .handler = answer, .level = level, .queryCode = code, .failure = failure};
 }
 
 constexpr RequestRow names(const char *name, int code, const char *failure)
@@ -24,7 +24,26 @@ constexpr RequestRow plain(const char *name, RequestHandler handler)
     return {.name = name, .handler = handler};
 }
 
+// A view of the table pointed to. `failure` is null where the library's answer is not tested.
+constexpr RequestRow view(const char *name, RequestHandler handler, CheckOrder order, int argumentCount,
+                          const char *expected, const char *failure = nullptr)
+{
+    return {.name = name,
+            .handler = handler,
+            .level = PointerLevel::Table,
+            .argumentCount = argumentCount,
+            .expected = expected,
+            .order = order,
+            .failure = failure};
+}
+
+constexpr RequestRow change(const char *name, RequestHandler handler, const char *failure)
+{
+    return {.name = name, .handler = handler, .failure = failure};
+}
+
 using enum PointerLevel;
+using enum CheckOrder;
 using namespace requests;
 
 const char *const TablesFailed = "dbquery failed for dbSCHEMA_TABLES";
@@ -92,8 +111,27 @@ const RequestRow rows[] = {
     names("alternate_key", dbALTERNATE_KEY, "dbquery failed for dbALTERNATE_KEY"),
     names("foreign_keys", dbFOREIGN_KEYS, "dbquery failed for dbFOREIGN_KEYS"),
 
+    view("sort", sortRows, PointerFirst, 4, "four (list of fields, reverse flag, unique flag, view name)"),
+    view("group", groupRows, PointerFirst, 2, "two (list of fields, view name)"),
+    view("ungroup", ungroupRows, PointerFirst, 1, "one (view name)"),
+    view("subset", subsetRows, PointerFirst, 2, "two (subset expression, view name)"),
+    view("join_table", joinTable, CountFirst, 2, "two (name of table to join, view name)", "Join failed"),
+    view("outer_join_table", outerJoinTable, CountFirst, 2, "two (name of table to outer-join, view name)",
+         "Outer-join failed"),
+    view("left_join_table", leftJoinTable, CountFirst, 2, "two (name of table to join, view name)",
+         "Left-join failed"),
+    view("no_join_table", noJoinTable, CountFirst, 2, "two (name of table to join, view name)",
+         "Join failed"),
+    view("theta_join_table", thetaJoinTable, CountFirst, 3,
+         "three (name of table to join, join expression, view name)", "Theta-join failed"),
+    view("sever_table", severTable, CountFirst, 2, "two (name of table to sever, view name)", "Sever failed"),
+    view("separate_table", separateTable, CountFirst, 2, "two (name of table to separate, view name)",
+         "Separate failed"),
+
     {"dbget", getText, Any, 1, "one (scratch-flag)"},
     {"dbgetv", getValues, Any, 1, "one (list of fields to get)"},
+    {"dbfind", findRecord, Table, 2, "two (expression, backwards-flag)"},
+    change("dbfree", freeView, "dbfree error"),
 
     plain("close_database", closeDatabase),
 };

@@ -28,10 +28,11 @@ struct RequestRow {
     int argumentCount = AnyArguments;
     const char *expected = ""; /* the arguments in words, for the count message */
     CheckOrder order = CheckOrder::CountFirst;
-    /* For requests that are one query of the library: its code, and the message when it fails, where a
-     * failure is an error and not just an empty answer. */
+    /* For requests that are one query of the library: its code. */
     int queryCode = 0;
-    const char *queryFailure = nullptr;
+    /* The message when the library fails, where a failure is an error and not just an empty answer, and the
+     * message is always the same. */
+    const char *failure = nullptr;
 };
 
 /* The row of a request, or null when there is no such request. */

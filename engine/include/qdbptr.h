@@ -168,6 +168,35 @@ public:
     /* The value of the cell; an invalid variant when the handle is not one. */
     QVariant dbGetv();
 
+    /* The number of the next record after the handle's, backwards the next before it, for which the
+     * expression is true; from a table the first, backwards the last. Negative when there is none and when
+     * the search fails. */
+    int dbFind(QString expression, bool backwards);
+    /* Lets go of the view pointed to: every handle on it goes stale. */
+    void dbFree();
+
+    /* New views of the table pointed to. An empty view name leaves the choice of a name to the library. */
+
+    /* Each row beside its matches in a table, on the keys of both; outerJoinTable keeps rows without a match.
+     * leftJoinTable is joinTable with the sides exchanged: the named table comes first. noJoinTable gives the
+     * rows without a match. */
+    QDbptr *joinTable(QString table, QString viewName);
+    QDbptr *outerJoinTable(QString table, QString viewName);
+    QDbptr *leftJoinTable(QString table, QString viewName);
+    QDbptr *noJoinTable(QString table, QString viewName);
+    QDbptr *thetaJoinTable(QString table, QString expression, QString viewName);
+    /* The view without one of its tables. */
+    QDbptr *severTable(QString table, QString viewName);
+    /* The records of one of the view's tables. The library names the view: the name is not used. */
+    QDbptr *separateTable(QString table, QString viewName);
+    /* sort, group and ungroup throw nothing when the library can't make the view: the handle is invalid
+     * then. */
+    QDbptr *sort(QList<QString> fields, QString viewName, bool reverse, bool unique);
+    QDbptr *sort(QString field, QString viewName, bool reverse, bool unique);
+    QDbptr *group(QList<QString> fields, QString viewName);
+    QDbptr *ungroup(QString viewName);
+    QDbptr *subset(QString expression, QString viewName);
+
     QDbptr *lookupTable(QString name);
     QDbptr *lookupTable(int index);
     QDbptr *lookupField(QString name);

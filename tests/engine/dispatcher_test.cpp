@@ -63,8 +63,21 @@ const char *const allRequests[] = {"database_name",
                                    "primary_key",
                                    "alternate_key",
                                    "foreign_keys",
+                                   "sort",
+                                   "group",
+                                   "ungroup",
+                                   "subset",
+                                   "join_table",
+                                   "outer_join_table",
+                                   "left_join_table",
+                                   "no_join_table",
+                                   "theta_join_table",
+                                   "sever_table",
+                                   "separate_table",
                                    "dbget",
                                    "dbgetv",
+                                   "dbfind",
+                                   "dbfree",
                                    "close_database",
                                    "no_such_request"};
 
@@ -113,6 +126,9 @@ TEST_P(EveryRequest, SurvivesIndexesBeyondEveryEnd)
         EXPECT_NE(process(&handle, GetParam(), {}), nullptr);
         EXPECT_NE(process(&handle, GetParam(), {QVariant(QVariantList{"lat"})}), nullptr);
         EXPECT_NE(process(&handle, GetParam(), {false}), nullptr);
+        EXPECT_NE(process(&handle, GetParam(), {"origin", "name"}), nullptr);
+        EXPECT_NE(process(&handle, GetParam(), {"origin", "true", "name"}), nullptr);
+        EXPECT_NE(process(&handle, GetParam(), {QVariant(QVariantList{"lat"}), true, true, "name"}), nullptr);
     }
 }
 
@@ -199,7 +215,7 @@ TEST_P(CountedArguments, AreCountedInTheMessage)
     const OpenDatabase open;
     const auto &[request, count, inWords] = GetParam();
     QList<QVariant> arguments;
-    for (int given = 0; given < 4; ++given, arguments.append("x")) {
+    for (int given = 0; given < 6; ++given, arguments.append("x")) {
         if (given == count)
             continue;
         expectError(open.at(OriginTable, OridField, 0).get(), request, arguments,
@@ -214,7 +230,22 @@ INSTANTIATE_TEST_SUITE_P(Requests, CountedArguments,
                                          Count{"lookup_field", 1, "one (field name or number)"},
                                          Count{"lookup_record", 1, "one (record name or number)"},
                                          Count{"dbget", 1, "one (scratch-flag)"},
-                                         Count{"dbgetv", 1, "one (list of fields to get)"}));
+                                         Count{"dbgetv", 1, "one (list of fields to get)"},
+                                         Count{"dbfind", 2, "two (expression, backwards-flag)"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Derivations, CountedArguments,
+    testing::Values(Count{"sort", 4, "four (list of fields, reverse flag, unique flag, view name)"},
+                    Count{"group", 2, "two (list of fields, view name)"},
+                    Count{"ungroup", 1, "one (view name)"},
+                    Count{"subset", 2, "two (subset expression, view name)"},
+                    Count{"join_table", 2, "two (name of table to join, view name)"},
+                    Count{"outer_join_table", 2, "two (name of table to outer-join, view name)"},
+                    Count{"left_join_table", 2, "two (name of table to join, view name)"},
+                    Count{"no_join_table", 2, "two (name of table to join, view name)"},
+                    Count{"theta_join_table", 3, "three (name of table to join, join expression, view name)"},
+                    Count{"sever_table", 2, "two (name of table to sever, view name)"},
+                    Count{"separate_table", 2, "two (name of table to separate, view name)"}));
 
 TEST(Dispatcher, TheNumberOfArgumentsIsTestedBeforeThePointer)
 {
@@ -225,6 +256,36 @@ TEST(Dispatcher, TheNumberOfArgumentsIsTestedBeforeThePointer)
                 "Got 2 arguments, expected one (record name or number)");
     expectError(open.handle.get(), "lookup_field", {1}, NotATable);
     expectError(open.handle.get(), "lookup_record", {1}, NotATable);
+    expectError(open.handle.get(), "dbfind", {},
+                "Got 0 arguments, expected two (expression, backwards-flag)");
+    expectError(open.handle.get(), "dbfind", {"true", false}, NotATable);
+}
+
+TEST(Dispatcher, SomeDerivationsTestThePointerFirst)
+{
+    const OpenDatabase open;
+    for (const char *request : {"sort", "group", "ungroup", "subset"}) {
+        SCOPED_TRACE(request);
+        expectError(open.handle.get(), request, {}, NotATable);
+    }
+    expectError(open.handle.get(), "sort", {QVariantList(), false, false, ""}, NotATable);
+    expectError(open.handle.get(), "group", {QVariantList(), ""}, NotATable);
+    expectError(open.handle.get(), "ungroup", {""}, NotATable);
+    expectError(open.handle.get(), "subset", {"true", ""}, NotATable);
+}
+
+TEST(Dispatcher, OtherDerivationsTestTheNumberOfArgumentsFirst)
+{
+    const OpenDatabase open;
+    for (const char *request : {"join_table", "outer_join_table", "left_join_table", "no_join_table",
+                                "theta_join_table", "sever_table", "separate_table"}) {
+        SCOPED_TRACE(request);
+        EXPECT_TRUE(process(open.handle.get(), request)->errorString().startsWith("Got 0 arguments, "));
+        QList<QVariant> arguments{"nowhere", ""};
+        if (qstrcmp(request, "theta_join_table") == 0)
+            arguments.append("");
+        expectError(open.handle.get(), request, arguments, NotATable);
+    }
 }
 
 TEST(Dispatcher, ArgumentsOfARequestWithoutAnyAreNotRead)

@@ -21,6 +21,32 @@ Function *original(const char *name)
     return reinterpret_cast<Function *>(symbol);
 }
 
+std::optional<std::string> named(const char *view)
+{
+    return view ? std::optional<std::string>(view) : std::nullopt;
+}
+
+std::vector<std::string> textsOf(const Tbl *list)
+{
+    std::vector<std::string> texts;
+    for (int64_t i = 0; i < maxtbl(list); ++i)
+        texts.emplace_back(static_cast<const char *>(gettbl(list, i)));
+    return texts;
+}
+
+// Records a call, and answers it in the library's place when the test wants that.
+template <class Library>
+Dbptr viewOf(OperationCall call, Library library)
+{
+    if (!spy)
+        return library();
+    spy->operations.push_back(std::move(call));
+    if (spy->onView)
+        if (const auto view = spy->onView(spy->operations.back()))
+            return *view;
+    return library();
+}
+
 } // namespace
 
 LibrarySpy::LibrarySpy()
@@ -33,6 +59,14 @@ LibrarySpy::LibrarySpy()
 LibrarySpy::~LibrarySpy()
 {
     spy = nullptr;
+}
+
+void LibrarySpy::failViews()
+{
+    onView = [](const OperationCall &call) {
+        elog_log("no %s today", call.operation.c_str());
+        return dbinvalid();
+    };
 }
 
 void LibrarySpy::failQueries(int code)
@@ -139,5 +173,92 @@ int dbfind_join_tables(Dbptr db, Tbl **tables)
         if (const auto result = spy->onJoinTables(tables))
             return *result;
     return library(db, tables);
+}
+
+Dbptr dbsort(Dbptr db, const Tbl *fields, int flags, const char *view)
+{
+    static const auto library = original<decltype(dbsort)>("dbsort");
+    return viewOf(
+        {.operation = "dbsort", .left = db, .fields = textsOf(fields), .number = flags, .view = named(view)},
+        [&] { return library(db, fields, flags, view); });
+}
+
+Dbptr dbgroup(Dbptr db, const Tbl *fields, const char *view, int type)
+{
+    static const auto library = original<decltype(dbgroup)>("dbgroup");
+    return viewOf(
+        {.operation = "dbgroup", .left = db, .fields = textsOf(fields), .number = type, .view = named(view)},
+        [&] { return library(db, fields, view, type); });
+}
+
+Dbptr dbungroup(Dbptr db, const char *view)
+{
+    static const auto library = original<decltype(dbungroup)>("dbungroup");
+    return viewOf({.operation = "dbungroup", .left = db, .view = named(view)},
+                  [&] { return library(db, view); });
+}
+
+Dbptr dbsubset(Dbptr db, const char *expression, const char *view)
+{
+    static const auto library = original<decltype(dbsubset)>("dbsubset");
+    return viewOf({.operation = "dbsubset", .left = db, .text = expression, .view = named(view)},
+                  [&] { return library(db, expression, view); });
+}
+
+Dbptr dbjoin(Dbptr left, Dbptr right, const Tbl *leftKeys, const Tbl *rightKeys, int outer,
+             const Tbl *bothKeys, const char *view)
+{
+    static const auto library = original<decltype(dbjoin)>("dbjoin");
+    return viewOf({.operation = "dbjoin",
+                   .left = left,
+                   .right = right,
+                   .number = outer,
+                   .view = named(view),
+                   .hasKeysOrHook = leftKeys || rightKeys || bothKeys},
+                  [&] { return library(left, right, leftKeys, rightKeys, outer, bothKeys, view); });
+}
+
+Dbptr dbnojoin(Dbptr left, Dbptr right, const Tbl *leftKeys, const Tbl *rightKeys, const char *view)
+{
+    static const auto library = original<decltype(dbnojoin)>("dbnojoin");
+    return viewOf({.operation = "dbnojoin",
+                   .left = left,
+                   .right = right,
+                   .view = named(view),
+                   .hasKeysOrHook = leftKeys || rightKeys},
+                  [&] { return library(left, right, leftKeys, rightKeys, view); });
+}
+
+Dbptr dbtheta(Dbptr left, Dbptr right, const char *expression, const char *view)
+{
+    static const auto library = original<decltype(dbtheta)>("dbtheta");
+    return viewOf(
+        {.operation = "dbtheta", .left = left, .right = right, .text = expression, .view = named(view)},
+        [&] { return library(left, right, expression, view); });
+}
+
+Dbptr dbsever(Dbptr db, const char *table, const char *view)
+{
+    static const auto library = original<decltype(dbsever)>("dbsever");
+    return viewOf({.operation = "dbsever", .left = db, .text = table, .view = named(view)},
+                  [&] { return library(db, table, view); });
+}
+
+Dbptr dbseparate(Dbptr db, const char *table)
+{
+    static const auto library = original<decltype(dbseparate)>("dbseparate");
+    return viewOf({.operation = "dbseparate", .left = db, .text = table}, [&] { return library(db, table); });
+}
+
+int64_t dbfind(Dbptr db, const char *expression, int backwards, dbprogress_hook hook)
+{
+    static const auto library = original<decltype(dbfind)>("dbfind");
+    if (spy)
+        spy->operations.push_back({.operation = "dbfind",
+                                   .left = db,
+                                   .text = expression,
+                                   .number = backwards,
+                                   .hasKeysOrHook = hook != nullptr});
+    return library(db, expression, backwards, hook);
 }
 }

@@ -50,6 +50,16 @@ INSTANTIATE_TEST_SUITE_P(
                     CALL(lookupRecord, 1), CALL(fieldIsPrimary), CALL(columnIsProbablyNull),
                     CALL(columnApproxWidthChars), CALL(getNonNullTableFields), CALL(findJoinTablesPresent)));
 
+INSTANTIATE_TEST_SUITE_P(Derivations, NullHandle,
+                         testing::Values(CALL(joinTable, "origin", ""), CALL(outerJoinTable, "origin", ""),
+                                         CALL(leftJoinTable, "origin", ""), CALL(noJoinTable, "origin", ""),
+                                         CALL(thetaJoinTable, "origin", "true", ""),
+                                         CALL(severTable, "origin", ""), CALL(separateTable, "origin", ""),
+                                         CALL(sort, QList<QString>{"orid"}, "", false, false),
+                                         CALL(sort, "orid", "", false, false), CALL(group, {"orid"}, ""),
+                                         CALL(ungroup, ""), CALL(subset, "true", ""),
+                                         CALL(dbFind, "true", false), CALL(dbFree)));
+
 INSTANTIATE_TEST_SUITE_P(TextGetters, NullHandle,
                          testing::Values(CALL(getDatabaseFileName), CALL(getDatabaseFilename),
                                          CALL(getDatabaseName), CALL(getSchemaName), CALL(getTableName),

@@ -238,4 +238,73 @@ TEST(Dbgetv, FailsForAFieldOfUnknownType)
                   inputPart("dbgetv", record.get()));
 }
 
+QVariant found(QDbptr *handle, const char *expression, bool backwards)
+{
+    const auto response = process(handle, "dbfind", {expression, backwards});
+    EXPECT_FALSE(response->errorOccurred()) << response->errorString().toStdString();
+    EXPECT_EQ(response->userType(), QMetaType::Long);
+    return *response;
+}
+
+TEST(Dbfind, AnswersTheNextRecordOrTheOneBefore)
+{
+    const OpenDatabase open;
+    const auto origin = open.at(OriginTable);
+    EXPECT_EQ(found(origin.get(), "evid == 8", false), 1);
+    EXPECT_EQ(found(origin.get(), "evid == 8", true), 2);
+    EXPECT_EQ(found(open.at(OriginTable, dbALL, 1).get(), "evid == 8", false), 2);
+    EXPECT_EQ(found(open.at(OriginTable, dbALL, 2).get(), "evid == 8", true), 1);
+}
+
+TEST(Dbfind, HandsOnExpressionAndFlagWithoutAHook)
+{
+    const OpenDatabase open;
+    LibrarySpy spy;
+    process(open.at(OriginTable).get(), "dbfind", {"orid > 1", 17});
+    process(open.at(OriginTable).get(), "dbfind", {"orid > 1", false});
+    ASSERT_EQ(spy.operations.size(), 2u);
+    EXPECT_EQ(spy.operations[0].text, "orid > 1");
+    EXPECT_EQ(spy.operations[0].number, 1);
+    EXPECT_FALSE(spy.operations[0].hasKeysOrHook);
+    EXPECT_EQ(spy.operations[1].number, 0);
+}
+
+TEST(Dbfind, AnswersANegativeNumberWhenNothingMatches)
+{
+    const OpenDatabase open;
+    elog_clear();
+    EXPECT_LT(found(open.at(OriginTable).get(), "evid == 99", false).toLongLong(), 0);
+    EXPECT_LT(found(open.at(OriginTable, dbALL, 2).get(), "evid == 8", false).toLongLong(), 0);
+    EXPECT_EQ(elog_count(), 0);
+}
+
+TEST(Dbfind, AnswersANegativeNumberWhenItFails)
+{
+    const OpenDatabase open;
+    EXPECT_LT(found(open.at(OriginTable).get(), "no such (", false).toLongLong(), 0);
+    EXPECT_GT(elog_count(), 0);
+    elog_clear();
+}
+
+TEST(Dbfree, LetsGoOfAView)
+{
+    const OpenDatabase open;
+    const auto origin = open.at(OriginTable);
+    QDbptr view(open.connection.get(), process(origin.get(), "subset", {"evid == 8", "eights"})->getDbptr());
+    ASSERT_TRUE(process(origin.get(), "views_present")->toList().contains("eights"));
+    const auto response = process(&view, "dbfree", {"not", "read"});
+    EXPECT_FALSE(response->errorOccurred()) << response->errorString().toStdString();
+    EXPECT_FALSE(response->isValid());
+    EXPECT_FALSE(process(origin.get(), "views_present")->toList().contains("eights"));
+    expectErrorWithLog(&view, "dbfree", {}, "dbfree error");
+}
+
+TEST(Dbfree, FailsForWhatIsNoView)
+{
+    const OpenDatabase open;
+    expectErrorWithLog(open.at(OriginTable).get(), "dbfree", {}, "dbfree error");
+    expectErrorWithLog(open.handle.get(), "dbfree", {}, "dbfree error");
+    EXPECT_EQ(open.at(OriginTable)->getRecordCount(), 3);
+}
+
 } // namespace

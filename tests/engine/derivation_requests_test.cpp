@@ -395,4 +395,39 @@ TEST(Derivations, GoOnFromViews)
     EXPECT_FALSE(eights->getTableName().isEmpty());
 }
 
+TEST(Derivations, TheFieldsOfAJoinAreQualifiedAndCanBeLookedUp)
+{
+    const OpenDatabase open;
+    const auto view = viewFrom(open, open.at(OriginTable).get(), "join_table", {"remark", ""});
+    const QStringList names = view->getTableFields();
+    EXPECT_EQ(names.size(), 14);
+    EXPECT_EQ(names.value(0), QString("origin.lat"));
+    EXPECT_EQ(names.value(10), QString("remark.commid"));
+    for (const QString &name : names) {
+        const std::unique_ptr<QDbptr> field(view->lookupField(name));
+        EXPECT_EQ(field->getFieldBaseTable() + "." + field->getFieldName(), name);
+    }
+}
+
+TEST(Derivations, TheFieldsOfAGroupCanBeLookedUp)
+{
+    const OpenDatabase open;
+    const auto groups = viewFrom(open, open.at(OriginTable).get(), "group", {fields({"evid"}), "grouped"});
+    for (const QString &name : groups->getTableFields())
+        EXPECT_NO_THROW(delete groups->lookupField(name)) << name.toStdString();
+    EXPECT_EQ(groups->getTableFields(), (QList<QString>{"grouped.evid", "grouped.bundle"}));
+    EXPECT_EQ(tablesOf(groups.get()), QStringList{"grouped"});
+}
+
+TEST(Derivations, AreTakenForViewsByTheRequestsThatListTables)
+{
+    const OpenDatabase open;
+    viewFrom(open, open.at(OriginTable).get(), "subset", {"evid == 8", "eights"});
+    viewFrom(open, open.at(OriginTable).get(), "sort", {fields({"lat"}), false, false, "by_lat"});
+    EXPECT_EQ(process(open.handle.get(), "views_present")->toStringList(), (QStringList{"eights", "by_lat"}));
+    for (const char *request : {"base_tables_present", "base_tables_absent"})
+        EXPECT_FALSE(process(open.handle.get(), request)->toStringList().contains("eights")) << request;
+    EXPECT_FALSE(process(open.handle.get(), "table_modtimes")->toHash().contains("eights"));
+}
+
 } // namespace

@@ -7,8 +7,10 @@
 #include <QFontMetrics>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QPainter>
 #include <QSignalBlocker>
 
+#include <orvane/tr.h>
 #include <orvanetablemodel.h>
 #include <ovconfig.h>
 
@@ -185,6 +187,26 @@ void OrvaneTableView::resizeColumns()
                            m_model->headerData(column, Qt::Horizontal, Qt::SizeHintRole).toSize().width());
         }
         columns.setStretchLastSection(true);
+    });
+}
+
+void OrvaneTableView::paintEvent(QPaintEvent *event)
+{
+    QTableView::paintEvent(event);
+    if (m_model == nullptr) {
+        return;
+    }
+    loggingErrors("OrvaneTableView::paintEvent", [this] {
+        const QHeaderView &columns = *horizontalHeader();
+        const bool noRows = verticalHeader()->count() == 0;
+        if (!noRows && columns.hiddenSectionCount() < columns.count()) {
+            return;
+        }
+        // A blank page would leave open whether anything is still to come.
+        QPainter painter(viewport());
+        painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
+        painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
+                         noRows ? OvTranslation::tr("No records") : OvTranslation::tr("No column is shown"));
     });
 }
 

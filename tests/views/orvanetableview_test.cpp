@@ -2,7 +2,9 @@
 
 #include <QFontMetrics>
 #include <QHeaderView>
+#include <QImage>
 #include <QItemSelectionModel>
+#include <QPixmap>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -93,6 +95,25 @@ TEST_F(TableView, showsNothingAfterTheLastColumnIsRemoved)
     site.setFieldNamesVisible({"sta"});
     site.setFieldNamesVisible({});
     EXPECT_TRUE(site.getFieldNamesVisible().isEmpty());
+}
+
+TEST_F(TableView, saysSoWhereThereIsNothingToShow)
+{
+    OrvaneTableView &site = shown("site");
+    site.resize(400, 300);
+    const auto drawn = [&site] {
+        const QImage picture = site.viewport()->grab().toImage();
+        const QRgb background = picture.pixel(0, 0);
+        int pixels = 0;
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x) {
+                pixels += picture.pixel(x, y) != background;
+            }
+        }
+        return pixels;
+    };
+    site.setFieldNamesVisible({});
+    EXPECT_GT(drawn(), 0);
 }
 
 TEST_F(TableView, givesColumnsTheWidthOfTheModelsHintAndStretchesTheLast)

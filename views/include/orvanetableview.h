@@ -59,6 +59,10 @@ public slots:
 
     void modelDestroyed();
 
+protected:
+    // Says so where there is nothing to show.
+    void paintEvent(QPaintEvent *event) override;
+
 private:
     void setRowHeight(int pixels);
     void applyFont();

@@ -8,6 +8,8 @@
 #include <memory>
 #include <stdexcept>
 
+#include <locale.h> // the calls for one thread's locale are not the standard library's
+
 #include <xlsxwriter.h>
 
 namespace QXlsx {
@@ -18,6 +20,31 @@ namespace {
 // classic form, as not every reader knows the 64-bit one.
 constexpr qint64 largestClassicSheet = 4000000000LL;
 constexpr qint64 restOfTheWorkbook = 1 << 20; // all but the cells, generously
+
+// While it lives this thread writes numbers with a point: the writing library prints them by the locale, in
+// which a host program's user may well have a comma, and a file with commas is broken.
+class PlainNumbers
+{
+public:
+    PlainNumbers() : m_plain(::newlocale(LC_ALL_MASK, "C", nullptr))
+    {
+        if (!m_plain) {
+            throw std::bad_alloc();
+        }
+        m_before = ::uselocale(m_plain);
+    }
+    ~PlainNumbers()
+    {
+        ::uselocale(m_before);
+        ::freelocale(m_plain);
+    }
+    PlainNumbers(const PlainNumbers &) = delete;
+    PlainNumbers &operator=(const PlainNumbers &) = delete;
+
+private:
+    locale_t m_plain;
+    locale_t m_before{};
+};
 
 struct WorkbookFree {
     void operator()(lxw_workbook *workbook) const { lxw_workbook_free(workbook); }
@@ -120,6 +147,7 @@ qint64 checkedRows(lxw_worksheet *sheet, const QString &temporaryFolder)
 
 void writeWorkbook(const QByteArray &path, const SheetContents &contents)
 {
+    const PlainNumbers plainNumbers;
     const QString temporaryFolder = QDir::tempPath();
     QByteArray folder = QFile::encodeName(temporaryFolder);
     lxw_workbook_options options{};

@@ -14,17 +14,29 @@ KINDS = [42, -12.5, "9007199254740993", True, False, "plain text", "=1+1", "007"
 
 
 class Sample(unittest.TestCase):
+    decimal = "1.5"
+
+    @classmethod
+    def locale(cls):
+        return {"LC_ALL": "C.UTF-8"}
+
     @classmethod
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory()
-        path = Path(cls.folder.name) / "sample.xlsx"
-        subprocess.run([os.environ["XLSX_SAMPLE"], path], check=True)
+        path = Path(cls.folder.name) / "sheets" / "sample.xlsx"
+        path.parent.mkdir()
+        program = subprocess.run([os.environ["XLSX_SAMPLE"], path], check=True, text=True, stdout=subprocess.PIPE,
+                                 env={**os.environ, **cls.locale()})
+        cls.printed = program.stdout.strip()
         cls.left = sorted(entry.name for entry in path.parent.iterdir())
         cls.sheet = openpyxl.load_workbook(path).active
 
     @classmethod
     def tearDownClass(cls):
         cls.folder.cleanup()
+
+    def test_the_program_had_the_locale(self):
+        self.assertEqual(self.printed, self.decimal)
 
     def test_nothing_but_the_file_is_left(self):
         self.assertEqual(self.left, ["sample.xlsx"])
@@ -73,6 +85,17 @@ class Sample(unittest.TestCase):
 
     def test_the_last_cell_of_a_sheet_is_reached(self):
         self.assertEqual(self.sheet["XFD1048576"].value, "last")
+
+
+class SampleWhereNumbersHaveAComma(Sample):
+    decimal = "1,5"
+
+    @classmethod
+    def locale(cls):
+        locales = Path(cls.folder.name) / "locales"
+        locales.mkdir()
+        subprocess.run(["localedef", "-i", "de_DE", "-f", "UTF-8", locales / "de_DE.UTF-8"], check=True)
+        return {"LC_ALL": "de_DE.UTF-8", "LOCPATH": str(locales)}
 
 
 if __name__ == "__main__":

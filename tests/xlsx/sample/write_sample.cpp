@@ -1,8 +1,10 @@
-// Writes a sheet of all kinds of cells to the path given, column by column, for read_sample.py to read.
+// Writes a sheet of all kinds of cells to the path given, column by column, for read_sample.py to read, and
+// prints a number as the locale wants it.
 #include <xlsxdocument.h>
 
 #include <QDateTime>
 
+#include <clocale>
 #include <cstdio>
 #include <limits>
 
@@ -57,6 +59,8 @@ bool writeSample(QXlsx::Document &sheet)
 
 int main(int count, char **arguments)
 {
+    std::setlocale(LC_ALL, ""); // as the toolkit's applications do
+    std::printf("%.1f\n", 1.5);
     QXlsx::Document sheet;
     if (count != 2 || !writeSample(sheet) || !sheet.saveAs(QString::fromLocal8Bit(arguments[1]))) {
         std::fprintf(stderr, "the sample was not written\n");

@@ -1,0 +1,35 @@
+// How an event looks: its size by magnitude, its colour by depth.
+#pragma once
+
+#include <vector>
+
+#include <QColor>
+#include <QImage>
+
+// The radius of an event's disc in logical pixels. The symbol's area grows with the magnitude; an unknown
+// magnitude (not a number) has the smallest.
+double eventRadius(double magnitude);
+inline constexpr double smallestRadius = 2, largestRadius = 18;
+
+// From orange (shallow) to dark blue (deep), even in lightness; grey for an unknown depth (not a number).
+QColor depthColour(double depth);
+inline constexpr double deepest = 700; // km
+
+// Where a depth stands on the colour scale, 0 to 1: by its square root, as most events are shallow.
+double depthFraction(double depth);
+
+// The discs, drawn once for a device pixel ratio and an outline colour.
+class EventSymbols
+{
+public:
+    EventSymbols(double devicePixelRatio, QColor outline);
+
+    const QImage &symbol(double magnitude, double depth) const;
+    double devicePixelRatio() const { return m_ratio; }
+    QColor outline() const { return m_outline; }
+
+private:
+    double m_ratio;
+    QColor m_outline;
+    mutable std::vector<QImage> m_images; // made when first needed
+};

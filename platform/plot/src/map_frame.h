@@ -1,0 +1,22 @@
+// Which part of the projected plane a drawing shows.
+#pragma once
+
+#include <QPointF>
+#include <QSizeF>
+
+struct MapFrame {
+    QPointF centre;   // the plane's point (degrees, y up) in the middle of the drawing
+    double scale = 1; // logical pixels per degree
+    QSizeF size;      // of the drawing, in logical pixels
+
+    QPointF toPixel(QPointF plane) const
+    {
+        return {size.width() / 2 + (plane.x() - centre.x()) * scale,
+                size.height() / 2 - (plane.y() - centre.y()) * scale};
+    }
+    QPointF toPlane(QPointF pixel) const
+    {
+        return {centre.x() + (pixel.x() - size.width() / 2) / scale,
+                centre.y() - (pixel.y() - size.height() / 2) / scale};
+    }
+};

@@ -1,0 +1,25 @@
+// The map's projection: azimuthal equidistant on the WGS84 ellipsoid.
+#pragma once
+
+#include <QPointF>
+
+#include <GeographicLib/AzimuthalEquidistant.hpp>
+
+// Distances and directions from the centre are true. The plane's unit is a degree of arc, x to the east and y
+// to the north; the point opposite to the centre lies 180 degrees away in no certain direction.
+class Projection
+{
+public:
+    Projection(double centreLatitude, double centreLongitude);
+
+    QPointF forward(double latitude, double longitude) const;
+
+    struct Place {
+        double latitude, longitude; // degrees
+    };
+    Place inverse(QPointF point) const;
+
+private:
+    GeographicLib::AzimuthalEquidistant m_projection;
+    double m_latitude, m_longitude;
+};

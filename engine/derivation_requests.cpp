@@ -30,7 +30,7 @@ OwnedList fieldsOrError(const RequestCall &call)
     }
     OwnedList fields(newtbl(names.size()));
     for (const QVariant &name : names)
-        pushtbl(fields.get(), strdup(name.toString().toLocal8Bit().constData()));
+        pushtbl(fields.get(), strdup(name.toString().toUtf8().constData()));
     return fields;
 }
 
@@ -54,7 +54,7 @@ void answerJoin(const RequestCall &call, Join join)
     const QString name = call.arguments.first().toString();
     // From the whole database: an empty name must not stand for the input table.
     const Dbptr database{call.input.database, dbALL, dbALL, dbALL};
-    const Dbptr table = dblookup(database, "", name.toLocal8Bit().constData(), "", "");
+    const Dbptr table = dblookup(database, "", name.toUtf8().constData(), "", "");
     if (table.table < 0) {
         call.fail(QStringLiteral("Failed to lookup table '%1'").arg(name), LibraryLog::With);
         return;
@@ -100,7 +100,7 @@ void ungroupRows(const RequestCall &call)
 void subsetRows(const RequestCall &call)
 {
     const QString expression = call.arguments[0].toString();
-    answerView(call, dbsubset(call.input, expression.toLocal8Bit().constData(), ViewName(call).get()),
+    answerView(call, dbsubset(call.input, expression.toUtf8().constData(), ViewName(call).get()),
                QStringLiteral("Subset failed for expression '%1'").arg(expression));
 }
 
@@ -132,7 +132,7 @@ void noJoinTable(const RequestCall &call)
 
 void thetaJoinTable(const RequestCall &call)
 {
-    const QByteArray expression = call.arguments[1].toString().toLocal8Bit();
+    const QByteArray expression = call.arguments[1].toString().toUtf8();
     answerJoin(call, [&](Dbptr input, Dbptr table, const char *view) {
         return dbtheta(input, table, expression.constData(), view);
     });
@@ -140,14 +140,14 @@ void thetaJoinTable(const RequestCall &call)
 
 void severTable(const RequestCall &call)
 {
-    const QByteArray table = call.arguments[0].toString().toLocal8Bit();
+    const QByteArray table = call.arguments[0].toString().toUtf8();
     answerView(call, dbsever(call.input, table.constData(), ViewName(call).get()));
 }
 
 // The library names the view; the name among the arguments is not handed on, which is meant.
 void separateTable(const RequestCall &call)
 {
-    const QByteArray table = call.arguments[0].toString().toLocal8Bit();
+    const QByteArray table = call.arguments[0].toString().toUtf8();
     answerView(call, dbseparate(call.input, table.constData()));
 }
 

@@ -57,7 +57,7 @@ void lookUp(const RequestCall &call, const Lookup &lookup)
     const QVariant &argument = call.arguments.first();
     Dbptr result = call.input;
     if (isText(argument)) {
-        result = lookup.byName(call.input, argument.toString().toLocal8Bit().constData());
+        result = lookup.byName(call.input, argument.toString().toUtf8().constData());
     } else if (isInteger(argument)) {
         result.*lookup.index = indexFrom(argument);
     } else {

@@ -19,7 +19,7 @@ QDbptr::QDbptr(QOvConnection *connection, Dbptr dbptr) : m_connection(connection
 {
     if (!connection)
         throw std::runtime_error("QDbptr::QDbptr: Can't initialize QDbptr with NULL QOvConnection");
-    connect(connection, &QOvConnection::databaseClosed, this, &QDbptr::invalidate, Qt::DirectConnection);
+    connect(connection, SIGNAL(databaseClosed()), this, SLOT(invalidate()), Qt::DirectConnection);
 }
 
 QDbptr::~QDbptr() = default;

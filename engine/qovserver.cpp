@@ -18,8 +18,8 @@ QString takenLibraryLog()
     return QStringLiteral(":\n\n") + shownText(log.get());
 }
 
-// The handle's text form looks names up; that some can't be had is no news and must not turn up in the
-// error text of a later request.
+// The handle's text form looks names up; that some can't be had is no news, so where the log was empty
+// before it is empty afterwards.
 QString describe(QDbptr *handle)
 {
     if (!handle)

@@ -29,6 +29,8 @@ QString bundleRange(const DbValue &value)
 {
     int64_t first = 0;
     int64_t end = 0;
+    if (value.type == dbDBPTR && value.dbptr.database == dbINVALID)
+        return QStringLiteral(""); // the null bundle: it was read, and names no records
     if (value.type != dbDBPTR || dbget_range(value.dbptr, &first, &end) < 0)
         return {};
     return QString::asprintf("%ld-%ld", static_cast<long>(first), static_cast<long>(end));
@@ -108,7 +110,7 @@ void copyToScratch(const RequestCall &call)
 // False, with the error made, when the field can't be read or its type is not one of ours.
 bool addValue(const RequestCall &call, const QString &field, QHash<QString, QVariant> &values)
 {
-    const Dbptr cell = dblookup(call.input, "", "", field.toLocal8Bit().constData(), "");
+    const Dbptr cell = dblookup(call.input, "", "", field.toUtf8().constData(), "");
     const int64_t type = queriedNumber(cell, dbFIELD_TYPE);
     FieldValue value;
     if (!value.read(cell)) {
@@ -158,7 +160,7 @@ void getValues(const RequestCall &call)
 // A negative number, for nothing found as for a failure, is an answer and no error.
 void findRecord(const RequestCall &call)
 {
-    const QByteArray expression = call.arguments[0].toString().toLocal8Bit();
+    const QByteArray expression = call.arguments[0].toString().toUtf8();
     const int backwards = call.arguments[1].toBool() ? 1 : 0;
     call.response->setValue<long>(dbfind(call.input, expression.constData(), backwards, nullptr));
 }

@@ -213,7 +213,8 @@ signals:
 
 public slots:
     void invalidate();
-    /* Asks the connection to close its database; does nothing on a null or unbound handle. */
+    /* Asks the connection to close its database; does nothing on a null or unbound handle. Throws what the
+     * connection throws: a signal may only be connected to it by a receiver that catches. */
     void closeDatabase();
 
 private:

@@ -48,6 +48,26 @@ TEST(Derivations, SortGroupAndUngroupThatFailReturnInvalidHandles)
     elog_clear();
 }
 
+TEST(Derivations, ACellOfAJoinIsThatCellAlsoWhereAnotherMemberHasAFieldOfItsName)
+{
+    const OpenDatabase open;
+    const Handle view(open.at(OriginTable)->outerJoinTable("event", "both"));
+    ASSERT_TRUE(view->isValid());
+    QHash<QString, QString> earlier;
+    int differing = 0;
+    for (int field = 0; field < view->getFieldCount(); ++field) {
+        const Dbptr table = view->getDbptr();
+        QDbptr cell(open.connection.get(), {table.database, table.table, field, 0});
+        if (cell.getFieldType() != dbSTRING && cell.getFieldType() != dbINTEGER)
+            continue;
+        const QString shown = cell.dbGet(false).trimmed();
+        EXPECT_EQ(cell.dbGetv().toString(), shown) << cell.getFieldName().toStdString() << " at " << field;
+        differing += earlier.contains(cell.getFieldName()) && earlier[cell.getFieldName()] != shown;
+        earlier[cell.getFieldName()] = shown;
+    }
+    EXPECT_GT(differing, 0) << "no field of both members differs, so nothing was shown";
+}
+
 TEST(Derivations, NeedAFieldToSortOrGroupBy)
 {
     const OpenDatabase open;

@@ -18,7 +18,8 @@
  *     replacement are noticed when records are counted, and within a tenth of a second otherwise; a
  *     record that is gone is an error.
  *   - A view stands for the records that its rows had when it was made. Where a table was cut short or
- * replaced by another program since, rows of records that are gone fail; free the view and make it again.
+ *     replaced by another program since, rows of records that are gone fail; free the view and make it
+ *     again.
  *   - A child made by fork must not use databases that its parent opened.
  */
 #ifndef ORVANE_DB_H

@@ -34,8 +34,11 @@ Result<std::int64_t> DatabaseRegistry::open(const std::string &path, const std::
         return located.status();
     table = located->table;
     auto storage = storage_of(files);
-    databases_.push_back(std::make_unique<Database>(std::move(*located), permissions == "r+", *storage));
+    auto opened = std::make_unique<Database>(std::move(*located), permissions == "r+", *storage);
+    // Room first: when memory runs out, neither list may get an entry that the other lacks.
+    databases_.reserve(databases_.size() + 1);
     storage_by_database_.push_back(std::move(storage));
+    databases_.push_back(std::move(opened));
     return static_cast<std::int64_t>(databases_.size() - 1);
 }
 

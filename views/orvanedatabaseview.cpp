@@ -160,12 +160,14 @@ void OrvaneDatabaseView::setModel(OrvaneDatabaseModel *model)
         m_model->disconnect(this);
     }
     m_model = model;
+    if (m_model != nullptr) {
+        connect(m_model, SIGNAL(destroyed()), this, SLOT(modelDestroyed())); // a closed model may go, too
+    }
     clearTabs();
     showingErrors([this] {
         if (m_model == nullptr || !m_model->isOpen()) {
             return;
         }
-        connect(m_model, SIGNAL(destroyed()), this, SLOT(modelDestroyed()));
         initFocusTable();
         for (const QString &name : m_model->getTableNames()) {
             addTable(m_model->getTableModel(name));

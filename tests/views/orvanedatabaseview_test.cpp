@@ -118,6 +118,17 @@ TEST_F(DatabaseWindow, staysEmptyWithAClosedModelOrNone)
     EXPECT_EQ(window.model(), nullptr);
 }
 
+TEST_F(DatabaseWindow, forgetsAClosedModelThatGoes)
+{
+    auto closed = std::make_unique<OrvaneDatabaseModel>(database.config, "/nowhere/at/all", "r");
+    ASSERT_FALSE(closed->isOpen());
+    window.setModel(closed.get());
+    closed.reset();
+    EXPECT_EQ(window.model(), nullptr);
+    window.setModel(&database.open());
+    EXPECT_EQ(tables().count(), 3);
+}
+
 TEST_F(DatabaseWindow, focusesTheTableThatTheDatabaseNameAddressed)
 {
     database.config.configure("default_table", QVariantMap{{"small", "event"}});

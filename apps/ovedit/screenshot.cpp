@@ -1,10 +1,11 @@
 #include "screenshot.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QImageWriter>
 #include <QPixmap>
+#include <QTimer>
 #include <QWidget>
 
 namespace {
@@ -15,11 +16,9 @@ constexpr int settleFor = 300; // milliseconds: delayed layouts and the answers 
 
 QString writeScreenshot(QWidget &window, const QString &file)
 {
-    QElapsedTimer waited;
-    waited.start();
-    while (waited.elapsed() < settleFor) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, settleFor);
-    }
+    QEventLoop settling;
+    QTimer::singleShot(settleFor, &settling, &QEventLoop::quit);
+    settling.exec();
     const QImage picture = window.grab().toImage();
     const QByteArray format = QFileInfo(file).suffix().isEmpty() ? QByteArray("png") : QByteArray();
     QImageWriter writer(file, format);

@@ -1,5 +1,7 @@
 #include "screenshot.h"
 
+#include <ctime>
+
 #include <QElapsedTimer>
 #include <QImage>
 #include <QMessageBox>
@@ -67,6 +69,17 @@ TEST_F(Screenshot, showsTheWindow)
     const QImage picture(file);
     EXPECT_EQ(picture.size(), window.size());
     EXPECT_GT(coloursIn(picture), 5);
+}
+
+TEST_F(Screenshot, waitsWithoutKeepingTheProcessorBusy)
+{
+    QWidget window;
+    QElapsedTimer waited;
+    waited.start();
+    const std::clock_t before = std::clock(); // processor time of this process
+    EXPECT_EQ(writeScreenshot(window, folder.filePath("blank.png")), "");
+    const auto busy = 1000 * (std::clock() - before) / CLOCKS_PER_SEC;
+    EXPECT_LT(busy, waited.elapsed() / 2);
 }
 
 TEST_F(Screenshot, isAPngWhereTheNameSaysNothingElse)

@@ -33,6 +33,15 @@ QString reasonIn(const QString &error)
     return told.isEmpty() ? error.trimmed() : told.join("\n\n");
 }
 
+QString openOtherwise(const QString &name)
+{
+    return QCoreApplication::translate(
+               "ovedit",
+               "The database %1 is open for reading only, and stays so.\n\nTo open it for reading and "
+               "writing, close its window first.")
+        .arg(QDir::toNativeSeparators(name));
+}
+
 QString whyNotOpened(const OrvaneDatabaseModel &model, const QString &name)
 {
     QString reason = reasonIn(model.openError());
@@ -74,10 +83,13 @@ QList<MainWindow *> Application::windows() const
 QStringList Application::problemsFor(const MainWindow &window) const
 {
     QStringList wanted = m_problems.problems();
+    const QStringList own = m_problems.problemsOf(window.databaseFile());
     for (MainWindow *other : windows()) {
         if (other != &window && other->hasDatabase() && other->databaseFile() != window.databaseFile()) {
             for (const QString &theirs : m_problems.problemsOf(other->databaseFile())) {
-                wanted.removeAll(theirs);
+                if (!own.contains(theirs)) {
+                    wanted.removeAll(theirs);
+                }
             }
         }
     }
@@ -128,12 +140,11 @@ MainWindow *Application::openDatabase(const QString &name, const QString &mode, 
 {
     // By the absolute path, so that one database has one name whatever folder the program was started in.
     const QString path = QDir::cleanPath(QFileInfo(name).absoluteFilePath());
-    takeErrorLog(); // what is in it now has nothing to do with this database
+    m_problems.collect(); // what is in the error log now is not about this opening
     OrvaneDatabaseModel *model = OrvaneDatabaseModel::uniqueOrvaneDatabaseModel(m_config, path, mode);
     for (MainWindow *window : windows()) {
         if (window->shows(*model)) {
-            window->bringToFront(QString());
-            return window;
+            return showAgain(*window, model->getInitialTableName(), mode);
         }
     }
     std::unique_ptr<OrvaneDatabaseModel> opened(model);
@@ -148,8 +159,7 @@ MainWindow *Application::openDatabase(const QString &name, const QString &mode, 
         return nullptr;
     }
     if (MainWindow *window = windowOf(MainWindow::fileOf(*opened))) {
-        window->bringToFront(opened->getInitialTableName());
-        return window;
+        return showAgain(*window, opened->getInitialTableName(), mode);
     }
     MainWindow *window = from != nullptr && !from->hasDatabase() ? from : newWindow();
     window->showDatabase(std::move(opened), path, mode);
@@ -157,6 +167,28 @@ MainWindow *Application::openDatabase(const QString &name, const QString &mode, 
     m_settings.addRecentDatabase(path);
     m_problems.collect();
     return window;
+}
+
+MainWindow *Application::showAgain(MainWindow &window, const QString &table, const QString &mode)
+{
+    const QPointer<MainWindow> shown(&window); // the box has an event loop
+    window.bringToFront(table);
+    if (mode == "r+" && window.mode() != mode) {
+        qovutil_showError(openOtherwise(window.databaseFile()), &window);
+    }
+    return shown;
+}
+
+bool Application::openAll(const QStringList &names, const QString &mode)
+{
+    bool all = true;
+    for (const QString &name : names) {
+        all = openDatabase(name, mode, nullptr) != nullptr && all;
+    }
+    if (windows().isEmpty()) {
+        showStartPage();
+    }
+    return all;
 }
 
 void Application::chooseDatabase(MainWindow *from)

@@ -39,9 +39,14 @@ public:
     MainWindow *showStartPage();
 
     // Opens DATABASE or DATABASE.TABLE with the mode "r" or "r+" and returns its window: the one that shows
-    // this database already, else `from` if it shows none yet, else a new one. When it can't be opened, tells
-    // why in a box over `from` (may be null) and returns null.
+    // this database already, with TABLE in front, else `from` if it shows none yet, else a new one. When it
+    // can't be opened, tells why in a box over `from` (may be null) and returns null. A window that is there
+    // already keeps its mode; a box says so when it only reads and "r+" was asked for.
     MainWindow *openDatabase(const QString &name, const QString &mode, MainWindow *from);
+
+    // Opens each of the databases, or the start page where that leaves no window. False when a database
+    // couldn't be opened.
+    bool openAll(const QStringList &names, const QString &mode);
 
     // Asks for a database and opens it.
     void chooseDatabase(MainWindow *from);
@@ -51,6 +56,7 @@ public slots:
 
 private:
     MainWindow *newWindow();
+    MainWindow *showAgain(MainWindow &window, const QString &table, const QString &mode);
     MainWindow *windowOf(const QString &databaseFile) const;
     void placeWindow(MainWindow &window) const;
 

@@ -27,8 +27,9 @@ QString commandLineHelp()
         "  -h, --help           show this text and exit\n"
         "  -v, --version        show the version and exit\n"
         "\n"
-        "Exit status: 0 when all went well, 1 when something couldn't be opened or written,\n"
-        "2 when the arguments are wrong.\n");
+        "Exit status: 0 when all went well, 1 when one of the databases named here couldn't be\n"
+        "opened, a parameter file read or a picture written, or when there is no display, 2 when\n"
+        "the arguments are wrong. With windows it is given when the last of them is closed.\n");
 }
 
 CommandLine parseCommandLine(const QStringList &arguments)

@@ -70,17 +70,6 @@ ExitCode takeScreenshot(Application &application, const CommandLine &wanted)
     return AllWell;
 }
 
-// A database that can.t be opened has been told in a box; the start page offers another.
-void openAll(Application &application, const CommandLine &wanted)
-{
-    for (const QString &database : wanted.databases) {
-        application.openDatabase(database, wanted.openMode, nullptr);
-    }
-    if (application.windows().isEmpty()) {
-        application.showStartPage();
-    }
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -123,6 +112,8 @@ int main(int argc, char **argv)
     if (!wanted.screenshot.isEmpty()) {
         return takeScreenshot(application, wanted);
     }
-    openAll(application, wanted);
-    return QApplication::exec();
+    // A database that can't be opened has been told in a box; the start page offers another.
+    const bool allOpened = application.openAll(wanted.databases, wanted.openMode);
+    const int status = QApplication::exec();
+    return allOpened ? status : Failed;
 }

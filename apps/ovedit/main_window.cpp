@@ -56,6 +56,7 @@ MainWindow::MainWindow(Application &application) : m_application(application)
 
 MainWindow::~MainWindow()
 {
+    m_application.problems().remove(m_vanished.values()); // nobody else's concern
     delete m_schemaWindow;
     // The view points to the models, so it goes first. Table models outlive their database model, for others
     // who may still show them; here nobody does.
@@ -64,12 +65,8 @@ MainWindow::~MainWindow()
     if (m_model == nullptr) {
         return;
     }
-    QList<QPointer<OrvaneTableModel>> tables;
-    for (const QString &name : m_model->getTableNames() + m_model->getViewNames()) {
-        tables.append(m_model->getTableModel(name));
-    }
     m_model.reset();
-    for (const QPointer<OrvaneTableModel> &table : tables) {
+    for (const QPointer<OrvaneTableModel> &table : m_tables) {
         delete table;
     }
 }
@@ -102,6 +99,8 @@ void MainWindow::showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const 
     centralWidget()->layout()->addWidget(m_view);
     delete m_startPage;
     m_startPage = nullptr;
+    connect(m_model.get(), &OrvaneDatabaseModel::tableAdded, this, &MainWindow::tableAdded);
+    connect(m_model.get(), &OrvaneDatabaseModel::tableRemoved, this, &MainWindow::tableRemoved);
     connect(m_view, &OrvaneDatabaseView::focusTableChanged, this, &MainWindow::updateTitle);
     connect(m_view, &OrvaneDatabaseView::focusTableChanged, m_menus, &Menus::update);
     connect(m_view, &OrvaneDatabaseView::stackItemChanged, m_menus, &Menus::update);
@@ -112,6 +111,36 @@ void MainWindow::showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const 
     if (OrvaneTableView *table = m_view->getCurrentTableView()) {
         table->setFocus();
     }
+}
+
+void MainWindow::tableAdded(OrvaneTableModel *table)
+{
+    if (table == nullptr) {
+        return;
+    }
+    m_tables.removeAll(nullptr);
+    if (!m_tables.contains(table)) {
+        m_tables.append(table);
+    }
+    m_application.problems().remove({m_vanished.take(table->getTableName())});
+}
+
+void MainWindow::tableRemoved(const QString &name)
+{
+    QString file;
+    try {
+        OrvaneTableModel *table = m_model->getTableModel(name);
+        file = table == nullptr ? QString() : table->getQDbptr()->getTableFilename();
+    } catch (const std::exception &) {
+        file.clear(); // then the notice does without it
+    }
+    // The database is named because its tables may lie in other folders than the descriptor.
+    const QString notice =
+        tr("%1: the file of table %2 is gone (%3), and so is its tab. Put the file back, and "
+           "the tab comes back.")
+            .arg(databaseFile(), name, file);
+    m_vanished.insert(name, notice);
+    m_application.problems().add(notice);
 }
 
 void MainWindow::bringToFront(const QString &table)

@@ -4,6 +4,8 @@
 
 #include <memory>
 
+#include <QHash>
+#include <QList>
 #include <QMainWindow>
 #include <QPointer>
 #include <QString>
@@ -13,6 +15,7 @@ class Menus;
 class NoticeBar;
 class OrvaneDatabaseModel;
 class OrvaneDatabaseView;
+class OrvaneTableModel;
 class SchemaWindow;
 class StartPage;
 class QTabWidget;
@@ -34,6 +37,9 @@ public:
     // What tells one database from another; empty without a database.
     QString databaseFile() const;
     static QString fileOf(OrvaneDatabaseModel &model);
+
+    // "r" or "r+"; empty without a database.
+    QString mode() const { return m_mode; }
 
     // Null without a database.
     OrvaneDatabaseModel *model() const { return m_model.get(); }
@@ -71,6 +77,8 @@ private slots:
     void updateTitle();
     void configurationChanged();
     void problemsChanged();
+    void tableAdded(OrvaneTableModel *table);
+    void tableRemoved(const QString &name);
 
 private:
     void stepTab(int step);
@@ -79,6 +87,9 @@ private:
 
     Application &m_application;
     std::unique_ptr<OrvaneDatabaseModel> m_model;
+    // Every table model that there has been: those of tables that have vanished are no longer listed.
+    QList<QPointer<OrvaneTableModel>> m_tables;
+    QHash<QString, QString> m_vanished; // what was told of tables whose file is gone
     QString m_databaseName;
     QString m_mode;
     bool m_emptyColumnsShown = false;

@@ -11,7 +11,30 @@ namespace {
 
 constexpr int collectEvery = 1000; // milliseconds
 
+// Whether a text names a file itself or one that begins with it and a dot, and not a neighbour such as
+// "/data/quakes" for "/data/q", nor a longer path that ends with it.
+bool namesFile(const QString &text, const QString &file)
+{
+    if (file.isEmpty()) {
+        return false;
+    }
+    const auto endsName = [](QChar next) {
+        return next.isSpace() || QStringLiteral(".:,;'\")").contains(next);
+    };
+    const auto goesOnWithName = [](QChar before) {
+        return before.isLetterOrNumber() || QStringLiteral("_-./~").contains(before);
+    };
+    for (int at = text.indexOf(file); at >= 0; at = text.indexOf(file, at + 1)) {
+        const int end = at + file.size();
+        const bool begins = at == 0 || !goesOnWithName(text[at - 1]);
+        if (begins && (end == text.size() || endsName(text[end]))) {
+            return true;
+        }
+    }
+    return false;
 }
+
+} // namespace
 
 QStringList takeErrorLog()
 {
@@ -48,13 +71,30 @@ void ProblemLog::collect()
 
 QStringList ProblemLog::problemsOf(const QString &databaseFile) const
 {
-    return m_problems.filter(databaseFile);
+    QStringList theirs;
+    for (const QString &problem : m_problems) {
+        if (namesFile(problem, databaseFile)) {
+            theirs.append(problem);
+        }
+    }
+    return theirs;
+}
+
+void ProblemLog::add(const QString &problem)
+{
+    if (m_problems.size() < mostProblems && !m_problems.contains(problem)) {
+        m_problems.append(problem);
+        emit changed();
+    }
 }
 
 void ProblemLog::remove(const QStringList &problems)
 {
+    const int before = m_problems.size();
     for (const QString &problem : problems) {
         m_problems.removeAll(problem);
     }
-    emit changed();
+    if (m_problems.size() != before) {
+        emit changed();
+    }
 }

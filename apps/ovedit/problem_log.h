@@ -20,8 +20,12 @@ public:
     explicit ProblemLog(QObject *parent = nullptr);
 
     QStringList problems() const { return m_problems; }
-    // Those about a database: lines that name its file, which a table's file name begins with.
+    // Those about a database: lines that name its file, or a file whose name is that and a dot and more, as
+    // the tables' are.
     QStringList problemsOf(const QString &databaseFile) const;
+
+    // Adds a problem that the program has noticed itself.
+    void add(const QString &problem);
 
     // Forgets problems; they come back when they come up again.
     void remove(const QStringList &problems);

@@ -1,9 +1,13 @@
 #include "main_window.h"
 
+#include <filesystem>
+
 #include <QListWidget>
 #include <QMenu>
 #include <QPointer>
 #include <QTabWidget>
+
+#include <orvane/util.h>
 
 #include <orvanedatabasemodel.h>
 
@@ -95,6 +99,72 @@ TEST_F(RunningProgram, opensADatabaseAgainAfterItsWindowWasClosed)
     EXPECT_EQ(opened().page(0)->count(), 3);
 }
 
+TEST_F(RunningProgram, focusesATableThatIsNamedAgain)
+{
+    MainWindow &window = opened("arrival");
+    window.view()->setFocusTable("site");
+    EXPECT_EQ(&opened("arrival"), &window);
+    EXPECT_EQ(window.view()->getFocusTableName(), "arrival");
+}
+
+TEST_F(RunningProgram, saysThatADatabaseOpenForReadingStaysSo)
+{
+    MainWindow &window = opened();
+    for (const QString &name : {path(), path("arrival")}) {
+        const int before = boxes.texts().size();
+        EXPECT_EQ(program.openDatabase(name, "r+", nullptr), &window);
+        ASSERT_EQ(boxes.texts().size(), before + 1) << name.toStdString();
+        EXPECT_TRUE(boxes.texts().last().contains(path())) << boxes.texts().last().toStdString();
+        EXPECT_TRUE(boxes.texts().last().contains("reading only"));
+        EXPECT_EQ(window.mode(), "r");
+    }
+    opened();
+    EXPECT_EQ(boxes.texts().size(), 2) << "the mode is the one that was asked for";
+}
+
+TEST_F(RunningProgram, saysNothingWhenADatabaseOpenForWritingIsToBeRead)
+{
+    MainWindow *window = program.openDatabase(path(), "r+", nullptr);
+    ASSERT_NE(window, nullptr) << boxes.texts().join("; ").toStdString();
+    EXPECT_EQ(&opened(), window);
+    EXPECT_EQ(window->mode(), "r+");
+    EXPECT_TRUE(boxes.texts().isEmpty());
+}
+
+TEST_F(RunningProgram, keepsTheProblemsOfOneDatabaseWhenAnotherOpens)
+{
+    opened();
+    const QString problem = path("site") + ": found meanwhile";
+    elog_log("%s", qPrintable(problem));
+    const TemporaryDatabase second;
+    second.addTable("remark", {{"1", "1", "hello"}});
+    ASSERT_NE(program.openDatabase(QString::fromStdString(second.path()), "r", nullptr), nullptr);
+    EXPECT_TRUE(program.problems().problems().contains(problem));
+}
+
+TEST_F(RunningProgram, opensWhatItCanAndTellsWhetherThatWasAll)
+{
+    EXPECT_TRUE(program.openAll({path()}, "r"));
+    EXPECT_FALSE(program.openAll({"/nowhere/at/all", path("arrival")}, "r"));
+    EXPECT_EQ(boxes.texts().size(), 1);
+    ASSERT_EQ(program.windows().size(), 1);
+    EXPECT_EQ(program.windows().first()->view()->getFocusTableName(), "arrival");
+}
+
+TEST_F(RunningProgram, offersToOpenAnotherDatabaseWhenNoneCouldBeOpened)
+{
+    EXPECT_FALSE(program.openAll({"/nowhere/at/all"}, "r"));
+    ASSERT_EQ(program.windows().size(), 1);
+    EXPECT_FALSE(program.windows().first()->hasDatabase());
+}
+
+TEST_F(RunningProgram, opensTheStartPageWhenNothingIsNamed)
+{
+    EXPECT_TRUE(program.openAll({}, "r"));
+    ASSERT_EQ(program.windows().size(), 1);
+    EXPECT_FALSE(program.windows().first()->hasDatabase());
+}
+
 TEST_F(RunningProgram, beginsWithTheTableThatIsNamed)
 {
     EXPECT_EQ(opened("event").view()->getFocusTableName(), "event");
@@ -137,6 +207,71 @@ TEST_F(RunningProgram, tellsOfAProblemInTheWindowOfItsDatabaseOnly)
     EXPECT_FALSE(ill->findChild<NoticeBar *>()->isHidden());
     EXPECT_FALSE(action(well, "problems").isEnabled());
     EXPECT_TRUE(action(*ill, "problems").isEnabled());
+}
+
+TEST_F(RunningProgram, tellsDatabasesApartWhoseNamesBeginAlike)
+{
+    files.writeFile("q", TemporaryDatabase::readFile(files.path()));
+    files.writeFile("q.site", TemporaryDatabase::readFile(files.tablePath("site")));
+    files.writeFile("quakes.origin", "this is not a record\n");
+    MainWindow &ill = opened();
+    MainWindow *well = program.openDatabase(QString::fromStdString(files.folder() + "/q"), "r", nullptr);
+    ASSERT_NE(well, nullptr);
+    EXPECT_FALSE(program.problemsFor(ill).isEmpty());
+    EXPECT_TRUE(program.problemsFor(*well).isEmpty()) << program.problemsFor(*well).join('\n').toStdString();
+    EXPECT_FALSE(ill.findChild<NoticeBar *>()->isHidden());
+    EXPECT_TRUE(well->findChild<NoticeBar *>()->isHidden());
+}
+
+TEST_F(RunningProgram, tellsOfATableFileThatVanishesUntilItIsBack)
+{
+    MainWindow &window = opened();
+    TemporaryDatabase second;
+    second.addTable("site", {{"AAK"}});
+    MainWindow *other = program.openDatabase(QString::fromStdString(second.path()), "r", nullptr);
+    ASSERT_NE(other, nullptr);
+    std::filesystem::rename(files.tablePath("arrival"), files.folder() + "/aside");
+    action(window, "lookForChanges").trigger();
+    EXPECT_EQ(window.page(0)->count(), 2);
+    const QStringList told = program.problemsFor(window);
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told.first().contains("table arrival is gone")) << told.first().toStdString();
+    EXPECT_TRUE(told.first().contains(path("arrival"))) << told.first().toStdString();
+    EXPECT_TRUE(told.first().contains("Put the file back"));
+    EXPECT_FALSE(window.findChild<NoticeBar *>()->isHidden());
+    EXPECT_TRUE(other->findChild<NoticeBar *>()->isHidden());
+
+    std::filesystem::rename(files.folder() + "/aside", files.tablePath("arrival"));
+    action(window, "lookForChanges").trigger();
+    EXPECT_EQ(window.page(0)->count(), 3);
+    EXPECT_TRUE(program.problemsFor(window).isEmpty());
+    EXPECT_TRUE(window.findChild<NoticeBar *>()->isHidden());
+}
+
+TEST_F(RunningProgram, forgetsVanishedTablesWithTheirWindow)
+{
+    MainWindow &window = opened();
+    std::filesystem::remove(files.tablePath("arrival"));
+    action(window, "lookForChanges").trigger();
+    EXPECT_EQ(program.problems().problems().size(), 1);
+    window.close();
+    settle();
+    EXPECT_TRUE(program.problems().problems().isEmpty());
+}
+
+TEST_F(RunningProgram, deletesTheModelsOfAbsentAndVanishedTablesWithTheirWindow)
+{
+    MainWindow &window = opened();
+    const QPointer<OrvaneTableModel> vanished = window.model()->getTableModel("arrival");
+    const QPointer<OrvaneTableModel> absent = window.model()->getTableModel("origin");
+    ASSERT_FALSE(vanished.isNull());
+    ASSERT_FALSE(absent.isNull());
+    std::filesystem::remove(files.tablePath("arrival"));
+    window.model()->checkForUpdates();
+    window.close();
+    settle();
+    EXPECT_TRUE(vanished.isNull());
+    EXPECT_TRUE(absent.isNull());
 }
 
 TEST_F(RunningProgram, hasNoNoticeWhenAllIsWell)

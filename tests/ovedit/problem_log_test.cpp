@@ -70,6 +70,33 @@ TEST(Problems, areBounded)
     EXPECT_EQ(elog_count(), 0);
 }
 
+TEST(Problems, areOfTheDatabaseWhoseFileTheyName)
+{
+    elog_clear();
+    ProblemLog log;
+    const QStringList ofQ = {"/data/q.origin: too short", "/data/q: no schema", "no lock for /data/q",
+                             "the database '/data/q' is odd", "/data/quakes and /data/q differ"};
+    const QStringList ofQuakes = {"/data/quakes.origin: too short", "/data/quakes: no schema"};
+    for (const QString &problem : ofQ + ofQuakes + QStringList{"/old/data/q.origin: too long"}) {
+        log.add(problem);
+    }
+    EXPECT_EQ(log.problemsOf("/data/q"), ofQ);
+    EXPECT_EQ(log.problemsOf("/data/quakes"), QStringList{ofQ.last()} + ofQuakes);
+    EXPECT_TRUE(log.problemsOf("/data/quake").isEmpty());
+    EXPECT_TRUE(log.problemsOf(QString()).isEmpty());
+}
+
+TEST(Problems, areAddedByTheProgramOnceEach)
+{
+    elog_clear();
+    ProblemLog log;
+    QSignalSpy changed(&log, &ProblemLog::changed);
+    log.add("noticed");
+    log.add("noticed");
+    EXPECT_EQ(log.problems(), QStringList{"noticed"});
+    EXPECT_EQ(changed.count(), 1);
+}
+
 TEST(NoticeBar, isSeenOnlyWhileThereAreProblemsThatWereNotDismissed)
 {
     NoticeBar bar;

@@ -18,6 +18,15 @@ bool has_field(Members members, std::string_view field)
                        [&](const Relation *relation) { return relation->has_field(field); });
 }
 
+// Whether the field is there and tells which record is meant.
+bool has_telling_field(Members members, std::string_view field)
+{
+    return std::any_of(members.begin(), members.end(), [&](const Relation *relation) {
+        const int index = relation->field_index(field);
+        return index >= 0 && !relation->fields()[static_cast<std::size_t>(index)].attribute->not_joined;
+    });
+}
+
 bool bounds_a_range(Members members, std::string_view field)
 {
     for (const Relation *relation : members)
@@ -40,7 +49,7 @@ bool has_range(Members members, const KeyElement &sought)
 std::optional<std::string> fit(const KeyElement &element, Members other)
 {
     if (!element.is_range()) {
-        const bool fits = has_field(other, element.begin) && !bounds_a_range(other, element.begin);
+        const bool fits = has_telling_field(other, element.begin) && !bounds_a_range(other, element.begin);
         return fits ? std::optional(element.begin) : std::nullopt;
     }
     if (has_range(other, element))
@@ -86,12 +95,19 @@ JoinKeys fit_defined_id(Members members, Side of, Members other)
     return {};
 }
 
-JoinKeys fit_foreign_key(Members members, Side of, Members other)
+// The id of a comment leads to the comment and to nothing else: two records are no more related for one
+// remark.
+JoinKeys fit_foreign_key(const Schema &schema, Members members, Side of, Members other)
 {
+    const Relation *remarks = schema.relation(remark_relation);
+    const bool to_remarks = std::find(other.begin(), other.end(), remarks) != other.end();
     for (const Relation *relation : members)
-        for (const KeyElement &element : relation->foreign)
+        for (const KeyElement &element : relation->foreign) {
+            if (remarks && !to_remarks && element.begin == remarks->defines)
+                continue;
             if (auto keys = fit_whole({element}, of, other); !keys.empty())
                 return keys;
+        }
     return {};
 }
 
@@ -104,8 +120,8 @@ JoinKeys common_fields(const Schema &schema, Members left, Members right)
             const std::string &name = field.attribute->name;
             const bool counts = name != schema.timestamp && !(remarks && remarks->has_field(name)) &&
                                 std::find(keys.left.begin(), keys.left.end(), name) == keys.left.end();
-            if (!counts || !has_field(right, name) || bounds_a_range(left, name) ||
-                bounds_a_range(right, name))
+            if (!counts || field.attribute->not_joined || !has_field(right, name) ||
+                bounds_a_range(left, name) || bounds_a_range(right, name))
                 continue;
             keys.left.push_back(name);
             keys.right.push_back(name);
@@ -137,9 +153,9 @@ JoinKeys infer_join_keys(const Schema &schema, Members left, Members right)
         return keys;
     if (auto keys = fit_defined_id(left, Side::Left, right); !keys.empty())
         return keys;
-    if (auto keys = fit_foreign_key(right, Side::Right, left); !keys.empty())
+    if (auto keys = fit_foreign_key(schema, right, Side::Right, left); !keys.empty())
         return keys;
-    if (auto keys = fit_foreign_key(left, Side::Left, right); !keys.empty())
+    if (auto keys = fit_foreign_key(schema, left, Side::Left, right); !keys.empty())
         return keys;
     return common_fields(schema, left, right);
 }

@@ -14,7 +14,7 @@ std::string member_names(const Table &table)
     std::string names;
     const auto &members = table.members();
     for (std::size_t i = 0; i < members.size() && i < max_named_tables; ++i)
-        names += (i > 0 ? "_" : "") + members[i]->name;
+        names.append(i > 0 ? "_" : "").append(members[i]->name);
     return names;
 }
 
@@ -49,7 +49,7 @@ std::string Derivation::name_for(const Table &left, const Table *right, std::str
         return name_;
     std::string stem = member_names(left);
     if (right)
-        stem += "_" + member_names(*right);
+        stem.append("_").append(member_names(*right));
     for (int number = 1;; ++number) {
         std::string name = concat(stem, '_', operation, number);
         if (database_.check_view_name(name).ok())
@@ -97,8 +97,8 @@ std::string creation_after(const Table &left, const Table *right, std::string_vi
 {
     std::string text = left.creation();
     if (right)
-        text += "\n" + right->creation();
-    return text + "\n" + on_one_line(operation_line);
+        text.append("\n").append(right->creation());
+    return text.append("\n").append(on_one_line(operation_line));
 }
 
 Status named_failure(const char *call, const Status &failure)

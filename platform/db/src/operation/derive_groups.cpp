@@ -16,7 +16,7 @@ std::string joined_names(std::span<const std::string> names)
 {
     std::string text;
     for (const std::string &name : names)
-        text += " " + name;
+        text.append(" ").append(name);
     return text;
 }
 

@@ -45,8 +45,11 @@ Result<JoinKeyLists> keys_to_use(const Database &database, const Table &left, co
 std::string joined_keys(const JoinKeyLists &keys)
 {
     std::string text;
-    for (std::size_t i = 0; i < keys.left.size(); ++i)
-        text += " " + (keys.left[i] == keys.right[i] ? keys.left[i] : keys.left[i] + "=" + keys.right[i]);
+    for (std::size_t i = 0; i < keys.left.size(); ++i) {
+        text.append(" ").append(keys.left[i]);
+        if (keys.left[i] != keys.right[i])
+            text.append("=").append(keys.right[i]);
+    }
     return text;
 }
 

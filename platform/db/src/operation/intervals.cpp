@@ -1,6 +1,6 @@
 #include "operation/intervals.h"
 
-#include "operation/sort_keys.h"
+#include "operation/radix_sort.h"
 
 #include <algorithm>
 #include <chrono>
@@ -162,42 +162,69 @@ Status IntervalIndex::build(const RowNumbers &begins, const RowNumbers &rows, co
         });
     if (!done.ok())
         return done;
-    entries_.resize(rows.size());
-    highest_.resize(rows.size());
+    std::vector<Entry> entries(rows.size());
     done = work.for_blocks(static_cast<std::int64_t>(rows.size()), rows_per_block, 0.1,
                            [&](std::int64_t begin, std::int64_t end, unsigned) {
                                for (auto i = static_cast<std::size_t>(begin);
                                     i < static_cast<std::size_t>(end); ++i)
-                                   entries_[i] = Entry{intervals[rows[i]], rows[i]};
+                                   entries[i] = Entry{intervals[rows[i]], rows[i]};
                                return Status();
                            });
     if (!done.ok())
         return done;
-    const auto buckets = static_cast<std::int64_t>(begins.size()) - 1;
-    const std::int64_t buckets_per_block =
-        std::max<std::int64_t>(1, buckets * rows_per_block / std::max<std::int64_t>(1, row_count));
-    return work.for_blocks(buckets, buckets_per_block, 0.2,
+    entries_.swap(entries);
+    highest_.resize(rows.size());
+    const std::size_t buckets = begins.size() - 1;
+    bool any_large = false;
+    for (std::size_t bucket = 0; bucket < buckets && !any_large; ++bucket)
+        any_large = begins[bucket + 1] - begins[bucket] > few;
+    if (!any_large)
+        return Status();
+    if (Status sorted = sort_by_low_ends(work); !sorted.ok())
+        return sorted;
+    const std::int64_t block = std::max<std::int64_t>(1, static_cast<std::int64_t>(buckets) * rows_per_block /
+                                                             std::max<std::int64_t>(1, row_count));
+    return work.for_blocks(static_cast<std::int64_t>(buckets), block, 0.2,
                            [&](std::int64_t begin, std::int64_t end, unsigned) {
                                for (std::int64_t bucket = begin; bucket < end && !work.stopped(); ++bucket)
-                                   sort_bucket(static_cast<std::size_t>(bucket));
+                                   note_highest(begins[static_cast<std::size_t>(bucket)],
+                                                begins[static_cast<std::size_t>(bucket) + 1]);
                                return Status();
                            });
 }
 
-void IntervalIndex::sort_bucket(std::size_t bucket)
+// The entries of each bucket by their low ends; equal ones stay in order of their rows.
+Status IntervalIndex::sort_by_low_ends(Work &work)
 {
-    const std::size_t begin = (*begins_)[bucket];
-    const std::size_t end = (*begins_)[bucket + 1];
-    if (end - begin <= few)
-        return;
-    const auto first = entries_.begin() + static_cast<std::ptrdiff_t>(begin);
-    const auto last = entries_.begin() + static_cast<std::ptrdiff_t>(end);
-    const auto lower = [](const Entry &a, const Entry &b) {
-        return a.interval.low != b.interval.low ? a.interval.low < b.interval.low : a.row < b.row;
-    };
-    if (!std::is_sorted(first, last, lower))
-        std::sort(first, last, lower);
-    note_highest(begin, end);
+    SortKeys keys;
+    keys.count = static_cast<std::int64_t>(entries_.size());
+    keys.words.resize(2);
+    for (SortKeys::Word &word : keys.words)
+        word.keys.resize(entries_.size());
+    const auto buckets = static_cast<std::size_t>(begins_->size()) - 1;
+    std::uint64_t all = 0;
+    for (std::size_t bucket = 0; bucket < buckets; ++bucket)
+        for (std::size_t i = (*begins_)[bucket]; i < (*begins_)[bucket + 1]; ++i) {
+            keys.words[0].keys[i] = bucket;
+            keys.words[1].keys[i] = entries_[i].interval.low;
+            all |= entries_[i].interval.low;
+            keys.in_order = keys.in_order && (i == (*begins_)[bucket] ||
+                                              entries_[i - 1].interval.low <= entries_[i].interval.low);
+        }
+    if (keys.in_order)
+        return Status();
+    keys.words[0].bits = std::bit_width(buckets - 1);
+    keys.words[1].bits = std::bit_width(all);
+    if (buckets == 1)
+        keys.words.erase(keys.words.begin());
+    const auto order = sorted_rows(keys, work);
+    if (!order.ok())
+        return order.status();
+    std::vector<Entry> sorted(entries_.size());
+    for (std::size_t i = 0; i < sorted.size(); ++i)
+        sorted[i] = entries_[(*order)[i]];
+    entries_.swap(sorted);
+    return Status();
 }
 
 std::uint64_t IntervalIndex::note_highest(std::size_t begin, std::size_t end)

@@ -68,13 +68,13 @@ private:
         RowNumber row;
     };
 
-    void sort_bucket(std::size_t bucket);
+    Status sort_by_low_ends(Work &work);
     std::uint64_t note_highest(std::size_t begin, std::size_t end);
     void visit(std::size_t begin, std::size_t end, const Interval &sought, bool any,
                std::vector<RowNumber> &found) const;
 
     const RowNumbers *begins_ = nullptr;
-    std::vector<Entry> entries_;         // by bucket, then by low end; empty intervals last
+    std::vector<Entry> entries_;         // by bucket, in large ones by low end
     std::vector<std::uint64_t> highest_; // of the entries of a range of which an entry is the middle one
 };
 

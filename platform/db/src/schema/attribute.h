@@ -47,6 +47,9 @@ struct Attribute {
     std::string units;
     std::string description;
     std::string detail;
+    // Whether it says something about a record without telling which one: such fields are no plain elements
+    // of inferred join keys.
+    bool not_joined = false;
 
     // The null as a number, by type; 0 for text.
     std::int64_t null_integer = 0;

@@ -51,6 +51,14 @@ Attribute &Schema::add_attribute(Attribute attribute)
     return attributes_.back();
 }
 
+bool Schema::mark_not_joined(std::string_view attribute_name)
+{
+    const auto found = attribute_index_.find(attribute_name);
+    if (found != attribute_index_.end())
+        attributes_[static_cast<std::size_t>(found->second)].not_joined = true;
+    return found != attribute_index_.end();
+}
+
 Relation &Schema::add_relation(std::string relation_name)
 {
     relations_.emplace_back();

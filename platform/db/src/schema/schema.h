@@ -41,6 +41,8 @@ public:
 
     // Deques, so that what is added stays where it is.
     Attribute &add_attribute(Attribute attribute);
+    // Whether there is such an attribute.
+    bool mark_not_joined(std::string_view attribute_name);
     Relation &add_relation(std::string relation_name);
 
 private:

@@ -88,6 +88,18 @@ void read_timestamp(const ParameterMapping &root, const std::vector<std::string>
                                            type_name(attribute->type), " where time or string was expected"));
 }
 
+void read_not_joined(const ParameterMapping &root, const std::vector<std::string> &attributes, Schema &schema)
+{
+    const auto names = root.texts("not_joined", false);
+    if (!names)
+        return;
+    for (const PlacedText &name : *names)
+        if (!schema.mark_not_joined(name.text) &&
+            std::find(attributes.begin(), attributes.end(), name.text) == attributes.end())
+            root.note(name.place, concat("not_joined: '", name.text, "' is not an attribute of the schema",
+                                         near_names_hint(name.text, {attributes.begin(), attributes.end()})));
+}
+
 } // namespace
 
 Result<std::shared_ptr<const Schema>> read_schema(const std::string &text, const std::string &file)
@@ -97,7 +109,8 @@ Result<std::shared_ptr<const Schema>> read_schema(const std::string &text, const
         return parameters.status();
     Findings findings(file);
     const ParameterMapping root(parameters->get(), "schema", Place{1, 1}, findings);
-    root.refuse_other_keys({"name", "description", "detail", "timestamp", "attributes", "relations"});
+    root.refuse_other_keys(
+        {"name", "description", "detail", "timestamp", "not_joined", "attributes", "relations"});
     auto schema = std::make_shared<Schema>();
     schema->file = file;
     schema->name = root.has("name") ? root.text_or_empty("name") : stem_of(file);
@@ -106,6 +119,7 @@ Result<std::shared_ptr<const Schema>> read_schema(const std::string &text, const
     const auto attributes = read_attributes(root, *schema);
     read_relations(root, attributes, *schema);
     read_timestamp(root, attributes, *schema);
+    read_not_joined(root, attributes, *schema);
     if (!findings.empty())
         return findings.status();
     return std::shared_ptr<const Schema>(std::move(schema));

@@ -14,7 +14,7 @@ const Attribute &bundle_attribute()
         made.width = 24;
         made.format = "%-24s";
         made.parsed_format = *parse_field_format(made.format);
-        made.null = "-";
+        made.null = std::string(1, '-');
         made.description = "rows of the group";
         made.detail =
             "The rows that have these values: the number of the first, and one beyond that of the last, in "

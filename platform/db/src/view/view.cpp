@@ -150,7 +150,7 @@ std::string View::description() const
 {
     std::string names;
     for (const Relation *relation : relations_)
-        names += (names.empty() ? "" : ", ") + relation->name;
+        names.append(names.empty() ? "" : ", ").append(relation->name);
     return "view of " + names;
 }
 

@@ -112,7 +112,7 @@ TEST(Coastline, LeavesOutWhatIsBeyondTheRange)
 
 TEST(EventMap, RefusesUnknownKeysAndBadValuesAndStaysAsItWas)
 {
-    OvEventMap map(nullptr, true, true);
+    OvEventMap map(nullptr, true, false);
     map.resize(400, 400);
     EXPECT_TRUE(map.configure("latr", "40"));
     EXPECT_TRUE(map.configure("lonr", "-100"));

@@ -28,7 +28,8 @@ public:
     Settings settings;
     std::unique_ptr<OvEventView> view;
     bool interactive = false, legend = false;
-    QPointF centre; // the plane's point in the widget's middle
+    double legendWidth = 0; // logical pixels kept free beside the map, where there is room
+    QPointF centre;         // the plane's point in the map's middle
     double zoom = 1;
     std::optional<QPoint> dragged; // where the pointer was
 
@@ -68,6 +69,8 @@ void OvEventMap::Drawing::forgetMap()
 MapFrame OvEventMap::Drawing::frame(QSizeF size) const
 {
     constexpr double border = 12;
+    if (size.width() > 3 * legendWidth)
+        size.rwidth() -= legendWidth;
     const double side = std::max(std::min(size.width(), size.height()) - 2 * border, 20.0);
     return {centre, side / (2 * settings.range) * zoom, size};
 }
@@ -145,7 +148,6 @@ void OvEventMap::Drawing::paintTexts(const QWidget &map, QPainter &painter, cons
     const QRect page = map.rect().adjusted(8, 8, -8, -8);
     QRect place;
     const int flags = Qt::AlignLeft | Qt::AlignBottom | Qt::TextWordWrap;
-    painter.boundingRect(page, flags, status());
     place = painter.boundingRect(page, flags, status());
     QColor ground = colours.page;
     ground.setAlpha(215);
@@ -183,6 +185,11 @@ OvEventMap::OvEventMap(QWidget *page, bool interactive, bool legend)
 {
     m_drawing->interactive = interactive;
     m_drawing->legend = legend;
+    QFont small = font();
+    small.setPointSizeF(small.pointSizeF() * 0.85);
+    setFont(small);
+    if (legend)
+        m_drawing->legendWidth = legendSize(QFontMetricsF(small)).width() + 8;
     setMinimumSize(120, 120);
     setMouseTracking(interactive);
     setAutoFillBackground(false);

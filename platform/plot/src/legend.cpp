@@ -8,7 +8,7 @@
 
 static constexpr double barHeight = 150, barWidth = 14, padding = 10;
 static constexpr int magnitudes[] = {2, 4, 5, 6, 7, 8};
-static constexpr int depths[] = {0, 10, 35, 70, 150, 300, 500, 700}; // km
+static constexpr int depths[] = {0, 35, 100, 200, 300, 500, 700}; // km
 
 static QString text(const char *source)
 {
@@ -26,7 +26,7 @@ static double sizesHeight()
 {
     double height = 0;
     for (const int magnitude : magnitudes)
-        height += std::max(2 * eventRadius(magnitude), 12.0) + 4;
+        height += std::max(2 * eventRadius(magnitude), 14.0) + 4;
     return height;
 }
 
@@ -40,7 +40,7 @@ static double drawSizes(QPainter &painter, QPointF at, const MapColours &colours
 {
     double y = at.y();
     for (const int magnitude : magnitudes) {
-        const double radius = eventRadius(magnitude), height = std::max(2 * radius, 12.0) + 4;
+        const double radius = eventRadius(magnitude), height = std::max(2 * radius, 14.0) + 4;
         const QPointF middle(at.x() + largestRadius, y + height / 2);
         painter.setPen(QPen(colours.outline, 0.7));
         painter.setBrush(depthColour(35));
@@ -56,12 +56,14 @@ static double drawSizes(QPainter &painter, QPointF at, const MapColours &colours
 static void drawDepths(QPainter &painter, QPointF at, const MapColours &colours)
 {
     constexpr int steps = 75;
+    painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setPen(Qt::NoPen);
     for (int i = 0; i < steps; ++i) {
         const double fraction = (i + 0.5) / steps;
         painter.fillRect(QRectF(at.x(), at.y() + barHeight * i / steps, barWidth, barHeight / steps + 0.5),
                          depthColour(deepest * fraction * fraction));
     }
+    painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(colours.coast, 0.8));
     painter.drawRect(QRectF(at.x(), at.y(), barWidth, barHeight));

@@ -1,6 +1,7 @@
 // What the cells of a table show, and the handles of indexes.
 
 #include <QDateTime>
+#include <cmath>
 
 #include <orvane/db.h>
 #include <orvane/util.h>
@@ -48,11 +49,18 @@ const QVariant &background(const CellText &cell, const DisplaySettings &settings
     return settings.colourBlanks && isBlank(cell.text) ? settings.blankBackground : settings.plainBackground;
 }
 
+// Within what a clock in milliseconds can count, shifted by any zone; seconds.
+constexpr double furthestTime = 9.2e15;
+
+// A time beyond any clock, and one that is no number, stays the number it is.
 QVariant typedValue(const QVariant &value, int fieldType, const DisplaySettings &settings)
 {
     if (fieldType != dbTIME || !settings.showReadableTimes)
         return value;
-    QDateTime time = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(1000 * value.toDouble()), Qt::UTC);
+    const double epoch = value.toDouble();
+    if (!(std::abs(epoch) <= furthestTime))
+        return value;
+    QDateTime time = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(1000 * epoch), Qt::UTC);
     // Shifted, and still said to be UTC: what is meant here is the clock on the wall.
     if (settings.showLocalTimes && settings.localOffsets.isValid())
         time = time.addSecs(settings.localOffsets.offsetFromUtc(time));

@@ -69,8 +69,20 @@ OrvaneTableModel::OrvaneTableModel(OrvaneDatabaseModel *parent, QDbptr *handle, 
 
 OrvaneTableModel::~OrvaneTableModel()
 {
-    if (d->facade && d->facade->tableIsView() && d->parent)
-        d->parent->deleteView(d->facade->getTableName());
+    // Freeing is said to change data; a model that goes has no more resets to announce.
+    if (d->own)
+        disconnect(d->own, nullptr, this, nullptr);
+    try {
+        if (tableIsView())
+            answered(false, [&] {
+                d->own->dbFree();
+                return true;
+            });
+        if (d->facade && d->facade->tableIsView() && d->parent)
+            d->parent->deleteView(d->facade->getTableName());
+    } catch (...) {
+        // What listeners throw must not leave a destructor.
+    }
 }
 
 void OrvaneTableModel::announceChanged(OrvaneTableModel *dtm)

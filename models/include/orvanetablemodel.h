@@ -24,7 +24,7 @@ class QDbptr;
 // in its place.
 //
 // Ownership. Table models are made and owned by their database model. They take over the handle given to
-// them.
+// them; the model of a view frees the view when it is destroyed, and every other handle on it goes stale.
 //
 // What is kept. Names, types and null texts of the fields, how wide they are, and the settings that cells are
 // drawn by are asked once and kept until the model is reset, its handle ends or the configuration changes.
@@ -39,6 +39,7 @@ class QDbptr;
 //
 // Failures. Nothing throws but getTableToolTipString(). An invalid handle gives no rows and no columns; a
 // record that is gone, a field that is unknown and a request that fails give invalid variants.
+// What the database library says of a failed request stays in the error log.
 class OVQT_EXPORT OrvaneTableModel : public QAbstractTableModel
 {
     Q_OBJECT

@@ -116,6 +116,23 @@ TEST_F(Tooltip, OfABaseTable)
     EXPECT_TRUE(site->getTableDetail().contains("Where stations stand."));
 }
 
+TEST_F(Tooltip, OfAView)
+{
+    const std::unique_ptr<QDbptr> view(table("site")->subset("lat < 50", "southern"));
+    EXPECT_EQ(tip(view),
+              "<table>\n"
+              "<tr><td width=160><b>Table:</b></td><td width=400><b><i>southern</i></b></td></tr>\n"
+              "<tr><td width=160><b>Table type:</b></td><td width=400>View</td></tr>\n"
+              "<tr></tr>\n"
+              "<tr><td><b>Record count:</b></td><td>2 records</td></tr>\n"
+              "<tr></tr>\n"
+              "<tr><td><b>View tables:</b></td><td><i>site</i></td></tr>\n"
+              "<tr></tr>\n"
+              "<tr><td><b>Table creation:</b></td><td><b><i>"
+              "dbopen site<br/>dbsubset lat &lt; 50</i></b></td></tr>\n");
+    EXPECT_EQ(sites.table("southern")->getTableToolTipString(), tip(view));
+}
+
 TEST_F(Tooltip, OfATableToWriteSaysSo)
 {
     OvConfig config;
@@ -350,6 +367,7 @@ TEST_F(Tooltip, OfACellAndOfAnInvalidHandleIsEmpty)
 TEST_F(Tooltip, LetsTheErrorsOfRequestsThrough)
 {
     std::unique_ptr<QDbptr> gone = record("site", 1000);
+    elog_clear();
     EXPECT_THROW(tip(gone), std::runtime_error);
     EXPECT_EQ(elog_count(), 0);
 }

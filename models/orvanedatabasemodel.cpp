@@ -230,7 +230,8 @@ OrvaneTableModel *OrvaneDatabaseModel::getTableModel(const QString &name)
         OrvaneTableModel *known = d->tableModels.value(name);
         return known ? known : d->addTableModel(this, name, std::make_unique<QDbptr>());
     }
-    std::unique_ptr<QDbptr> table(answered<QDbptr *>(nullptr, [&] { return d->handle->lookupTable(name); }));
+    std::unique_ptr<QDbptr> table(
+        answeredOrNone<QDbptr *>(nullptr, [&] { return d->handle->lookupTable(name); }));
     if (!table || answered(DbptrInvalid, [&] { return table->getDbptrType(); }) != DbptrTable)
         return nullptr;
     if (OrvaneTableModel *known = d->tableModels.value(name))
@@ -274,12 +275,16 @@ void OrvaneDatabaseModel::checkForUpdates()
     for (auto it = fresh.begin(); it != fresh.end(); ++it) {
         // A table not seen before reads as 0 and is told as changed, not as added: meant.
         const double old = d->modificationTimes.value(it.key());
-        if (isNull(it.value()) && !isNull(old))
+        if (isNull(it.value()) && !isNull(old)) {
             emit tableRemoved(it.key());
-        else if (!isNull(it.value()) && isNull(old))
+        } else if (!isNull(it.value()) && isNull(old)) {
+            // What a model learned while there was no file is that every column is empty.
+            if (OrvaneTableModel *known = d->tableModels.value(it.key()))
+                known->announceChanged(known);
             emit tableAdded(getTableModel(it.key()));
-        else if (!isNull(it.value()) && it.value() > old)
+        } else if (!isNull(it.value()) && it.value() > old) {
             emit tableChanged(getTableModel(it.key()));
+        }
         d->modificationTimes.insert(it.key(), it.value());
     }
     emit databaseChecked();

@@ -65,7 +65,8 @@ QModelIndex OrvaneDatabaseModel::index(int row, int column, const QModelIndex &p
 {
     if (row < 0 || column != 0 || !isOpen())
         return {};
-    return answered(QModelIndex(), [&]() -> QModelIndex {
+    // A field's name is seldom that of a table too.
+    return answeredOrNone(QModelIndex(), [&]() -> QModelIndex {
         QStringList names;
         const QDbptrType type = parent.isValid() ? Private::item(parent)->getDbptrType() : DbptrDatabase;
         // Both from the database handle, and both looked up as tables: meant, see the class.

@@ -23,7 +23,8 @@ class QDbptr;
 // stay alive and closed, for windows that still point to them.
 //
 // Failures. open() throws std::runtime_error when there is no database name. Nothing else throws: a closed
-// model has no rows, empty names and lists, and null table models.
+// model has no rows, empty names and lists, and null table models. What the database library says of a failed
+// request stays in the error log.
 //
 // Items. One column. Every index carries a QDbptr as its internal pointer, which lives as long as the model.
 // The pointer of a table's parent is the table's own, and the fields of a table are looked up in the

@@ -247,6 +247,7 @@ TEST(DatabaseModelTables, AreMadeOnceAndAnnounced)
 TEST(DatabaseModelTables, OfAnUnknownNameAreNull)
 {
     OpenSites sites;
+    elog_clear();
     EXPECT_EQ(sites.model->getTableModel("nosuchtable"), nullptr);
     EXPECT_EQ(sites.model->getTableModel("dbALL"), nullptr);
     EXPECT_EQ(elog_count(), 0);
@@ -359,6 +360,20 @@ TEST_F(Polling, TellsOfATableThatVanishesAndComesBack)
     check();
     ASSERT_EQ(added.count(), 1);
     EXPECT_EQ(added[0][0].value<OrvaneTableModel *>(), site);
+}
+
+TEST_F(Polling, MakesTheModelOfATableThatAppearsForgetThatItWasEmptyBeforeTellingOfIt)
+{
+    OrvaneTableModel *origin = sites.table("origin");
+    ASSERT_TRUE(origin->getNonNullTableFields().isEmpty()); // what it says is kept
+    QSignalSpy reset(origin, SIGNAL(modelReset()));
+    QStringList told;
+    QObject::connect(sites.model.get(), &OrvaneDatabaseModel::tableAdded,
+                     [&](OrvaneTableModel *table) { told = table->getNonNullTableFields(); });
+    sites.files.addTable("origin", {{"42.0", "74.0", "10.0", "1517961600.0", "1"}});
+    check();
+    EXPECT_EQ(told, (QStringList{"lat", "lon", "depth", "time", "orid"}));
+    EXPECT_EQ(reset.count(), 1);
 }
 
 TEST_F(Polling, ResetsTheTableModelThatChanged)

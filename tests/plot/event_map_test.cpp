@@ -200,10 +200,3 @@ TEST(EventLayer, NeverHidesALargerEventAmongAMillion)
         covered += image.pixelColor(x, 400) != QColor(Qt::white);
     EXPECT_GT(covered, 150);
 }
-
-int main(int argc, char **argv)
-{
-    testing::InitGoogleTest(&argc, argv);
-    QApplication application(argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -67,6 +67,9 @@ public:
     void free_view(std::int64_t index);
     // The index by which pointers reach a table that bundles stand in, also when no list shows it (any more).
     std::int64_t index_for_bundles(const std::shared_ptr<Table> &source);
+    // The index of a base table or view by its name, also of a freed grouped view that is a member of another
+    // view: its fields are still named by its name. -1 where there is none.
+    std::int64_t index_for_lookup(std::string_view table_name);
     // Records of a base table were numbered anew: `renumbered` has the new number of each old one, null_row
     // for those that are gone. Every view over the table follows, those that no list shows too.
     void renumber(const RecordTable &table, std::span<const RowNumber> renumbered);
@@ -87,6 +90,8 @@ private:
     std::shared_ptr<const Schema> schema_;
     bool writable_;
     std::shared_ptr<Table> unlisted_table(std::int64_t index) const;
+    // A grouped view of that name which something keeps.
+    std::shared_ptr<Table> freed_member(std::string_view name) const;
 
     std::vector<std::shared_ptr<Table>> tables_; // null where a view was freed
     // Tables of bundles that no list shows, by their indexes from `first_unlisted` on.

@@ -34,11 +34,27 @@ Status Database::check_view_name(std::string_view view_name) const
         return refused("it has a meaning of its own");
     if (table_index(view_name) >= 0)
         return refused("a table or view of that name is there already");
-    for (const auto &kept : all_views_)
-        if (const auto view = kept.lock();
-            view && dynamic_cast<GroupedView *>(view.get()) && view->name() == view_name)
-            return refused("a freed view of that name is still a member of another one");
+    if (freed_member(view_name))
+        return refused("a freed view of that name is still a member of another one");
     return Status();
+}
+
+std::shared_ptr<Table> Database::freed_member(std::string_view name) const
+{
+    for (const auto &kept : all_views_)
+        if (auto grouped = std::dynamic_pointer_cast<GroupedView>(kept.lock());
+            grouped && grouped->name() == name)
+            return grouped;
+    return nullptr;
+}
+
+std::int64_t Database::index_for_lookup(std::string_view table_name)
+{
+    const std::int64_t listed = table_index(table_name);
+    if (listed >= 0)
+        return listed;
+    const auto freed = freed_member(table_name);
+    return freed ? index_for_bundles(freed) : -1;
 }
 
 void Database::remember_view(const std::shared_ptr<Table> &view)

@@ -35,11 +35,11 @@ Status look_up_database(std::string_view name, Dbptr &db)
     return Status();
 }
 
-Status look_up_table(const Database &database, std::string_view name, Dbptr &db)
+Status look_up_table(Database &database, std::string_view name, Dbptr &db)
 {
     if (name.empty())
         return Status();
-    const std::int64_t index = name == "dbALL" ? std::int64_t{dbALL} : database.table_index(name);
+    const std::int64_t index = name == "dbALL" ? std::int64_t{dbALL} : database.index_for_lookup(name);
     if (index < 0 && index != dbALL)
         return unknown("table", name, database.name(), database.table_names());
     db.table = index;
@@ -55,7 +55,7 @@ std::vector<std::string_view> field_names(const Table &table)
     return names;
 }
 
-Status look_up_field(const Database &database, std::string_view name, Dbptr &db)
+Status look_up_field(Database &database, std::string_view name, Dbptr &db)
 {
     if (name.empty())
         return Status();

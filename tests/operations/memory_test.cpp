@@ -34,6 +34,8 @@ void *operator new[](size_t bytes)
 {
     return operator new(bytes);
 }
+// Inlined into each other, the pair above and the ones below look to the compiler like two kinds of memory.
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 void operator delete(void *memory) noexcept
 {
     std::free(memory);

@@ -83,6 +83,18 @@ TEST_F(Progress, OfALongThetaJoinIsToldAndStopsItHalfWay)
     EXPECT_GE(dbsubset(open->table("many"), "id == 7", "long").table, 0);
 }
 
+TEST_F(Progress, OfAJoinWithTooManyRowsIsNotNeeded)
+{
+    const auto begin = Clock::now();
+    EXPECT_EQ(dbtheta(open->table("many"), open->table("more"), "1 == 1", nullptr).table, dbINVALID);
+    EXPECT_THAT(take_log(), HasSubstr("dbtheta: out of memory: the join has at least 1000000000000 rows"));
+    EXPECT_EQ(dbjoin(open->table("many"), open->table("more"), Names{"word"}, nullptr, 0, nullptr, nullptr).table,
+              dbINVALID);
+    EXPECT_THAT(take_log(), HasSubstr("dbjoin: out of memory: the join has at least"));
+    EXPECT_LT(secondsSince(begin), 10);
+    EXPECT_EQ(integer(open->pointer, dbTABLE_COUNT), 2);
+}
+
 TEST_F(Progress, IsNotAskedByShortOperations)
 {
     writeNarrowTable(files, "many", narrowRows(10, 5, 1));

@@ -69,6 +69,37 @@ TEST_F(Subset, WithAnUnknownFieldLeavesNoView)
     EXPECT_EQ(list(open->pointer, dbSCHEMA_TABLES).size(), 7u);
 }
 
+TEST_F(Subset, WithAHostileExpressionLeavesNoView)
+{
+    const std::string hostile[] = {
+        std::string(10 << 20, '1'),
+        "sta == '" + std::string(10 << 20, 'x') + "'",
+        std::string(100000, '(') + "1" + std::string(100000, ')'),
+        std::string(100000, '!') + "1",
+        "sta == 'A",
+        "sta =~ '" + std::string(5000, '(') + "'",
+        "sta =~ '((((((((a{1,1000}){1,1000}){1,1000}){1,1000})))))'",
+        "lat + ",
+        "",
+        "lat",
+        "sta + 1 > 2",
+        "bogus(lat) > 1",
+    };
+    for (const std::string &expression : hostile) {
+        const bool a_number = expression == "lat"; // true where it is not 0
+        EXPECT_EQ(dbsubset(open->table("site"), expression.c_str(), nullptr).table >= 0, a_number)
+            << expression.substr(0, 60);
+        const std::string log = take_log();
+        EXPECT_EQ(log.starts_with("dbsubset: "), !a_number) << log.substr(0, 200);
+    }
+    EXPECT_EQ(dbsubset(open->table("site"), nullptr, nullptr).table, dbINVALID);
+    EXPECT_THAT(take_log(), HasSubstr("the expression is null"));
+    // A pattern that other matchers take for ever over.
+    const std::string slow = "'" + std::string(60, 'a') + "!' =~ '^(a+)+$'";
+    EXPECT_EQ(integer(dbsubset(open->table("site"), slow.c_str(), nullptr), dbRECORD_COUNT), 0);
+    EXPECT_EQ(list(open->pointer, dbSCHEMA_TABLES).size(), 9u);
+}
+
 TEST_F(Subset, WithANameThatIsTakenOrHoldsASlashLeavesNoView)
 {
     EXPECT_EQ(dbsubset(open->table("site"), "lat > 40", "origin").table, dbINVALID);

@@ -72,7 +72,7 @@ public:
     std::int64_t index_for_lookup(std::string_view table_name);
     // Records of a base table were numbered anew: `renumbered` has the new number of each old one, null_row
     // for those that are gone. Every view over the table follows, those that no list shows too.
-    void renumber(const RecordTable &table, std::span<const RowNumber> renumbered);
+    void renumber(RecordTable &table, std::span<const RowNumber> renumbered);
 
     // An operation runs in this database: another one, or closing, is refused meanwhile.
     bool operation_running = false;

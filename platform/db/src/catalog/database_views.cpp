@@ -99,8 +99,9 @@ std::int64_t Database::index_for_bundles(const std::shared_ptr<Table> &source)
 
 // Numbers change from the bottom up: a table's records, the rows of views over it, the bundles of those rows,
 // which are records again.
-void Database::renumber(const RecordTable &table, std::span<const RowNumber> renumbered)
+void Database::renumber(RecordTable &table, std::span<const RowNumber> renumbered)
 {
+    static_cast<void>(table.snapshot()); // the numbers hold for the records as they are now
     for (const auto &kept : all_views_) {
         const auto view = std::dynamic_pointer_cast<View>(kept.lock());
         if (!view)

@@ -60,22 +60,13 @@ private:
 
     Status decode_block(std::int64_t begin, std::int64_t end, ThreadState &thread)
     {
-        const auto size = static_cast<std::size_t>(records_.record_size);
-        thread.buffer.resize(static_cast<std::size_t>(end - begin) * size);
-        const auto got = records_.file.read_at(begin * records_.record_size, thread.buffer);
-        if (!got.ok())
-            return Status(got.status().code(), concat(records_.shown, ": cannot read records ", begin, " to ",
-                                                      end - 1, ": ", got.status().message()));
-        if (*got < thread.buffer.size()) {
+        const auto read = read_records(records_, begin, end, thread.buffer);
+        if (!read.ok())
+            return read.status();
+        if (!*read) {
             shortened_ = true;
             return Status(Code::NotFound, concat(records_.shown, ": became shorter while it was read"));
         }
-        for (std::int64_t record = begin; record < end; ++record)
-            if (thread.buffer[static_cast<std::size_t>(record - begin + 1) * size - 1] != '\n')
-                return Status(Code::Format, concat(records_.shown, ": record ", record, ", bytes ",
-                                                   record * records_.record_size, " to ",
-                                                   (record + 1) * records_.record_size - 1,
-                                                   ", has no line feed at its end; mend the file"));
         for (std::size_t i = 0; i < fields_.size(); ++i)
             thread.decoders[i].decode(thread.buffer.data(), begin, end - begin, *columns_[i]);
         return Status();
@@ -147,6 +138,26 @@ private:
 };
 
 } // namespace
+
+Result<bool> read_records(const RecordSpan &records, std::int64_t begin, std::int64_t end,
+                          std::vector<char> &buffer)
+{
+    const auto size = static_cast<std::size_t>(records.record_size);
+    buffer.resize(static_cast<std::size_t>(end - begin) * size);
+    const auto got = records.file.read_at(begin * records.record_size, buffer);
+    if (!got.ok())
+        return Status(got.status().code(), concat(records.shown, ": cannot read records ", begin, " to ",
+                                                  end - 1, ": ", got.status().message()));
+    if (*got < buffer.size())
+        return false;
+    for (std::int64_t record = begin; record < end; ++record)
+        if (buffer[static_cast<std::size_t>(record - begin + 1) * size - 1] != '\n')
+            return Status(Code::Format,
+                          concat(records.shown, ": record ", record, ", bytes ", record * records.record_size,
+                                 " to ", (record + 1) * records.record_size - 1,
+                                 ", has no line feed at its end; mend the file"));
+    return true;
+}
 
 Result<std::vector<std::shared_ptr<Column>>> decode_columns(const RecordSpan &records,
                                                             std::span<const RelationField> fields, Work &work)

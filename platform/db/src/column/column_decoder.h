@@ -20,6 +20,10 @@ struct RecordSpan {
     const std::string &shown; // the file, in messages
 };
 
+// Reads the records [begin, end) into the buffer. Answers false when the file has become shorter.
+Result<bool> read_records(const RecordSpan &records, std::int64_t begin, std::int64_t end,
+                          std::vector<char> &buffer);
+
 // The columns of the fields, in their order. A file that has become shorter is a change met by the work.
 Result<std::vector<std::shared_ptr<Column>>>
 decode_columns(const RecordSpan &records, std::span<const RelationField> fields, Work &work);

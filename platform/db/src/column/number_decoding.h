@@ -27,15 +27,17 @@ inline bool decode_plain_integer(const char *at, const char *end, std::int64_t &
         ++at;
     const bool negative = at != end && *at == '-';
     at += negative ? 1 : 0;
-    std::int64_t digits = 0;
+    std::uint64_t digits = 0; // of too many digits it is anything
     const char *const first = at;
     while (at != end && detail::is_digit(*at))
-        digits = digits * 10 + (*at++ - '0');
+        digits = digits * 10 + static_cast<std::uint64_t>(*at++ - '0');
     const auto length = at - first;
     while (at != end && *at == ' ')
         ++at;
-    value = negative ? -digits : digits;
-    return at == end && length > 0 && length <= 18;
+    if (at != end || length == 0 || length > 18)
+        return false;
+    value = negative ? -static_cast<std::int64_t>(digits) : static_cast<std::int64_t>(digits);
+    return true;
 }
 
 // The nearest double, as an exact quotient of two exact numbers is rounded to it.

@@ -90,7 +90,12 @@ public:
     template <typename Take>
     Result<std::vector<BlockPairs>> run(Take take)
     {
-        const std::int64_t block = rows_per_block();
+        const std::uint64_t candidates = count_candidates();
+        // Where nothing else is asked for, that many rows it will be.
+        if (terms_.intervals.empty() && !terms_.condition)
+            if (Status fits = check_rows(candidates); !fits.ok())
+                return fits;
+        const std::int64_t block = rows_per_block(candidates);
         std::vector<BlockPairs> blocks(static_cast<std::size_t>((left_.row_count() + block - 1) / block));
         Status done = work_.for_blocks(
             left_.row_count(), block, 0.9, [&](std::int64_t begin, std::int64_t end, unsigned thread) {
@@ -138,12 +143,18 @@ private:
         return *probe;
     }
 
-    std::int64_t rows_per_block() const
+    // Pairs that agree in what has to be equal.
+    std::uint64_t count_candidates() const
     {
         std::uint64_t candidates = 0;
         if (!any_ || terms_.condition)
             for (const RowNumber id : ids_)
                 candidates += id == null_row ? 0 : buckets_.size(id);
+        return candidates;
+    }
+
+    std::int64_t rows_per_block(std::uint64_t candidates) const
+    {
         const std::int64_t rows = std::max<std::int64_t>(left_.row_count(), 1);
         const auto per_row = static_cast<std::int64_t>(candidates / static_cast<std::uint64_t>(rows)) + 1;
         return std::clamp<std::int64_t>(pairs_per_block / per_row, 1, max_rows_per_block);
@@ -251,14 +262,19 @@ private:
     {
         const std::uint64_t before = pairs_.fetch_add(made);
         const std::uint64_t now = before + made;
-        if (now >= static_cast<std::uint64_t>(max_view_rows))
-            return Status(Code::Memory, concat("the join has more than ", max_view_rows,
-                                               " rows, more than a view can "
-                                               "have"));
         if (before / pairs_between_memory_checks == now / pairs_between_memory_checks)
             return Status();
+        return check_rows(now);
+    }
+
+    static Status check_rows(std::uint64_t rows)
+    {
+        if (rows >= static_cast<std::uint64_t>(max_view_rows))
+            return Status(Code::Memory, concat("out of memory: the join has at least ", rows,
+                                               " rows; a view has less than ", max_view_rows));
         // The pairs are put together once more, and each member's records beside them.
-        return check_memory(16.0 * static_cast<double>(now), concat("the join has more than ", now, " rows"));
+        return check_memory(16.0 * static_cast<double>(rows),
+                            concat("the join has at least ", rows, " rows"));
     }
 
     const Operand &left_;

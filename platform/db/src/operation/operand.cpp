@@ -49,12 +49,12 @@ Operand::Operand(std::shared_ptr<Table> table) : table_(std::move(table))
     if (auto view = std::dynamic_pointer_cast<View>(table_)) {
         places_ = view->field_places();
         for (const ViewMember &member : view->member_tables())
-            members_.push_back(Member{member.table, member.rows.data(), member.has_null_rows, {}, {}});
+            members_.push_back(Member{member.table, member.rows.data(), member.has_null_rows, {}, 0, {}});
         view_ = std::move(view);
     } else {
         for (std::size_t field = 0; field < table_->fields().size(); ++field)
             places_.push_back({0, static_cast<int>(field)});
-        members_.push_back(Member{std::dynamic_pointer_cast<RecordTable>(table_), nullptr, false, {}, {}});
+        members_.push_back(Member{std::dynamic_pointer_cast<RecordTable>(table_), nullptr, false, {}, 0, {}});
     }
     for (Member &member : members_)
         member.columns.resize(member.table->fields().size());
@@ -70,6 +70,9 @@ Status Operand::look()
             return Status(Code::Argument,
                           concat("table ", member.table->name(), " has ", member.snapshot.records,
                                  " records; views can be made of less than ", max_view_rows));
+        member.generation = member.table->generation();
+        if (view_ && view_->member_tables()[i].generation != member.generation)
+            return outdated(table_->name(), *member.table);
         if (view_ && view_->member_tables()[i].end > member.snapshot.records) {
             const Status gone(Code::NotFound,
                               concat("view ", table_->name(), " has rows of records of table ",
@@ -130,7 +133,7 @@ Result<std::vector<ViewMember>> Operand::choose(const RowNumbers &chosen, Work &
             });
         if (!done.ok())
             return done;
-        made.push_back(view_member(member.table, std::move(rows)));
+        made.push_back(view_member(member.table, std::move(rows), member.generation));
     }
     return made;
 }

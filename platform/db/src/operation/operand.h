@@ -35,6 +35,7 @@ public:
         const RowNumber *rows = nullptr; // null: row n is record n
         bool has_null_rows = false;
         Snapshot snapshot;
+        std::uint64_t generation = 0;
         std::vector<ColumnPtr> columns; // by field; null where it isn't loaded
     };
 

@@ -103,6 +103,33 @@ const std::uint8_t *RowBatch::nulls(const RowColumn &from, const T *values, T nu
     return scratch.nulls.data();
 }
 
+expr::ColumnView view_of_records(const Column &column, std::size_t count, std::vector<std::uint8_t> &nulls)
+{
+    nulls.resize(count);
+    const auto mark = [&](const auto *values, auto null) {
+        for (std::size_t i = 0; i < count; ++i)
+            nulls[i] = values[i] == null ? 1 : 0;
+    };
+    expr::ColumnView view;
+    view.nulls = nulls.data();
+    switch (column.storage()) {
+    case ColumnStorage::Integer:
+        view.integers = column.integers.data();
+        mark(view.integers, column.null_integer);
+        break;
+    case ColumnStorage::Real:
+        view.reals = column.reals.data();
+        mark(view.reals, column.null_real);
+        break;
+    case ColumnStorage::Text:
+        view.codes = column.codes.data();
+        view.dictionary = column.texts.get();
+        mark(view.codes, column.null_code);
+        break;
+    }
+    return view;
+}
+
 Result<expr::ColumnView> RowBatch::column(std::size_t column)
 {
     const std::size_t of_left = operands_[0]->table().fields().size();

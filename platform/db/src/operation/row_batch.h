@@ -28,6 +28,9 @@ private:
     std::vector<expr::ScopeField> fields_;
 };
 
+// The first `count` values of a column, one after the other; `nulls` gets what the view borrows.
+expr::ColumnView view_of_records(const Column &column, std::size_t count, std::vector<std::uint8_t> &nulls);
+
 // One thread at a time. The columns that are asked for have to be loaded in the operands.
 class RowBatch : public expr::ColumnBatch
 {

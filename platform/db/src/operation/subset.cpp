@@ -1,10 +1,12 @@
 #include "operation/subset.h"
 
+#include "column/record_stream.h"
 #include "operation/row_batch.h"
 
 #include <orvane/util.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
 
 namespace orvane {
@@ -20,52 +22,6 @@ std::vector<int> columns_of(const expr::BoundExpression &expression)
     return {columns.begin(), columns.end()};
 }
 
-// What one thread tests rows with.
-struct Tester {
-    Tester(const Operand &operand, const expr::BoundExpression &condition, double now)
-        : batch(operand), executor(condition, now)
-    {
-    }
-    RowBatch batch;
-    expr::ExpressionExecutor executor;
-    expr::SelectionVector positions;
-
-    // The rows of [begin, end) for which the condition is true go behind those in `found`.
-    Status test(std::int64_t begin, std::int64_t end, RowNumbers &found)
-    {
-        for (std::int64_t at = begin; at < end; at += batch_rows) {
-            batch.set_range(at, static_cast<std::size_t>(std::min(batch_rows, end - at)));
-            if (Status selected = executor.select_all(batch, positions); !selected.ok())
-                return selected;
-            for (const std::uint32_t position : positions)
-                found.push_back(static_cast<RowNumber>(at) + position);
-        }
-        return Status();
-    }
-};
-
-class Testers
-{
-public:
-    Testers(const Operand &operand, const expr::BoundExpression &condition)
-        : operand_(operand), condition_(condition), now_(std_now()), testers_(thread_limit())
-    {
-    }
-    Tester &of_thread(unsigned thread)
-    {
-        auto &tester = testers_[thread];
-        if (!tester)
-            tester = std::make_unique<Tester>(operand_, condition_, now_);
-        return *tester;
-    }
-
-private:
-    const Operand &operand_;
-    const expr::BoundExpression &condition_;
-    const double now_; // the same for all rows
-    std::vector<std::unique_ptr<Tester>> testers_;
-};
-
 RowNumbers joined(const std::vector<RowNumbers> &parts)
 {
     std::size_t count = 0;
@@ -77,6 +33,197 @@ RowNumbers joined(const std::vector<RowNumbers> &parts)
         out = std::copy(part.begin(), part.end(), out);
     return all;
 }
+
+// Records as they are read, as expressions read them.
+class StreamBatch : public expr::ColumnBatch
+{
+public:
+    // `fields` are those of the stream, by their places in the table.
+    StreamBatch(const RecordStream &stream, const std::vector<int> &fields) : stream_(stream), fields_(fields)
+    {
+    }
+
+    void set_size(std::size_t size) { size_ = size; }
+    std::size_t size() const override { return size_; }
+    Result<expr::ColumnView> column(std::size_t column) override
+    {
+        const auto found = std::find(fields_.begin(), fields_.end(), static_cast<int>(column));
+        return view_of_records(stream_.column(static_cast<std::size_t>(found - fields_.begin())), size_,
+                               nulls_[column]);
+    }
+
+private:
+    const RecordStream &stream_;
+    const std::vector<int> &fields_;
+    std::size_t size_ = 0;
+    std::map<std::size_t, std::vector<std::uint8_t>> nulls_;
+};
+
+// What one thread tests rows with.
+class Tester
+{
+public:
+    Tester(const expr::BoundExpression &condition, double now) : executor_(condition, now) {}
+    virtual ~Tester() = default;
+
+    // The rows of [begin, end) for which the condition is true go behind those in `found`.
+    virtual Status test(std::int64_t begin, std::int64_t end, RowNumbers &found) = 0;
+
+protected:
+    Status select(expr::ColumnBatch &batch, std::int64_t first, RowNumbers &found)
+    {
+        if (Status selected = executor_.select_all(batch, positions_); !selected.ok())
+            return selected;
+        for (const std::uint32_t position : positions_)
+            found.push_back(static_cast<RowNumber>(first) + position);
+        return Status();
+    }
+
+private:
+    expr::ExpressionExecutor executor_;
+    expr::SelectionVector positions_;
+};
+
+class ColumnTester : public Tester
+{
+public:
+    ColumnTester(const Operand &operand, const expr::BoundExpression &condition, double now)
+        : Tester(condition, now), batch_(operand)
+    {
+    }
+    Status test(std::int64_t begin, std::int64_t end, RowNumbers &found) override
+    {
+        for (std::int64_t at = begin; at < end; at += batch_rows) {
+            batch_.set_range(at, static_cast<std::size_t>(std::min(batch_rows, end - at)));
+            if (Status selected = select(batch_, at, found); !selected.ok())
+                return selected;
+        }
+        return Status();
+    }
+
+private:
+    RowBatch batch_;
+};
+
+class StreamTester : public Tester
+{
+public:
+    StreamTester(const RecordSpan &records, std::span<const RelationField> relation_fields,
+                 const std::vector<int> &fields, const expr::BoundExpression &condition, double now)
+        : Tester(condition, now), stream_(records, relation_fields), batch_(stream_, fields)
+    {
+    }
+    Status test(std::int64_t begin, std::int64_t end, RowNumbers &found) override
+    {
+        for (std::int64_t at = begin; at < end; at += stream_.most()) {
+            const std::int64_t last = std::min(end, at + stream_.most());
+            const auto read = stream_.read(at, last);
+            if (!read.ok())
+                return read.status();
+            if (!*read) {
+                shortened_ = true;
+                return Status(Code::NotFound, "the file became shorter while it was read");
+            }
+            batch_.set_size(static_cast<std::size_t>(last - at));
+            if (Status selected = select(batch_, at, found); !selected.ok())
+                return selected;
+        }
+        return Status();
+    }
+    const RecordStream &stream() const { return stream_; }
+    bool shortened() const { return shortened_; }
+
+private:
+    RecordStream stream_;
+    StreamBatch batch_;
+    bool shortened_ = false;
+};
+
+// Tests the rows of an operand, from decoded columns or from the file as it is read.
+class RowTest
+{
+public:
+    RowTest(Operand &operand, const expr::BoundExpression &condition, Work &work)
+        : operand_(operand), condition_(condition), work_(work), now_(std_now()),
+          fields_(columns_of(condition)), testers_(thread_limit())
+    {
+    }
+
+    // Loads what is needed, or opens the file where that has no room.
+    Status prepare()
+    {
+        const Operand::Member &member = operand_.members().front();
+        const bool own_records =
+            operand_.members().size() == 1 && !member.rows && member.snapshot.records > 0;
+        if (!own_records || member.table->has_room_for(fields_, member.snapshot))
+            return operand_.load(fields_, work_);
+        auto file = member.table->open_records(member.snapshot, work_);
+        if (!file.ok())
+            return file.status();
+        file_ = std::move(*file);
+        shown_ = member.table->file_name();
+        const auto &all = member.table->members().front()->fields();
+        for (const int field : fields_)
+            relation_fields_.push_back(all[static_cast<std::size_t>(field)]);
+        return Status();
+    }
+
+    // The rows of [first, last) for which the condition is true, in order.
+    Result<RowNumbers> rows(std::int64_t first, std::int64_t last, double share)
+    {
+        std::vector<RowNumbers> found(static_cast<std::size_t>((last - first) / rows_per_block + 1));
+        Status done = work_.for_blocks(
+            last - first, rows_per_block, share, [&](std::int64_t begin, std::int64_t end, unsigned thread) {
+                return of_thread(thread).test(first + begin, first + end,
+                                              found[static_cast<std::size_t>(begin / rows_per_block)]);
+            });
+        tell();
+        if (!done.ok())
+            return done;
+        return joined(found);
+    }
+
+private:
+    Tester &of_thread(unsigned thread)
+    {
+        auto &tester = testers_[thread];
+        if (tester)
+            return *tester;
+        if (!file_) {
+            tester = std::make_unique<ColumnTester>(operand_, condition_, now_);
+            return *tester;
+        }
+        const Operand::Member &member = operand_.members().front();
+        const RecordSpan records{*file_, member.snapshot.records, member.table->record_size(), shown_};
+        tester = std::make_unique<StreamTester>(records, relation_fields_, fields_, condition_, now_);
+        return *tester;
+    }
+
+    // Passes on what the streams met.
+    void tell()
+    {
+        std::vector<std::int64_t> unreadable(fields_.size());
+        for (const auto &tester : testers_)
+            if (const auto *stream = dynamic_cast<const StreamTester *>(tester.get())) {
+                if (stream->shortened())
+                    work_.meet_change();
+                for (std::size_t i = 0; i < fields_.size(); ++i)
+                    unreadable[i] += stream->stream().unreadable(i);
+            }
+        for (std::size_t i = 0; i < fields_.size(); ++i)
+            operand_.members().front().table->tell_unreadable(fields_[i], unreadable[i]);
+    }
+
+    Operand &operand_;
+    const expr::BoundExpression &condition_;
+    Work &work_;
+    const double now_; // the same for all rows
+    const std::vector<int> fields_;
+    std::unique_ptr<RandomAccessFile> file_; // where columns have no room
+    std::string shown_;
+    std::vector<RelationField> relation_fields_;
+    std::vector<std::unique_ptr<Tester>> testers_;
+};
 
 } // namespace
 
@@ -90,46 +237,31 @@ Result<expr::BoundExpression> bind_condition(const Table &table, int standing_on
 
 Result<RowNumbers> subset_rows(Operand &operand, const expr::BoundExpression &condition, Work &work)
 {
-    if (Status loaded = operand.load(columns_of(condition), work); !loaded.ok())
-        return loaded;
-    Testers testers(operand, condition);
-    std::vector<RowNumbers> found(
-        static_cast<std::size_t>((operand.row_count() + rows_per_block - 1) / rows_per_block));
-    Status done = work.for_blocks(
-        operand.row_count(), rows_per_block, 0.7, [&](std::int64_t begin, std::int64_t end, unsigned thread) {
-            return testers.of_thread(thread).test(begin, end,
-                                                  found[static_cast<std::size_t>(begin / rows_per_block)]);
-        });
-    if (!done.ok())
-        return done;
-    return joined(found);
+    RowTest test(operand, condition, work);
+    if (Status prepared = test.prepare(); !prepared.ok())
+        return prepared;
+    return test.rows(0, operand.row_count(), 0.7);
 }
 
 Result<std::int64_t> find_row(Operand &operand, const expr::BoundExpression &condition, std::int64_t from,
                               bool backwards, Work &work)
 {
-    if (Status loaded = operand.load(columns_of(condition), work); !loaded.ok())
-        return loaded;
+    RowTest test(operand, condition, work);
+    if (Status prepared = test.prepare(); !prepared.ok())
+        return prepared;
     const std::int64_t count = operand.row_count();
-    Testers testers(operand, condition);
-    // Blocks are tested some at a time, so that a row that is near is found at once.
     std::int64_t begin = backwards ? 0 : std::clamp<std::int64_t>(from + 1, 0, count);
     std::int64_t end = backwards && from >= 0 ? std::min(from, count) : count;
+    // Longer and longer stretches, so that a row that is near is found at once.
     std::int64_t stretch = rows_per_block / 8;
     while (begin < end) {
         const std::int64_t first = backwards ? std::max(begin, end - stretch) : begin;
         const std::int64_t last = backwards ? end : std::min(end, begin + stretch);
-        std::vector<RowNumbers> found(static_cast<std::size_t>((last - first) / rows_per_block + 1));
-        Status done = work.for_blocks(last - first, rows_per_block, 0.1,
-                                      [&](std::int64_t from_row, std::int64_t to_row, unsigned thread) {
-                                          return testers.of_thread(thread).test(
-                                              first + from_row, first + to_row,
-                                              found[static_cast<std::size_t>(from_row / rows_per_block)]);
-                                      });
-        if (!done.ok())
-            return done;
-        if (const RowNumbers rows = joined(found); !rows.empty())
-            return static_cast<std::int64_t>(backwards ? rows.back() : rows.front());
+        const auto rows = test.rows(first, last, 0.1);
+        if (!rows.ok())
+            return rows.status();
+        if (!rows->empty())
+            return static_cast<std::int64_t>(backwards ? rows->back() : rows->front());
         (backwards ? end : begin) = backwards ? first : last;
         stretch = std::min<std::int64_t>(stretch * 2, 64 * rows_per_block);
     }

@@ -74,49 +74,67 @@ Result<std::vector<ColumnPtr>> BaseTable::columns(std::span<const int> fields, c
             missing.push_back(relation_.fields()[static_cast<std::size_t>(fields[i])]);
     if (missing.empty())
         return columns;
-    if (as_of.version != file_.version()) {
-        work.meet_change();
-        return Status(Code::Io, concat(file_.path().shown, ": changed while it was read"));
-    }
-    std::unique_ptr<RandomAccessFile> file;
-    if (as_of.records > 0) {
-        auto opened = file_.open_beside();
-        if (!opened.ok())
-            return opened.status();
-        file = std::move(*opened);
-        if (!file) {
-            work.meet_change();
-            return Status(Code::Io, concat(file_.path().shown, ": changed while it was read"));
-        }
-    }
-    std::vector<std::shared_ptr<Column>> decoded;
-    if (file) {
-        auto read = decode_columns(
-            RecordSpan{*file, as_of.records, relation_.record_size(), file_.path().shown}, missing, work);
-        if (!read.ok())
-            return read.status();
-        decoded = std::move(*read);
-    } else {
-        for (const RelationField &field : missing)
-            decoded.push_back(new_column(*field.attribute, 0));
-    }
+    auto decoded = decode(missing, as_of, work);
+    if (!decoded.ok())
+        return decoded.status();
     std::size_t next = 0;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (columns[i])
             continue;
-        tell_unreadable(*missing[next].attribute, *decoded[next]);
-        columns[i] = std::move(decoded[next++]);
+        tell_unreadable(fields[i], (*decoded)[next]->unreadable);
+        columns[i] = std::move((*decoded)[next++]);
         storage_.columns.keep(as_of.version, fields[i], columns[i]);
     }
     return columns;
 }
 
-void BaseTable::tell_unreadable(const Attribute &attribute, const Column &column) const
+Result<std::vector<std::shared_ptr<Column>>> BaseTable::decode(const std::vector<RelationField> &fields,
+                                                               const Snapshot &as_of, Work &work) const
 {
-    if (column.unreadable > 0)
-        elog_notice("%s: field %s: %lld of %lld values are not of type %s and count as null",
-                    file_.path().shown.c_str(), attribute.name.c_str(),
-                    static_cast<long long>(column.unreadable), static_cast<long long>(column.count),
+    if (as_of.records == 0) {
+        std::vector<std::shared_ptr<Column>> empty;
+        for (const RelationField &field : fields)
+            empty.push_back(new_column(*field.attribute, 0));
+        return empty;
+    }
+    const auto file = open_records(as_of, work);
+    if (!file.ok())
+        return file.status();
+    return decode_columns(RecordSpan{**file, as_of.records, relation_.record_size(), file_.path().shown},
+                          fields, work);
+}
+
+bool BaseTable::has_room_for(std::span<const int> fields, const Snapshot &as_of) const
+{
+    std::size_t bytes = 0;
+    for (const int field : fields) {
+        if (storage_.columns.find(as_of.version, field))
+            continue;
+        const Attribute &attribute = *relation_.fields()[static_cast<std::size_t>(field)].attribute;
+        bytes +=
+            static_cast<std::size_t>(as_of.records) *
+            (column_storage(attribute.type) == ColumnStorage::Text ? sizeof(std::uint32_t) : sizeof(double));
+    }
+    return bytes <= storage_.columns.budget_bytes();
+}
+
+Result<std::unique_ptr<RandomAccessFile>> BaseTable::open_records(const Snapshot &as_of, Work &work) const
+{
+    if (as_of.version == file_.version()) {
+        auto file = file_.open_beside();
+        if (!file.ok() || *file)
+            return file;
+    }
+    work.meet_change();
+    return Status(Code::Io, concat(file_.path().shown, ": changed while it was read"));
+}
+
+void BaseTable::tell_unreadable(int field, std::int64_t count) const
+{
+    const Attribute &attribute = *relation_.fields()[static_cast<std::size_t>(field)].attribute;
+    if (count > 0)
+        elog_notice("%s: field %s: %lld values are not of type %s and count as null",
+                    file_.path().shown.c_str(), attribute.name.c_str(), static_cast<long long>(count),
                     std::string(type_name(attribute.type)).c_str());
 }
 

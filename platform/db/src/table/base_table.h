@@ -35,13 +35,19 @@ public:
     std::string detail() const override { return relation_.detail; }
 
     Snapshot snapshot() override;
+    std::uint64_t generation() const override { return file_.generation(); }
     Result<std::vector<ColumnPtr>> columns(std::span<const int> fields, const Snapshot &as_of,
                                            Work &work) override;
+
+    bool has_room_for(std::span<const int> fields, const Snapshot &as_of) const override;
+    Result<std::unique_ptr<RandomAccessFile>> open_records(const Snapshot &as_of, Work &work) const override;
+    void tell_unreadable(int field, std::int64_t count) const override;
 
     RecordFile &file() { return file_; }
 
 private:
-    void tell_unreadable(const Attribute &attribute, const Column &column) const;
+    Result<std::vector<std::shared_ptr<Column>>> decode(const std::vector<RelationField> &fields,
+                                                        const Snapshot &as_of, Work &work) const;
 
     const Relation &relation_;
     Storage &storage_;

@@ -85,6 +85,8 @@ void RecordFile::take(const Found &found)
         storage_.handles.close(owner_);
     if (!same_file || young_ || !(found.state == state_))
         forget_content();
+    if (looked_ && present() && (!same_file || found.state.size < state_.size))
+        ++generation_;
     young_ = was_young(found.state);
     place_ = found.place;
     state_ = found.state;

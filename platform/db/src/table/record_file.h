@@ -51,6 +51,10 @@ public:
     // Changes whenever the file's content may have: what was derived from it is then to be made anew.
     FileVersion version() const { return version_; }
 
+    // Changes when the records are no longer those of before by their numbers: another file took the place, or this one
+    // became shorter. Growth and changes in place leave it.
+    std::uint64_t generation() const { return generation_; }
+
     // Opens the file once more, to read all of it beside what goes on here: null when it is not in the state
     // of the last look any more.
     Result<std::unique_ptr<RandomAccessFile>> open_beside() const;
@@ -87,6 +91,7 @@ private:
     std::size_t place_ = 0;
     FileState state_;
     FileVersion version_;
+    std::uint64_t generation_ = 0;
     bool looked_ = false;
     bool young_ = false; // the file changed so shortly before the last look that its time may hide a change
     std::int64_t look_time_ = 0; // nanoseconds of the coarse monotonic clock

@@ -3,6 +3,7 @@
 
 #include "column/column.h"
 #include "storage/block_cache.h"
+#include "storage/file_system.h"
 #include "table/table.h"
 #include "work/work.h"
 
@@ -23,6 +24,16 @@ class RecordTable : public Table
 public:
     // Looks at the file anew.
     virtual Snapshot snapshot() = 0;
+    // Whether decoded fields are kept already, or could be without driving out all others.
+    virtual bool has_room_for(std::span<const int>, const Snapshot &) const { return true; }
+    // Opens the records for reading them one after the other where `has_room_for` said no. As for `columns`,
+    // a table that is no longer as it was is a failure and a change.
+    virtual Result<std::unique_ptr<RandomAccessFile>> open_records(const Snapshot &, Work &work) const;
+    // Tells by a notice that so many fields held no value, unless it is 0.
+    virtual void tell_unreadable(int, std::int64_t) const {}
+
+    // Changes when record numbers that were noted no longer stand for the same records.
+    virtual std::uint64_t generation() const { return 0; }
     // Decoded fields of all records, in the order asked for. When the table is no longer as it was at the
     // snapshot it is a failure, and a change that the work met.
     virtual Result<std::vector<ColumnPtr>> columns(std::span<const int> fields, const Snapshot &as_of,

@@ -6,9 +6,10 @@
 
 namespace orvane {
 
-ViewMember view_member(std::shared_ptr<RecordTable> table, RowNumbers rows)
+ViewMember view_member(std::shared_ptr<RecordTable> table, RowNumbers rows, std::uint64_t generation)
 {
     ViewMember member{std::move(table), std::move(rows)};
+    member.generation = generation;
     for (const RowNumber row : member.rows) {
         if (row == null_row)
             member.has_null_rows = true;
@@ -16,6 +17,14 @@ ViewMember view_member(std::shared_ptr<RecordTable> table, RowNumbers rows)
             member.end = std::max(member.end, row + 1);
     }
     return member;
+}
+
+Status outdated(const std::string &view_name, const RecordTable &member)
+{
+    return Status(Code::Stale,
+                  concat("view ", view_name, " was made of table ", member.name(),
+                         " before another program replaced it or cut it short; free the view and make ",
+                         "it again"));
 }
 
 View::View(std::string name, std::vector<ViewMember> members, std::string creation)
@@ -85,6 +94,16 @@ Result<RowNumber> View::record_of(const ViewMember &member, std::int64_t row) co
     return member.rows[static_cast<std::size_t>(row)];
 }
 
+// Reading may be what notices that the file was replaced, so the question comes last.
+template <typename Read>
+Result<std::string_view> View::read_member(const ViewMember &member, Read read) const
+{
+    auto text = read(*member.table);
+    if (member.table->generation() != member.generation)
+        return outdated(name_, *member.table);
+    return text;
+}
+
 Result<std::string_view> View::record(std::int64_t number)
 {
     assembled_.clear();
@@ -98,7 +117,7 @@ Result<std::string_view> View::record(std::int64_t number)
             assembled_ += member.table->special_record(SpecialRecord::Null);
             continue;
         }
-        const auto text = member.table->record(*record);
+        const auto text = read_member(member, [&](RecordTable &table) { return table.record(*record); });
         if (!text.ok())
             return text;
         assembled_ += *text;
@@ -114,7 +133,9 @@ Result<std::string_view> View::cell(std::int64_t number, std::size_t field)
     if (!record.ok())
         return record.status();
     if (*record != null_row)
-        return member.table->cell(*record, static_cast<std::size_t>(place.field));
+        return read_member(member, [&](RecordTable &table) {
+            return table.cell(*record, static_cast<std::size_t>(place.field));
+        });
     return std::string_view(null_record_)
         .substr(static_cast<std::size_t>(fields_[field].offset),
                 static_cast<std::size_t>(fields_[field].attribute->width));
@@ -183,7 +204,10 @@ std::vector<RowNumber> View::renumber(const RecordTable &table, std::span<const 
             if (moved[row] != null_row)
                 member.rows[moved[row]] = member.rows[row];
         member.rows.resize(kept);
-        member = view_member(std::move(member.table), std::move(member.rows));
+        // The numbers hold for the records as they are now.
+        const std::uint64_t generation =
+            member.table.get() == &table ? member.table->generation() : member.generation;
+        member = view_member(std::move(member.table), std::move(member.rows), generation);
     }
     return moved;
 }

@@ -26,10 +26,14 @@ struct ViewMember {
     RowNumbers rows;
     RowNumber end = 0; // one beyond the highest record number
     bool has_null_rows = false;
+    std::uint64_t generation = 0; // of the table, for which the record numbers hold
 };
 
 // A member with what is said of its rows found out.
-ViewMember view_member(std::shared_ptr<RecordTable> table, RowNumbers rows);
+ViewMember view_member(std::shared_ptr<RecordTable> table, RowNumbers rows, std::uint64_t generation);
+
+// The failure of rows whose record numbers hold no longer.
+Status outdated(const std::string &view_name, const RecordTable &member);
 
 class View : public Table
 {
@@ -74,6 +78,9 @@ public:
     std::vector<RowNumber> renumber(const RecordTable &table, std::span<const RowNumber> renumbered);
 
 private:
+    // What `read` reads of a member's table, if its records are those of the view's numbers.
+    template <typename Read>
+    Result<std::string_view> read_member(const ViewMember &member, Read read) const;
     Result<RowNumber> record_of(const ViewMember &member, std::int64_t row) const;
     void add_fields_of(int member);
 

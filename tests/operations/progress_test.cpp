@@ -22,6 +22,7 @@ struct Watcher {
     std::vector<Clock::time_point> calls;
     std::vector<double> fractions;
     std::vector<std::thread::id> threads;
+    std::string operation;
     size_t stopAt = ~size_t{0};
     std::function<void()> also;
 
@@ -31,6 +32,7 @@ struct Watcher {
         watcher.calls.push_back(Clock::now());
         watcher.fractions.push_back(fraction);
         watcher.threads.push_back(std::this_thread::get_id());
+        watcher.operation = dbprogress_operation();
         if (watcher.also)
             watcher.also();
         return watcher.calls.size() >= watcher.stopAt ? 1 : 0;
@@ -70,6 +72,8 @@ TEST_F(Progress, OfALongThetaJoinIsToldAndStopsItHalfWay)
     EXPECT_EQ(integer(open->pointer, dbTABLE_COUNT), 2);
     EXPECT_LT(dblookup(open->pointer, "", "long", "", "").table, 0);
     EXPECT_EQ(watcher.calls.size(), 5u);
+    EXPECT_EQ(watcher.operation, "dbtheta");
+    EXPECT_EQ(dbprogress_operation(), nullptr);
     for (size_t i = 1; i < watcher.calls.size(); ++i) {
         EXPECT_GE(std::chrono::duration<double>(watcher.calls[i] - watcher.calls[i - 1]).count(), 0.099);
         EXPECT_GE(watcher.fractions[i], watcher.fractions[i - 1]);
@@ -88,8 +92,9 @@ TEST_F(Progress, OfAJoinWithTooManyRowsIsNotNeeded)
     const auto begin = Clock::now();
     EXPECT_EQ(dbtheta(open->table("many"), open->table("more"), "1 == 1", nullptr).table, dbINVALID);
     EXPECT_THAT(take_log(), HasSubstr("dbtheta: out of memory: the join has at least 1000000000000 rows"));
-    EXPECT_EQ(dbjoin(open->table("many"), open->table("more"), Names{"word"}, nullptr, 0, nullptr, nullptr).table,
-              dbINVALID);
+    EXPECT_EQ(
+        dbjoin(open->table("many"), open->table("more"), Names{"word"}, nullptr, 0, nullptr, nullptr).table,
+        dbINVALID);
     EXPECT_THAT(take_log(), HasSubstr("dbjoin: out of memory: the join has at least"));
     EXPECT_LT(secondsSince(begin), 10);
     EXPECT_EQ(integer(open->pointer, dbTABLE_COUNT), 2);

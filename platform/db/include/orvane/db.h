@@ -258,6 +258,37 @@ typedef int (*dbprogress_hook)(double fraction, void *data);
 /* Sets the hook of the process; null for none. */
 ORVANE_DB_EXPORT void dbset_progress_hook(dbprogress_hook hook, void *data);
 
+/* For hooks: the name of the call that is running, "dbsort"; null outside of hooks. */
+ORVANE_DB_EXPORT const char *dbprogress_operation(void);
+
+/* ---- Expressions --------------------------------------------------------------------------------
+ *
+ * For those who help people write them. The language is described in docs/expressions.md. */
+
+typedef struct DbExpressionError {
+    char *reason;  /* one line; the caller's, free() */
+    size_t offset; /* the bytes of the expression that it is about; of length 0 at its end */
+    size_t length;
+} DbExpressionError;
+
+/* Whether dbsubset of `db` would take the expression, or, where `other` is not the invalid pointer, dbtheta
+ * of both. Nothing is run. Returns 0, or a negative code with *error filled and nothing in the error log.
+ * Where the reason is not the expression (a stale pointer) the error log has it, and `reason` is null. */
+ORVANE_DB_EXPORT int dbexpr_check(Dbptr db, Dbptr other, const char *expression, DbExpressionError *error);
+
+/* A function of the language, as text that the library keeps. */
+typedef struct DbFunction {
+    const char *name;
+    const char *signature; /* with the result: "abs(x: real) → real" */
+    const char *group;     /* "Mathematics" */
+    const char *help;      /* one or several sentences */
+} DbFunction;
+
+/* The functions by index, from 0 on and without gaps; those of a group, and those of one name that take
+ * different arguments, stand together. Returns dbERROR_NOT_FOUND behind the last, with nothing in the error
+ * log. */
+ORVANE_DB_EXPORT int dbexpr_function(int64_t index, DbFunction *function);
+
 /* ---- Finding ------------------------------------------------------------------------------------ */
 
 /* The number of the next record after that which `db` points to, backwards the next before it, for which the

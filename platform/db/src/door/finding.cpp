@@ -1,4 +1,4 @@
-// dbfind, dbfree and the progress hook.
+// dbfind, dbfree and progress.
 #include "door/derivations.h"
 
 #include "base/concat.h"
@@ -82,4 +82,9 @@ int dbfree(Dbptr db)
 void dbset_progress_hook(dbprogress_hook hook, void *data)
 {
     process_progress_hook() = ProgressHook{hook, data};
+}
+
+const char *dbprogress_operation(void)
+{
+    return operation_told_of();
 }

@@ -11,4 +11,7 @@ struct ProgressHook {
 // The hook of the process, for all operations that are given none of their own.
 ProgressHook &process_progress_hook();
 
+// While a hook is called: the name of the operation. Else null.
+const char *&operation_told_of();
+
 } // namespace orvane

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -40,6 +41,12 @@ ProgressHook &process_progress_hook()
     return hook;
 }
 
+const char *&operation_told_of()
+{
+    static const char *name = nullptr;
+    return name;
+}
+
 Work::Work(const char *call, ProgressHook hook)
     : call_(call), hook_(hook), last_asked_(std::chrono::steady_clock::now())
 {
@@ -53,8 +60,10 @@ Status Work::poll()
         const auto now = std::chrono::steady_clock::now();
         if (now - last_asked_ < hook_interval)
             return Status();
+        const char *const before = std::exchange(operation_told_of(), call_);
         if (hook_.call(std::clamp(fraction_, 0.0, 1.0), hook_.data) != 0)
             stopped_.store(true, std::memory_order_relaxed);
+        operation_told_of() = before;
         // From when it answered: a hook that takes long shall not be called all the time.
         last_asked_ = std::chrono::steady_clock::now();
     }

@@ -8,6 +8,8 @@
 #include <QScreen>
 
 #include <orvanedatabasemodel.h>
+#include <orvanedatabaseview.h>
+#include <orvanetablemodel.h>
 #include <qovutil.h>
 
 #include "configuration.h"
@@ -56,8 +58,11 @@ QString whyNotOpened(const OrvaneDatabaseModel &model, const QString &name)
 
 } // namespace
 
-Application::Application(Settings &settings) : m_settings(settings)
+Application::Application(Settings &settings)
+    : m_settings(settings), m_progress([this] { return placeOfWork(); })
 {
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { noteFocus(now); });
+    connect(&m_progress, &OperationProgress::cancelled, this, &Application::tellCancelled);
     registerKnownKeys(m_config);
     m_settings.restore(m_config);
 }
@@ -78,6 +83,39 @@ QList<MainWindow *> Application::windows() const
         }
     }
     return open;
+}
+
+MainWindow *Application::windowInFront() const
+{
+    const QList<MainWindow *> open = windows();
+    return m_inFront != nullptr || open.isEmpty() ? m_inFront.data() : open.last();
+}
+
+void Application::noteFocus(QWidget *focused)
+{
+    for (QWidget *widget = focused; widget != nullptr; widget = widget->parentWidget()) {
+        if (auto *window = qobject_cast<MainWindow *>(widget)) {
+            m_inFront = window;
+            return;
+        }
+    }
+}
+
+OperationProgress::Place Application::placeOfWork() const
+{
+    MainWindow *window = windowInFront();
+    if (window == nullptr || !window->hasDatabase()) {
+        return {window, QString()};
+    }
+    OrvaneTableModel *table = window->view()->getCurrentTableModel();
+    return {window, table == nullptr ? QString() : table->getTableName()};
+}
+
+void Application::tellCancelled(QWidget *window, const QString &text)
+{
+    if (auto *asked = qobject_cast<MainWindow *>(window)) {
+        asked->showMessage(text);
+    }
 }
 
 QStringList Application::problemsFor(const MainWindow &window) const
@@ -162,7 +200,7 @@ MainWindow *Application::openDatabase(const QString &name, const QString &mode, 
         return showAgain(*window, opened->getInitialTableName(), mode);
     }
     MainWindow *window = from != nullptr && !from->hasDatabase() ? from : newWindow();
-    window->showDatabase(std::move(opened), path, mode);
+    window->showDatabase(std::move(opened), mode);
     window->bringToFront(QString());
     m_settings.addRecentDatabase(path);
     m_problems.collect();
@@ -202,5 +240,7 @@ void Application::chooseDatabase(MainWindow *from)
 // The event loop ends with the last window.
 void Application::quit()
 {
-    QApplication::closeAllWindows();
+    if (!m_progress.isRunning()) {
+        QApplication::closeAllWindows();
+    }
 }

@@ -9,6 +9,7 @@
 
 #include <ovconfig.h>
 
+#include "operation_progress.h"
 #include "problem_log.h"
 #include "settings.h"
 
@@ -27,9 +28,13 @@ public:
     OvConfig &config() { return m_config; }
     Settings &settings() { return m_settings; }
     ProblemLog &problems() { return m_problems; }
+    OperationProgress &progress() { return m_progress; }
 
     // The open windows, oldest first. A window deletes itself when it is closed.
     QList<MainWindow *> windows() const;
+
+    // The one that the user works in, or did last; null when there is none.
+    MainWindow *windowInFront() const;
 
     // The problems that a window should tell of: those about its database, and those about no database that
     // is open.
@@ -52,6 +57,7 @@ public:
     void chooseDatabase(MainWindow *from);
 
 public slots:
+    // Does nothing while the database library works: an operation is cancelled first.
     void quit();
 
 private:
@@ -59,11 +65,16 @@ private:
     MainWindow *showAgain(MainWindow &window, const QString &table, const QString &mode);
     MainWindow *windowOf(const QString &databaseFile) const;
     void placeWindow(MainWindow &window) const;
+    void noteFocus(QWidget *focused);
+    OperationProgress::Place placeOfWork() const;
+    void tellCancelled(QWidget *window, const QString &text);
 
     Settings &m_settings;
     OvConfig m_config;
     ProblemLog m_problems;
     QList<QPointer<MainWindow>> m_windows;
+    QPointer<MainWindow> m_inFront;
+    OperationProgress m_progress;
 };
 
 #endif

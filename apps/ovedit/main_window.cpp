@@ -87,11 +87,9 @@ QTabWidget *MainWindow::page(int index) const
     return m_view == nullptr ? nullptr : m_view->findChild<QTabWidget *>(names[index]);
 }
 
-void MainWindow::showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const QString &name,
-                              const QString &mode)
+void MainWindow::showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const QString &mode)
 {
     m_model = std::move(model);
-    m_databaseName = name;
     m_mode = mode;
     m_emptyColumnsShown = m_application.config()["show_empty_columns"].toBool();
 
@@ -159,8 +157,18 @@ void MainWindow::bringToFront(const QString &table)
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    // An operation that is under way works with the models of this window; it is cancelled first.
+    if (m_application.progress().isRunning()) {
+        event->ignore();
+        return;
+    }
     m_application.settings().setWindowGeometry(saveGeometry());
     event->accept();
+}
+
+void MainWindow::showMessage(const QString &text)
+{
+    m_notice->showMessage(text);
 }
 
 void MainWindow::updateTitle()

@@ -28,8 +28,8 @@ public:
     explicit MainWindow(Application &application);
     ~MainWindow() override;
 
-    // Takes an open database over, opened under `name` with `mode`, in place of the start page.
-    void showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const QString &name, const QString &mode);
+    // Takes an open database over, opened with `mode`, in place of the start page.
+    void showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const QString &mode);
 
     bool hasDatabase() const { return m_view != nullptr; }
     bool shows(const OrvaneDatabaseModel &model) const { return m_model.get() == &model; }
@@ -51,6 +51,9 @@ public:
 
     // Raises the window, and a table's tab unless the name is empty.
     void bringToFront(const QString &table);
+
+    // Shows a sentence above the tables for a while.
+    void showMessage(const QString &text);
 
     // The commands of the menus.
     void openDatabase();
@@ -90,7 +93,6 @@ private:
     // Every table model that there has been: those of tables that have vanished are no longer listed.
     QList<QPointer<OrvaneTableModel>> m_tables;
     QHash<QString, QString> m_vanished; // what was told of tables whose file is gone
-    QString m_databaseName;
     QString m_mode;
     bool m_emptyColumnsShown = false;
     StartPage *m_startPage = nullptr;

@@ -1,0 +1,161 @@
+#include "operation_progress.h"
+
+#include <QAbstractEventDispatcher>
+#include <QApplication>
+#include <QMessageBox>
+#include <QScopedValueRollback>
+
+#include <orvane/db.h>
+
+#include "progress_dialog.h"
+
+namespace {
+
+constexpr int firstCallAfter = 100; // milliseconds for which an operation has run at the first call
+constexpr int longestPainting = 40; // milliseconds given to events at each call
+
+struct Words {
+    const char *call;
+    const char *running;   // %1: what is worked on
+    const char *cancelled; // a sentence
+};
+
+#define T(text) QT_TRANSLATE_NOOP("OperationProgress", text)
+const Words words[] = {
+    {"dbsubset", T("Testing the rows of %1"), T("The subset of %1 was cancelled.")},
+    {"dbsort", T("Sorting the rows of %1"), T("Sorting %1 was cancelled.")},
+    {"dbgroup", T("Grouping the rows of %1"), T("Grouping %1 was cancelled.")},
+    {"dbungroup", T("Ungrouping the rows of %1"), T("Ungrouping %1 was cancelled.")},
+    {"dbjoin", T("Joining %1"), T("Joining %1 was cancelled.")},
+    {"dbnojoin", T("Looking for rows of %1 without a match"), T("The no-join of %1 was cancelled.")},
+    {"dbtheta", T("Testing pairs of rows of %1"), T("The theta join of %1 was cancelled.")},
+    {"dbsever", T("Severing a table from %1"), T("Severing a table from %1 was cancelled.")},
+    {"dbseparate", T("Separating a table from %1"), T("Separating a table from %1 was cancelled.")},
+    {"dbfind", T("Searching %1"), T("Searching %1 was cancelled.")},
+};
+const Words anyWords = {"", T("Working on %1"), T("Working on %1 was cancelled.")};
+#undef T
+
+const Words &wordsFor(const char *call)
+{
+    for (const Words &known : words) {
+        if (qstrcmp(known.call, call) == 0) {
+            return known;
+        }
+    }
+    return anyWords;
+}
+
+} // namespace
+
+OperationProgress::OperationProgress(WhereAsked where) : m_where(std::move(where))
+{
+    m_end.setSingleShot(true);
+    m_end.setInterval(0);
+    connect(&m_end, &QTimer::timeout, this, &OperationProgress::end);
+    qApp->installEventFilter(this);
+    dbset_progress_hook(&OperationProgress::hook, this);
+}
+
+OperationProgress::~OperationProgress()
+{
+    dbset_progress_hook(nullptr, nullptr);
+    end();
+}
+
+int OperationProgress::hook(double fraction, void *progress)
+{
+    return static_cast<OperationProgress *>(progress)->told(fraction);
+}
+
+int OperationProgress::told(double fraction)
+{
+    if (m_told) {
+        return 0; // asked by something that an event handler called: not what the dialog is about
+    }
+    const QScopedValueRollback<bool> telling(m_told, true);
+    if (!m_clock.isValid()) {
+        begin();
+    }
+    // Fires when the operation is done, for timers wait until then.
+    m_end.start();
+    const qint64 elapsed = m_clock.elapsed() + firstCallAfter;
+    if (m_dialog == nullptr && elapsed >= showAfter) {
+        showDialog();
+    }
+    if (m_dialog != nullptr) {
+        m_dialog->tell(fraction, elapsed);
+    }
+    handleEvents();
+    m_cancelled = m_cancelled || (m_dialog != nullptr && m_dialog->isCancelled());
+    return m_cancelled ? 1 : 0;
+}
+
+void OperationProgress::begin()
+{
+    m_clock.start();
+    m_cancelled = false;
+    const Place place = m_where();
+    m_window = place.window;
+    const char *call = dbprogress_operation();
+    const Words &said = wordsFor(call == nullptr ? "" : call);
+    const QString subject = place.subject.isEmpty() ? tr("the database") : place.subject;
+    m_cancelledText = tr(said.cancelled).arg(subject);
+    m_running = tr(said.running).arg(subject);
+    QApplication::setOverrideCursor(Qt::BusyCursor);
+    m_busyCursor = true;
+}
+
+void OperationProgress::showDialog()
+{
+    if (m_busyCursor) {
+        QApplication::restoreOverrideCursor();
+        m_busyCursor = false;
+    }
+    m_dialog = new ProgressDialog(m_running, m_window);
+    m_dialog->show();
+}
+
+// Every event but timers; without a dialog, which would take it, no input either.
+void OperationProgress::handleEvents()
+{
+    QEventLoop::ProcessEventsFlags kinds = QEventLoop::X11ExcludeTimers;
+    if (m_dialog == nullptr) {
+        kinds |= QEventLoop::ExcludeUserInputEvents;
+    }
+    QElapsedTimer spent;
+    spent.start();
+    QAbstractEventDispatcher *dispatcher = QAbstractEventDispatcher::instance();
+    while (dispatcher->processEvents(kinds) && spent.elapsed() < longestPainting) {
+    }
+}
+
+void OperationProgress::end()
+{
+    m_end.stop();
+    m_clock.invalidate();
+    if (m_busyCursor) {
+        QApplication::restoreOverrideCursor();
+        m_busyCursor = false;
+    }
+    if (m_dialog != nullptr) {
+        m_dialog->hide();
+        m_dialog->deleteLater();
+        m_dialog.clear();
+    }
+    if (std::exchange(m_cancelled, false)) {
+        emit cancelled(m_window, m_cancelledText);
+    }
+}
+
+bool OperationProgress::eventFilter(QObject *watched, QEvent *event)
+{
+    if (m_cancelled && event->type() == QEvent::Polish) { // the last moment before a box is seen
+        auto *box = qobject_cast<QMessageBox *>(watched);
+        if (box != nullptr && box->text().contains(QLatin1String(": cancelled"))) {
+            box->setAttribute(Qt::WA_DontShowOnScreen);
+            QMetaObject::invokeMethod(box, "reject", Qt::QueuedConnection);
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}

@@ -9,6 +9,7 @@
 namespace {
 
 const QLatin1String paragraph(":\n\n");
+const QLatin1String noView("OrvaneDatabaseModel::");
 
 QStringList linesOf(const QString &text)
 {
@@ -22,6 +23,10 @@ QStringList linesOf(const QString &text)
 QString libraryReason(const QString &errorText)
 {
     const QLatin1String connection("QOvConnection::request: ");
+    if (errorText.startsWith(noView)) {
+        const int mark = errorText.indexOf(paragraph);
+        return mark < 0 ? QString() : errorText.mid(mark + paragraph.size());
+    }
     const int end = errorText.lastIndexOf(QLatin1String("\n\nQOvServer::process"));
     if (end < 0)
         return {};
@@ -33,12 +38,30 @@ QString libraryReason(const QString &errorText)
     return mark >= 0 && reason < end ? errorText.mid(reason, end - reason) : QString();
 }
 
+QString noViewText(const char *method, const QString &tableName, const QString &reason)
+{
+    const QString text =
+        noView + QLatin1String(method) + QStringLiteral(": No view of '%1' was made").arg(tableName);
+    return reason.isEmpty() ? text : text + paragraph + reason;
+}
+
 QStringList loggedLines()
 {
     if (elog_count() == 0)
         return {};
     const std::unique_ptr<char, decltype(&std::free)> text(elog_string(0), &std::free);
     return linesOf(QString::fromUtf8(text.get()));
+}
+
+LoggedSince::LoggedSince() : m_before(loggedLines()), m_count(elog_count()) {}
+
+QString LoggedSince::take() const
+{
+    const std::unique_ptr<char, decltype(&std::free)> text(elog_string(m_count), &std::free);
+    const QString lines = QString::fromUtf8(text.get());
+    elog_clear();
+    giveBackToLog(m_before);
+    return lines;
 }
 
 void giveBackToLog(const QStringList &lines)

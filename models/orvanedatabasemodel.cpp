@@ -226,31 +226,43 @@ OrvaneTableModel *OrvaneDatabaseModel::getTableModel(const QString &name)
 {
     if (!isOpen())
         return nullptr;
+    OrvaneTableModel *known = d->tableModels.value(name);
     if (name.isEmpty()) {
-        OrvaneTableModel *known = d->tableModels.value(name);
-        return known ? known : d->addTableModel(this, name, std::make_unique<QDbptr>());
+        return known ? known
+                     : d->keep(this, name, std::make_unique<OrvaneTableModel>(this, new QDbptr, d->config),
+                               Private::Follows::Database);
     }
     std::unique_ptr<QDbptr> table(
         answeredOrNone<QDbptr *>(nullptr, [&] { return d->handle->lookupTable(name); }));
     if (!table || answered(DbptrInvalid, [&] { return table->getDbptrType(); }) != DbptrTable)
         return nullptr;
-    if (OrvaneTableModel *known = d->tableModels.value(name))
+    // A view that was freed by its handle may have a successor of the same name.
+    if (known && known->getDbptr().table == table->getIndexTable())
         return known;
-    OrvaneTableModel *model = d->addTableModel(this, name, std::move(table));
-    connect(&d->config, SIGNAL(configurationChanged()), model, SIGNAL(layoutChanged()));
-    emit tableAdded(model);
-    return model;
+    return d->addTable(this, name, std::make_unique<OrvaneTableModel>(this, table.release(), d->config));
 }
 
-OrvaneTableModel *OrvaneDatabaseModel::Private::addTableModel(OrvaneDatabaseModel *model,
-                                                              const QString &tableName,
-                                                              std::unique_ptr<QDbptr> tableHandle)
+OrvaneTableModel *OrvaneDatabaseModel::Private::keep(OrvaneDatabaseModel *model, const QString &tableName,
+                                                     std::unique_ptr<OrvaneTableModel> tableModel,
+                                                     Follows what)
 {
-    auto *tableModel = new OrvaneTableModel(model, tableHandle.release(), config);
-    tableModels.insert(tableName, tableModel);
-    QObject::connect(model, SIGNAL(layoutAboutToBeChanged()), tableModel, SIGNAL(layoutAboutToBeChanged()));
-    QObject::connect(model, SIGNAL(layoutChanged()), tableModel, SIGNAL(layoutChanged()));
-    return tableModel;
+    keepForever(tableModels.value(tableName)); // windows may point to it
+    OrvaneTableModel *kept = tableModel.release();
+    tableModels.insert(tableName, kept);
+    connect(model, SIGNAL(layoutAboutToBeChanged()), kept, SIGNAL(layoutAboutToBeChanged()));
+    connect(model, SIGNAL(layoutChanged()), kept, SIGNAL(layoutChanged()));
+    if (what == Follows::DatabaseAndConfiguration)
+        connect(&config, SIGNAL(configurationChanged()), kept, SIGNAL(layoutChanged()));
+    return kept;
+}
+
+OrvaneTableModel *OrvaneDatabaseModel::Private::addTable(OrvaneDatabaseModel *model, const QString &tableName,
+                                                         std::unique_ptr<OrvaneTableModel> tableModel)
+{
+    OrvaneTableModel *added =
+        keep(model, tableName, std::move(tableModel), Follows::DatabaseAndConfiguration);
+    emit model->tableAdded(added);
+    return added;
 }
 
 void OrvaneDatabaseModel::deleteView(const QString &name)

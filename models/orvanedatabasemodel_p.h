@@ -2,6 +2,7 @@
 #define ORVANEDATABASEMODEL_P_H
 
 #include <QTimer>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -49,9 +50,20 @@ struct OrvaneDatabaseModel::Private {
 
     void removeFromRegistry(OrvaneDatabaseModel *model);
 
-    // A new table model for `handle`, in the cache, and connected.
-    OrvaneTableModel *addTableModel(OrvaneDatabaseModel *model, const QString &tableName,
-                                    std::unique_ptr<QDbptr> tableHandle);
+    // Puts a table model into the cache and connects it; only that of a table follows the configuration.
+    enum class Follows { Database, DatabaseAndConfiguration };
+    OrvaneTableModel *keep(OrvaneDatabaseModel *model, const QString &tableName,
+                           std::unique_ptr<OrvaneTableModel> tableModel, Follows what);
+
+    // The model of a table handle, in the cache and announced by tableAdded().
+    OrvaneTableModel *addTable(OrvaneDatabaseModel *model, const QString &tableName,
+                               std::unique_ptr<OrvaneTableModel> tableModel);
+
+    // What every operation does that makes a view: `operation` asks the base table's handle for it. `method`
+    // is for the text of what is thrown.
+    using Operation = std::function<QDbptr *(QDbptr &base)>;
+    OrvaneTableModel *derive(OrvaneDatabaseModel *model, const char *method, const QString &tableName,
+                             const Operation &operation, OrvaneTableModel *facadeOf = nullptr);
 };
 
 #endif

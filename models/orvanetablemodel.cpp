@@ -78,8 +78,7 @@ OrvaneTableModel::~OrvaneTableModel()
                 d->own->dbFree();
                 return true;
             });
-        if (d->facade && d->facade->tableIsView() && d->parent)
-            d->parent->deleteView(d->facade->getTableName());
+        d->dropFacade(this);
     } catch (...) {
         // What listeners throw must not leave a destructor.
     }

@@ -29,6 +29,8 @@ struct OrvaneTableModel::Private {
     CellReader reader;
     HandlePool handles{16384};
 
+    bool sorting = false;
+
     int rows = 0; // as known to views
     std::chrono::steady_clock::time_point rowsAskedAt{};
     bool rowsAnnouncementQueued = false;
@@ -46,6 +48,18 @@ struct OrvaneTableModel::Private {
 
     // Drops everything that was learned from the display table.
     void forgetTable();
+
+    // Shows what `handle` points to. No signals.
+    void show(QDbptr *handle);
+
+    // Shows the table itself and deletes the sorted view that was shown in its place. No signals.
+    void dropFacade(OrvaneTableModel *model);
+
+    // By what the table is sorted to be in the order of a column; empty where it can't be.
+    QString sortKey(int number);
+
+    // The database model. Throws when it is gone; `method` is for the text.
+    OrvaneDatabaseModel &database(const char *method) const;
 
     // The place of the column `number` (0: of no field) at `record` (dbALL: of no record). None where there
     // is no such place.

@@ -22,9 +22,9 @@ class QDbptr;
 // deletes it. The model owns its table models until it is destroyed; then they, its connection and its handle
 // stay alive and closed, for windows that still point to them.
 //
-// Failures. open() throws std::runtime_error when there is no database name. Nothing else throws: a closed
-// model has no rows, empty names and lists, and null table models. What the database library says of a failed
-// request stays in the error log.
+// Failures. open() throws std::runtime_error when there is no database name, and the operations that make
+// views throw it where no view is made. Nothing else throws: a closed model has no rows, empty names and
+// lists, and null table models. What the database library says of a failed request stays in the error log.
 //
 // Items. One column. Every index carries a QDbptr as its internal pointer, which lives as long as the model.
 // The pointer of a table's parent is the table's own, and the fields of a table are looked up in the
@@ -81,6 +81,31 @@ public:
 
     // Deletes the table model of a view, and with it the view. A base table's model stays.
     void deleteView(const QString &name);
+
+    // Make a view of a table or view, and its table model, announced by tableAdded(); an empty view name
+    // leaves the naming to the database. The result is owned by the database model: deleteView() with its
+    // name ends both. Throw std::runtime_error with the reason when there is no view: an unknown table, a
+    // name that is taken, a wrong expression, an operation that was cancelled or found no memory, a closed
+    // database. Nothing is left behind then, and nothing is announced.
+    OrvaneTableModel *getJoin(const QString &tableName, const QString &otherTable, const QString &viewName);
+    OrvaneTableModel *getOuterJoin(const QString &tableName, const QString &otherTable,
+                                   const QString &viewName);
+    OrvaneTableModel *getLeftJoin(const QString &tableName, const QString &otherTable,
+                                  const QString &viewName);
+    OrvaneTableModel *getNoJoin(const QString &tableName, const QString &otherTable, const QString &viewName);
+    OrvaneTableModel *getThetaJoin(const QString &tableName, const QString &otherTable,
+                                   const QString &expression, const QString &viewName);
+    OrvaneTableModel *getSever(const QString &tableName, const QString &tableToSever,
+                               const QString &viewName);
+    OrvaneTableModel *getSeparate(const QString &tableName, const QString &tableToSeparate,
+                                  const QString &viewName);
+    OrvaneTableModel *getSubset(const QString &tableName, const QString &expression, const QString &viewName);
+    // `facadeOf`, if not null, is the table in whose place the view is shown; it is marked as such before it
+    // is announced.
+    OrvaneTableModel *getSort(const QString &tableName, const QList<QString> &keys, bool reverse, bool unique,
+                              const QString &viewName, OrvaneTableModel *facadeOf);
+    OrvaneTableModel *getGroup(const QString &tableName, const QList<QString> &keys, const QString &viewName);
+    OrvaneTableModel *getUngroup(const QString &tableName, const QString &viewName);
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     int columnCount(const QModelIndex &parent = QModelIndex()) const override;

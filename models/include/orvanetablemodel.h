@@ -37,9 +37,9 @@ class QDbptr;
 // model is destroyed. After the database is closed the pointers given out are still there, and invalid; new
 // indexes have none. Who connects to such a handle connects uniquely.
 //
-// Failures. Nothing throws but getTableToolTipString(). An invalid handle gives no rows and no columns; a
-// record that is gone, a field that is unknown and a request that fails give invalid variants.
-// What the database library says of a failed request stays in the error log.
+// Failures. Nothing throws but getTableToolTipString() and the operations that make views. An invalid handle
+// gives no rows and no columns; a record that is gone, a field that is unknown and a request that fails give
+// invalid variants. What the database library says of a failed request stays in the error log.
 class OVQT_EXPORT OrvaneTableModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -90,6 +90,27 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
+    // Shows the table in the order of a column, by way of a sorted view that goes with the next sort and with
+    // the model. Column 0, and a column that is not there, leave the order as it is. A sort that is cancelled
+    // or fails leaves the table in its own order and the reason in the error log.
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+
+    // Make a view of this table; see the operations of OrvaneDatabaseModel, which own and announce the result
+    // and throw std::runtime_error when there is none. A sorted view that is shown in place of the table
+    // plays no part in it.
+    OrvaneTableModel *subset(const QString &expression, const QString &viewName);
+    OrvaneTableModel *sort(const QList<QString> &keys, bool reverse, bool unique, const QString &viewName);
+    OrvaneTableModel *group(const QList<QString> &keys, const QString &viewName);
+    OrvaneTableModel *ungroup(const QString &viewName);
+    OrvaneTableModel *joinTo(const QString &otherTable, const QString &viewName);
+    OrvaneTableModel *outerJoinTo(const QString &otherTable, const QString &viewName);
+    OrvaneTableModel *leftJoinTo(const QString &otherTable, const QString &viewName);
+    OrvaneTableModel *noJoinTo(const QString &otherTable, const QString &viewName);
+    OrvaneTableModel *thetaJoinTo(const QString &otherTable, const QString &expression,
+                                  const QString &viewName);
+    OrvaneTableModel *sever(const QString &table, const QString &viewName);
+    OrvaneTableModel *separate(const QString &table, const QString &viewName);
+
     // Indexes with a handle. `row` may be dbSCRATCH or dbNULL: such an index is not valid, its pointer is.
     QModelIndex indexForRow(int row) const;
     QModelIndex indexForColumn(const QString &fieldName) const; // row 0; an unknown name gives column 0
@@ -110,6 +131,7 @@ private slots:
     void startOver();
     void dropSettings();
     void announceRowCount();
+    void facadeDestroyed();
 
 private:
     struct Private;

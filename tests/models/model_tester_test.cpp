@@ -84,6 +84,42 @@ TEST(ModelTester, AcceptsATableThatGrowsAndShrinksUnderIt)
     EXPECT_THAT(found, Each(recordNumberAsSize));
 }
 
+TEST(ModelTester, AcceptsATableThatIsSorted)
+{
+    OpenSites sites;
+    OrvaneTableModel &site = *sites.table();
+    const std::vector<std::string> found = objectionsTo(site, [&] {
+        site.sort(1);
+        site.sort(4, Qt::DescendingOrder);
+        sites.model->deleteView(site.getFacadeTableName());
+        site.sort(4);
+        site.sort(0);
+        sites.files.appendRows("site", {{"PFO", "2000001"}, {"TLY", "2000001"}});
+        site.sort(1);
+        emit site.modelReset();
+        std::filesystem::resize_file(sites.files.tablePath("site"),
+                                     sites.files.record("site", {}).size() + 1);
+        site.sort(1);
+        sites.model->close();
+    });
+    EXPECT_THAT(found, Each(recordNumberAsSize));
+    elog_clear();
+}
+
+TEST(ModelTester, AcceptsDerivedTables)
+{
+    OpenSites sites;
+    for (OrvaneTableModel *derived :
+         {sites.table()->subset("lat < 50", ""), sites.table()->subset("lat > 100", ""),
+          sites.table()->group({"sta"}, ""), sites.table()->group({"sta"}, "")->ungroup("")}) {
+        const std::vector<std::string> found = objectionsTo(*derived, [&] {
+            derived->sort(1);
+            sites.config.toggle("show_raw_nulls");
+        });
+        EXPECT_THAT(found, Each(recordNumberAsSize)) << derived->getTableName().toStdString();
+    }
+}
+
 TEST(ModelTester, AcceptsATableWithoutRecords)
 {
     OpenSites sites;

@@ -78,6 +78,19 @@ TEST(BlockCache, replaces_a_block_without_counting_it_twice)
     EXPECT_EQ(cache.used_bytes(), 30u);
 }
 
+TEST(BlockCache, drops_one_block)
+{
+    BlockCache cache(100);
+    const FileVersion version = cache.new_version();
+    cache.keep(version, 0, block_of(10));
+    cache.keep(version, 1, block_of(20));
+    cache.drop(version, 0);
+    cache.drop(version, 7);
+    EXPECT_EQ(cache.find(version, 0), nullptr);
+    EXPECT_NE(cache.find(version, 1), nullptr);
+    EXPECT_EQ(cache.used_bytes(), 20u);
+}
+
 TEST(BlockCache, leaves_a_dropped_block_to_who_holds_it)
 {
     BlockCache cache(100);

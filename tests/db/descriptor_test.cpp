@@ -18,14 +18,15 @@ std::string failure_of(const std::string &text)
 
 TEST(Descriptor, is_read_whole)
 {
-    const auto read =
-        read_descriptor("schema: css3.0\ndbpath: [., /archive/ref]\nlocks: none\nidserver: there\n"
-                        "description: short\ndetail: |\n  long\n  text\n",
-                        "dir/quakes");
+    const auto read = read_descriptor(
+        "schema: css3.0\ndbpath: [., /archive/ref]\nlocks: none\ndurability: disk\nidserver: there\n"
+        "description: short\ndetail: |\n  long\n  text\n",
+        "dir/quakes");
     ASSERT_TRUE(read.ok()) << read.status().message();
     EXPECT_EQ(read->schema, "css3.0");
     EXPECT_EQ(read->dbpath, (std::vector<std::string>{".", "/archive/ref"}));
     EXPECT_EQ(read->locks, Locks::None);
+    EXPECT_EQ(read->durability, Durability::Disk);
     EXPECT_EQ(read->idserver, "there");
     EXPECT_EQ(read->description, "short");
     EXPECT_EQ(read->detail, "long\ntext\n");
@@ -37,6 +38,7 @@ TEST(Descriptor, needs_nothing_but_a_schema)
     ASSERT_TRUE(read.ok());
     EXPECT_EQ(read->dbpath, std::vector<std::string>{"."});
     EXPECT_EQ(read->locks, Locks::Local);
+    EXPECT_EQ(read->durability, Durability::Process);
     EXPECT_EQ(read->idserver, "");
 }
 
@@ -55,10 +57,12 @@ TEST(Descriptor, is_refused_with_file_line_column_and_what_was_expected)
     EXPECT_EQ(failure_of("schema: css3.0\n\n  # a comment\nlock: none\n"),
               "dir/quakes:4:1: descriptor: unknown key 'lock'; near it: locks");
     EXPECT_EQ(failure_of("schema: css3.0\ncolour: red\n"),
-              "dir/quakes:2:1: descriptor: unknown key 'colour'; known are: schema, dbpath, locks, idserver, "
-              "description, detail");
+              "dir/quakes:2:1: descriptor: unknown key 'colour'; known are: schema, dbpath, locks, "
+              "durability, idserver, description, detail");
     EXPECT_EQ(failure_of("schema: css3.0\nlocks: nfs\n"),
               "dir/quakes:2:8: locks: 'nfs' where local or none was expected");
+    EXPECT_EQ(failure_of("schema: css3.0\ndurability: always\n"),
+              "dir/quakes:2:13: durability: 'always' where process or disk was expected");
     EXPECT_EQ(failure_of("schema: [css3.0]\n"),
               "dir/quakes:1:9: descriptor: 'schema' is a list where a text was expected");
     EXPECT_EQ(failure_of("schema: ../css3.0\n"), "dir/quakes:1:9: schema: '../css3.0' is not the name of a "

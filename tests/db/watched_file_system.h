@@ -57,6 +57,22 @@ public:
             std::make_unique<WatchedFile>(*this, path, std::move(*file)));
     }
 
+    orvane::Result<std::unique_ptr<orvane::WritableFile>> open_to_write(const std::string &path,
+                                                                        orvane::Creation creation) override
+    {
+        return system_.open_to_write(path, creation);
+    }
+    orvane::Status rename(const std::string &from, const std::string &to) override
+    {
+        return system_.rename(from, to);
+    }
+    orvane::Status remove(const std::string &path) override { return system_.remove(path); }
+    orvane::Status sync_folder(const std::string &folder) override { return system_.sync_folder(folder); }
+    orvane::Result<std::string> real_path(const std::string &path) override
+    {
+        return system_.real_path(path);
+    }
+
     bool is_writable(const std::string &path) override { return writable && system_.is_writable(path); }
 
     orvane::Result<std::vector<std::string>> list(const std::string &folder) override
@@ -86,6 +102,11 @@ private:
             return got;
         }
         orvane::Result<orvane::FileState> state() override { return file_->state(); }
+        orvane::Result<bool> try_lock(orvane::LockKind kind, orvane::LockRange range) override
+        {
+            return file_->try_lock(kind, range);
+        }
+        orvane::Status unlock(orvane::LockRange range) override { return file_->unlock(range); }
 
     private:
         WatchedFileSystem &files_;

@@ -9,7 +9,7 @@ namespace orvane {
 
 namespace {
 
-const std::vector<std::string_view> known_keys{"schema",   "dbpath",      "locks",
+const std::vector<std::string_view> known_keys{"schema",   "dbpath",      "locks", "durability",
                                                "idserver", "description", "detail"};
 
 void read_schema_name(const ParameterMapping &root, Descriptor &descriptor)
@@ -59,6 +59,18 @@ void read_locks(const ParameterMapping &root, Descriptor &descriptor)
         root.note(locks->place, concat("locks: '", locks->text, "' where local or none was expected"));
 }
 
+void read_durability(const ParameterMapping &root, Descriptor &descriptor)
+{
+    const auto durability = root.text("durability");
+    if (!durability || durability->text == "process")
+        return;
+    if (durability->text == "disk")
+        descriptor.durability = Durability::Disk;
+    else
+        root.note(durability->place,
+                  concat("durability: '", durability->text, "' where process or disk was expected"));
+}
+
 } // namespace
 
 Result<Descriptor> read_descriptor(const std::string &text, const std::string &file)
@@ -74,6 +86,7 @@ Result<Descriptor> read_descriptor(const std::string &text, const std::string &f
     read_schema_name(root, descriptor);
     read_dbpath(root, descriptor);
     read_locks(root, descriptor);
+    read_durability(root, descriptor);
     descriptor.idserver = root.text_or_empty("idserver");
     descriptor.description = root.text_or_empty("description");
     descriptor.detail = root.text_or_empty("detail");

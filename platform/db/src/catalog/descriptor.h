@@ -9,11 +9,14 @@
 namespace orvane {
 
 enum class Locks { Local, None };
+// What an acknowledged change survives: the end of the program, or that of the machine too.
+enum class Durability { Process, Disk };
 
 struct Descriptor {
     std::string schema;
     std::vector<std::string> dbpath{"."}; // folders, relative to the descriptor's; never empty
     Locks locks = Locks::Local;
+    Durability durability = Durability::Process;
     std::string idserver;
     std::string description;
     std::string detail;

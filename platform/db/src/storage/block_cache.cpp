@@ -34,6 +34,12 @@ void BlockCache::drop(FileVersion version)
     }
 }
 
+void BlockCache::drop(FileVersion version, std::int64_t number)
+{
+    if (const auto found = index_.find(Key{version, number}); found != index_.end())
+        erase(found->second);
+}
+
 void BlockCache::erase(Entries::iterator entry)
 {
     used_ -= entry->block->bytes.size();

@@ -38,6 +38,8 @@ public:
     void keep(FileVersion version, std::int64_t number, std::shared_ptr<const Block> block);
     // Lets go of all blocks of a version.
     void drop(FileVersion version);
+    // Lets go of one block.
+    void drop(FileVersion version, std::int64_t number);
 
     std::size_t used_bytes() const { return used_; }
     std::size_t budget_bytes() const { return budget_; }

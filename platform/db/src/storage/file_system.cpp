@@ -69,4 +69,16 @@ Result<std::string> read_whole_file(FileSystem &files, const std::string &path, 
     return text;
 }
 
+Status write_all(WritableFile &file, std::int64_t offset, std::span<const char> bytes)
+{
+    while (!bytes.empty()) {
+        const auto written = file.write_at(offset, bytes);
+        if (!written.ok())
+            return written.status();
+        offset += static_cast<std::int64_t>(*written);
+        bytes = bytes.subspan(*written);
+    }
+    return Status();
+}
+
 } // namespace orvane

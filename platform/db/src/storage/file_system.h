@@ -1,5 +1,5 @@
 // What the engine asks of the operating system, as an interface, so that tests can fail a call, cut a
-// file short and count reads. Everything the engine reads comes through here.
+// file short, fill a disk and count reads. Everything the engine reads and writes comes through here.
 #pragma once
 
 #include "base/status.h"
@@ -20,14 +20,25 @@ struct FileState {
     FileKind kind = FileKind::Missing;
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
+    std::int64_t birth_time = 0;        // nanoseconds since 1970; 0 where the disk doesn't tell
     std::int64_t size = 0;              // bytes
     std::int64_t modification_time = 0; // nanoseconds since 1970
 
     bool operator==(const FileState &) const = default;
+    // The system gives the number of a file that is gone to a new one; their births tell them apart.
     bool same_file(const FileState &other) const
     {
-        return kind == other.kind && device == other.device && inode == other.inode;
+        return kind == other.kind && device == other.device && inode == other.inode &&
+               birth_time == other.birth_time;
     }
+};
+
+enum class LockKind { Shared, Exclusive };
+
+// Bytes of a file that a lock is about, whether the file has them or not.
+struct LockRange {
+    std::int64_t first = 0;
+    std::int64_t count = 0;
 };
 
 // An open file. Closed by its destructor.
@@ -40,6 +51,32 @@ public:
     // read. Interrupted and short reads are repeated.
     virtual Result<std::size_t> read_at(std::int64_t offset, std::span<char> buffer) = 0;
     virtual Result<FileState> state() = 0;
+
+    // Locks bytes for this open file against other open files, of other programs and of this one, that ask
+    // for locks too. False when another one holds a lock that forbids it. Locks end with the open file.
+    virtual Result<bool> try_lock(LockKind kind, LockRange range) = 0;
+    virtual Status unlock(LockRange range) = 0;
+};
+
+// An open file that can be changed.
+class WritableFile : public RandomAccessFile
+{
+public:
+    // Writes once, and answers how many bytes were written: perhaps not all, never none.
+    virtual Result<std::size_t> write_at(std::int64_t offset, std::span<const char> bytes) = 0;
+    virtual Status truncate(std::int64_t size) = 0;
+    // Returns when what was written is on the disk.
+    virtual Status sync() = 0;
+    // Sets the modification time, in nanoseconds since 1970. Disks may keep it less precisely.
+    virtual Status set_modification_time(std::int64_t time) = 0;
+    // Lets the same users as another path do the same with the file.
+    virtual Status take_permissions(const std::string &of) = 0;
+};
+
+enum class Creation {
+    Never, // the file has to be there
+    IfMissing,
+    New, // the file must not be there
 };
 
 class FileSystem
@@ -51,6 +88,15 @@ public:
     // kind is Missing.
     virtual Result<FileState> state(const std::string &path) = 0;
     virtual Result<std::unique_ptr<RandomAccessFile>> open(const std::string &path) = 0;
+    virtual Result<std::unique_ptr<WritableFile>> open_to_write(const std::string &path,
+                                                                Creation creation) = 0;
+    // Gives a file another name, in the place of the file that has it, at once.
+    virtual Status rename(const std::string &from, const std::string &to) = 0;
+    virtual Status remove(const std::string &path) = 0;
+    // Returns when the folder's list of names is on the disk.
+    virtual Status sync_folder(const std::string &folder) = 0;
+    // The path without symbolic links.
+    virtual Result<std::string> real_path(const std::string &path) = 0;
     // Whether the system would let this process write the file, or make files in the folder.
     virtual bool is_writable(const std::string &path) = 0;
     // The names in a folder, "." and ".." left out, in byte order.
@@ -78,6 +124,9 @@ private:
 // `shown` names the file in messages.
 Result<std::string> read_whole_file(FileSystem &files, const std::string &path, const std::string &shown,
                                     std::int64_t limit);
+
+// Writes all of the bytes. A failure may leave some of them written.
+Status write_all(WritableFile &file, std::int64_t offset, std::span<const char> bytes);
 
 // The failure for a system error number: its code, and "SHOWN: cannot DO: reason".
 Status system_failure(int error, const std::string &shown, const char *what);

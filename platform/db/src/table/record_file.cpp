@@ -1,6 +1,8 @@
 #include "table/record_file.h"
 
 #include "base/concat.h"
+#include "storage/settled_file.h"
+#include "storage/undo_note.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -28,11 +30,11 @@ std::int64_t clock_now(clockid_t clock)
 } // namespace
 
 RecordFile::RecordFile(Storage &storage, std::vector<LocatedPath> places, std::int64_t record_size,
-                       std::string expected)
+                       std::string expected, FilePolicy policy)
     : storage_(storage), places_(std::move(places)), record_size_(record_size),
       records_per_block_(
           std::max<std::int64_t>(1, static_cast<std::int64_t>(storage.limits.block_bytes) / record_size)),
-      expected_(std::move(expected)), owner_(storage.handles.new_owner()),
+      expected_(std::move(expected)), policy_(policy), owner_(storage.handles.new_owner()),
       version_(storage.blocks.new_version())
 {
 }
@@ -85,7 +87,8 @@ void RecordFile::take(const Found &found)
         storage_.handles.close(owner_);
     if (!same_file || young_ || !(found.state == state_))
         forget_content();
-    if (looked_ && present() && (!same_file || found.state.size < state_.size))
+    // An unfinished last line that goes is no record that goes.
+    if (looked_ && present() && (!same_file || found.state.size / record_size_ < state_.size / record_size_))
         ++generation_;
     young_ = was_young(found.state);
     place_ = found.place;
@@ -117,12 +120,36 @@ Status RecordFile::look_now_and_then()
     return look();
 }
 
-Result<std::unique_ptr<RandomAccessFile>> RecordFile::open_beside() const
+void RecordFile::adopt(const FileState &state, std::int64_t changed_record, bool certain)
+{
+    const std::int64_t block = changed_record / records_per_block_;
+    storage_.blocks.drop(version_, block);
+    if (block_first_ == block * records_per_block_) {
+        block_.reset();
+        block_first_ = block_end_ = 0;
+    }
+    state_ = state;
+    young_ = !certain && was_young(state);
+    count_ = state.size / record_size_;
+}
+
+Result<std::unique_ptr<RandomAccessFile>> RecordFile::open_settled() const
 {
     auto file = storage_.files.open(path().absolute);
     if (!file.ok())
         return Status(file.status().code(), concat(path().shown, ": cannot be opened to read ", expected_,
                                                    ": ", file.status().message()));
+    const auto real_path = storage_.files.real_path(path().absolute);
+    return std::unique_ptr<RandomAccessFile>(
+        std::make_unique<SettledFile>(storage_.files, std::move(*file), policy_,
+                                      undo_note_path(real_path.ok() ? *real_path : path().absolute)));
+}
+
+Result<std::unique_ptr<RandomAccessFile>> RecordFile::open_beside() const
+{
+    auto file = open_settled();
+    if (!file.ok())
+        return file;
     const auto state = (*file)->state();
     if (!state.ok())
         return state.status();
@@ -140,10 +167,9 @@ Result<RandomAccessFile *> RecordFile::handle()
     if (RandomAccessFile *open = storage_.handles.find(owner_))
         return open;
     for (int attempt = 0; attempt < max_attempts; ++attempt) {
-        auto file = storage_.files.open(path().absolute);
+        auto file = open_settled();
         if (!file.ok())
-            return Status(file.status().code(), concat(path().shown, ": cannot be opened to read ", expected_,
-                                                       ": ", file.status().message()));
+            return file.status();
         const auto state = (*file)->state();
         if (!state.ok())
             return state.status();

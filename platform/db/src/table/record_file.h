@@ -3,6 +3,7 @@
 #pragma once
 
 #include "base/status.h"
+#include "storage/file_locks.h"
 #include "storage/located_path.h"
 #include "storage/storage.h"
 
@@ -20,7 +21,7 @@ public:
     // `places` are the paths where the file may be, in order of search; a new file goes to the first.
     // `expected` tells in messages whose width is expected: "table origin of schema css3.0".
     RecordFile(Storage &storage, std::vector<LocatedPath> places, std::int64_t record_size,
-               std::string expected);
+               std::string expected, FilePolicy policy = {});
     ~RecordFile();
     RecordFile(const RecordFile &) = delete;
     RecordFile &operator=(const RecordFile &) = delete;
@@ -51,9 +52,14 @@ public:
     // Changes whenever the file's content may have: what was derived from it is then to be made anew.
     FileVersion version() const { return version_; }
 
-    // Changes when the records are no longer those of before by their numbers: another file took the place, or this one
-    // became shorter. Growth and changes in place leave it.
+    // Changes when the records are no longer those of before by their numbers: another file took the place,
+    // or this one became shorter. Growth and changes in place leave it.
     std::uint64_t generation() const { return generation_; }
+
+    // This process changed one record in place, or appended it, and nobody else anything since the last look,
+    // as who holds the writers' lock knows. What was derived from other records still holds. `certain` says
+    // that any later change will show in the file's state.
+    void adopt(const FileState &state, std::int64_t changed_record, bool certain);
 
     // Opens the file once more, to read all of it beside what goes on here: null when it is not in the state
     // of the last look any more.
@@ -75,6 +81,7 @@ private:
     Status check_last_record(RandomAccessFile &file);
     Status wrong_width(std::int64_t found, bool carriage_return, std::int64_t line) const;
     Result<RandomAccessFile *> handle();
+    Result<std::unique_ptr<RandomAccessFile>> open_settled() const;
 
     Result<std::string_view> record_in_current_block(std::int64_t number) const;
     Status load_block(std::int64_t block_number);
@@ -86,6 +93,7 @@ private:
     const std::int64_t record_size_;
     const std::int64_t records_per_block_;
     const std::string expected_;
+    const FilePolicy policy_;
     const FileHandlePool::Owner owner_;
 
     std::size_t place_ = 0;

@@ -27,6 +27,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <stdio.h>
 
 #include <orvane/db_export.h>
 #include <orvane/util.h>
@@ -247,6 +248,28 @@ ORVANE_DB_EXPORT Dbptr dbseparate(Dbptr db, const char *table);
 /* Lets go of a view: its pointers go stale. What other views need of it stays with them. A base table is no
  * view. */
 ORVANE_DB_EXPORT int dbfree(Dbptr db);
+
+/* ---- Rows as text ------------------------------------------------------------------------------- */
+
+/* Writes a line of text for each of the records that `db` stands for (dbget_range) to a stream, and passes it
+ * on (fflush); the stream stays the caller's. `fields` (Tbl of char *; null: all) are written in their order,
+ * with the separator between them: flag 0   in full width, as they stand in the file flag 1   without blanks
+ * at their ends, and quoted as RFC 4180 has it where a field holds the separator, a quote or an end of line,
+ * or is empty and alone in its line; lines end with a line feed The fields of dbTABLE_FIELDS, unchanged, are
+ * all fields, also where several members of a view have one of that name. With flag 0, all fields and the
+ * separator " " a base table is copied byte for byte. Returns 0 or a negative code: dbERROR_ARGUMENT also
+ * where there is no stream, dbERROR_IO where it can't be written, with the system's reason. Lines may have
+ * been written before a failure, also one that the progress hook asked for. */
+ORVANE_DB_EXPORT int dbselect(Dbptr db, const Tbl *fields, FILE *stream, const char *separator, int flag);
+
+/* Writes the line of the fields' names in the same form: with flag 0 a name stands in the width of its field,
+ * on the side of its values; a longer one is not cut. Where a view has several fields of one name the further
+ * ones are called "table.field". */
+ORVANE_DB_EXPORT int dbselect_hdr(Dbptr db, const Tbl *fields, FILE *stream, const char *separator, int flag);
+
+/* A pointer that stands for the records [first, end) of the table that `db` points to: for dbselect and
+ * dbget_range, which find out whether they are there. The invalid pointer where that is no range. */
+ORVANE_DB_EXPORT Dbptr dbrow_range(Dbptr db, int64_t first, int64_t end);
 
 /* ---- Progress ----------------------------------------------------------------------------------- */
 

@@ -1,5 +1,6 @@
 // dbget, dbgetv and dbget_range: records and their fields.
 #include "door/guard.h"
+#include "door/row_pointer.h"
 #include "door/subject.h"
 
 #include "base/concat.h"
@@ -40,18 +41,10 @@ Result<std::string_view> cell_text(const Subject &subject, const char *call)
                           static_cast<std::size_t>(subject.field->attribute->width));
 }
 
-// A pointer to rows of a bundle is one to its first, with the end as a field index below all that have a
-// meaning.
-constexpr std::int64_t bundle_field_base = -1'000'000;
-
 Dbptr pointer_to_bundle(Database &database, std::int64_t database_index, const Bundle &bundle)
 {
-    return Dbptr{database_index, database.index_for_bundles(bundle.table), bundle_field_base - bundle.end,
-                 bundle.first};
-}
-bool points_to_bundle(const Dbptr &db)
-{
-    return db.field <= bundle_field_base && db.record >= 0;
+    const std::int64_t table = database.index_for_bundles(bundle.table);
+    return pointer_to_rows(database_index, table, bundle.first, bundle.end);
 }
 
 Level level_of_field(const Dbptr &db)
@@ -164,7 +157,6 @@ Status get_range(const Dbptr &db, std::int64_t &first, std::int64_t &end)
     const RecordCount count = subject.table->count_records();
     if (!count.refusal.ok())
         log_failure(count.refusal);
-    const std::int64_t end_of_bundle = points_to_bundle(db) ? bundle_field_base - db.field : 0;
     if (const auto bundle = bundle_of(subject)) {
         first = bundle->first;
         end = bundle->end;
@@ -174,7 +166,7 @@ Status get_range(const Dbptr &db, std::int64_t &first, std::int64_t &end)
         return Status(Code::NotFound, concat("dbget_range: no record ", db.record, " in table ",
                                              subject.table->name(), ", which has ", count.records));
     first = db.record == dbALL ? 0 : db.record;
-    end = db.record == dbALL ? count.records : end_of_bundle > 0 ? end_of_bundle : db.record + 1;
+    end = db.record == dbALL ? count.records : end_of_rows(db);
     return Status();
 }
 

@@ -40,6 +40,7 @@ public:
                                            Work &work) override;
 
     bool has_room_for(std::span<const int> fields, const Snapshot &as_of) const override;
+    bool has_record_file() const override { return true; }
     Result<std::unique_ptr<RandomAccessFile>> open_records(const Snapshot &as_of, Work &work) const override;
     void tell_unreadable(int field, std::int64_t count) const override;
 

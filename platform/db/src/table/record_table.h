@@ -26,8 +26,10 @@ public:
     virtual Snapshot snapshot() = 0;
     // Whether decoded fields are kept already, or could be without driving out all others.
     virtual bool has_room_for(std::span<const int>, const Snapshot &) const { return true; }
-    // Opens the records for reading them one after the other where `has_room_for` said no. As for `columns`,
-    // a table that is no longer as it was is a failure and a change.
+    // Whether `open_records` has a file to open: records of views are none.
+    virtual bool has_record_file() const { return false; }
+    // Opens the records for reading them beside what else goes on. As for `columns`, a table that is no
+    // longer as it was is a failure and a change.
     virtual Result<std::unique_ptr<RandomAccessFile>> open_records(const Snapshot &, Work &work) const;
     // Tells by a notice that so many fields held no value, unless it is 0.
     virtual void tell_unreadable(int, std::int64_t) const {}

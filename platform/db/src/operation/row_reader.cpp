@@ -1,0 +1,143 @@
+#include "operation/row_reader.h"
+
+#include "base/concat.h"
+#include "column/column_decoder.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::size_t batch_bytes = 4 << 20;
+constexpr std::size_t max_batch_rows = 64 << 10;
+// Records that lie no further apart than this are read at once with what lies between them: that costs less
+// than another system call.
+constexpr std::int64_t max_gap_bytes = 4 << 10;
+constexpr std::int64_t max_run_bytes = 256 << 10;
+
+std::int64_t number_of(std::uint64_t entry)
+{
+    return static_cast<std::int64_t>(entry >> 32);
+}
+
+} // namespace
+
+RowReader::RowReader(const Operand &operand, std::vector<bool> wanted, Work &work)
+    : operand_(operand), work_(work)
+{
+    std::size_t row_bytes = 0;
+    for (std::size_t i = 0; i < operand.members().size(); ++i) {
+        RecordTable &table = *operand.members()[i].table;
+        Member &member = members_.emplace_back();
+        member.wanted = wanted[i];
+        member.record_size = static_cast<std::size_t>(table.record_size());
+        row_bytes += member.wanted ? member.record_size : 0;
+    }
+    most_ = static_cast<std::int64_t>(
+        std::clamp<std::size_t>(batch_bytes / std::max<std::size_t>(row_bytes, 1), 1, max_batch_rows));
+}
+
+Status RowReader::open()
+{
+    for (std::size_t i = 0; i < members_.size(); ++i) {
+        const Operand::Member &from = operand_.members()[i];
+        if (!members_[i].wanted || !from.table->has_record_file() || from.snapshot.records == 0)
+            continue;
+        auto file = from.table->open_records(from.snapshot, work_);
+        if (!file.ok())
+            return file.status();
+        members_[i].file = std::move(*file);
+        members_[i].shown = from.table->file_name(); // looks at the file, so not before it is open
+    }
+    return Status();
+}
+
+Status RowReader::read(std::int64_t begin, std::int64_t end)
+{
+    for (std::size_t i = 0; i < members_.size(); ++i)
+        if (members_[i].wanted)
+            if (Status read = read_member(i, begin, end); !read.ok())
+                return read;
+    return Status();
+}
+
+Status RowReader::read_member(std::size_t index, std::int64_t begin, std::int64_t end)
+{
+    Member &member = members_[index];
+    const Operand::Member &from = operand_.members()[index];
+    const auto count = static_cast<std::size_t>(end - begin);
+    if (from.rows)
+        return read_chosen(index, from.rows + begin, count);
+    if (member.file)
+        return read_run(member, begin, end, member.records);
+    member.records.resize(count * member.record_size);
+    for (std::size_t row = 0; row < count; ++row) {
+        const auto record = from.table->record(begin + static_cast<std::int64_t>(row));
+        if (!record.ok())
+            return record.status();
+        put_record(member, *record, row);
+    }
+    return Status();
+}
+
+// The records in the order of their numbers, so that neighbours are read together and the disk is read
+// forwards.
+Status RowReader::read_chosen(std::size_t index, const RowNumber *rows, std::size_t count)
+{
+    Member &member = members_[index];
+    RecordTable &table = *operand_.members()[index].table;
+    const auto size = static_cast<std::int64_t>(member.record_size);
+    member.records.resize(count * member.record_size);
+    order_.clear();
+    for (std::size_t row = 0; row < count; ++row) {
+        if (rows[row] == null_row)
+            put_record(member, table.special_record(SpecialRecord::Null), row);
+        else
+            order_.push_back(std::uint64_t{rows[row]} << 32 | row);
+    }
+    if (!std::is_sorted(order_.begin(), order_.end()))
+        std::sort(order_.begin(), order_.end());
+    for (std::size_t from = 0; from < order_.size();) {
+        const std::int64_t first = number_of(order_[from]);
+        if (!member.file) {
+            const auto record = table.record(first);
+            if (!record.ok())
+                return record.status();
+            put_record(member, *record, order_[from++] & null_row);
+            continue;
+        }
+        std::size_t to = from + 1;
+        while (to < order_.size() &&
+               (number_of(order_[to]) - number_of(order_[to - 1]) - 1) * size <= max_gap_bytes &&
+               (number_of(order_[to]) - first + 1) * size <= max_run_bytes)
+            ++to;
+        if (Status read = read_run(member, first, number_of(order_[to - 1]) + 1, run_); !read.ok())
+            return read;
+        for (; from < to; ++from)
+            std::memcpy(member.records.data() + (order_[from] & null_row) * member.record_size,
+                        run_.data() + (number_of(order_[from]) - first) * size, member.record_size);
+    }
+    return Status();
+}
+
+Status RowReader::read_run(Member &member, std::int64_t first, std::int64_t end, std::vector<char> &into)
+{
+    const RecordSpan span{*member.file, end, static_cast<std::int64_t>(member.record_size), member.shown};
+    const auto read = read_records(span, first, end, into);
+    if (!read.ok())
+        return read.status();
+    if (!*read)
+        return Status(Code::NotFound, concat(member.shown, ": became shorter while it was read"));
+    return Status();
+}
+
+void RowReader::put_record(Member &member, std::string_view record, std::size_t row) const
+{
+    char *place = member.records.data() + row * member.record_size;
+    std::memcpy(place, record.data(), std::min(record.size(), member.record_size - 1));
+    place[member.record_size - 1] = '\n';
+}
+
+} // namespace orvane

@@ -44,7 +44,7 @@ OrvaneTableView *tableViewAt(const QTabWidget &page, int tab)
 // False for a table whose database has been closed: nothing can be asked about it any more.
 bool canBeAsked(OrvaneTableModel *table)
 {
-    return table != nullptr && table->getQDbptr() != nullptr && table->getQDbptr()->isValid();
+    return table != nullptr && table->getQDbptr()->isValid(); // also of null
 }
 
 } // namespace
@@ -279,6 +279,13 @@ OrvaneTableModel *OrvaneDatabaseView::getCurrentTableModel()
     return view == nullptr ? nullptr : view->model();
 }
 
+// What a command works on: null also where the database of the table shown has been closed.
+OrvaneTableModel *OrvaneDatabaseView::currentTable()
+{
+    OrvaneTableModel *table = getCurrentTableModel();
+    return canBeAsked(table) ? table : nullptr;
+}
+
 int OrvaneDatabaseView::getCurrentTabIndex()
 {
     QTabWidget *page = currentPage();
@@ -331,7 +338,9 @@ void OrvaneDatabaseView::tabbedItemChanged()
 void OrvaneDatabaseView::addTable(OrvaneTableModel *dtm)
 {
     showingErrors([&] {
-        if (dtm != nullptr && !(dtm->tableIsView() && dtm->tableIsFacade())) {
+        const bool isUnwanted =
+            dtm == nullptr || (dtm->tableIsView() && (dtm->tableIsFacade() || m_isDeriving));
+        if (!isUnwanted) {
             addTableTab(*dtm);
         }
     });
@@ -346,6 +355,7 @@ void OrvaneDatabaseView::addTableTab(OrvaneTableModel &table)
     }
     discardDetachedViews(&table);
     auto *view = new OrvaneTableView(m_config);
+    connect(view, SIGNAL(subsetRequested(QString, QString)), this, SLOT(showContextSubset(QString, QString)));
     connect(view, SIGNAL(modelUnset(OrvaneTableView *)), this, SLOT(tableModelUnset(OrvaneTableView *)));
     view->setModel(&table);
     view->resizeColumns();

@@ -57,8 +57,8 @@ void OrvaneDatabaseView::updateStatusLabels()
         m_rowCountLabel->setText(QString());
         return;
     }
-    OrvaneTableModel *table = getCurrentTableModel();
-    if (table == nullptr || table->getQDbptr() == nullptr || !table->getQDbptr()->isValid()) {
+    OrvaneTableModel *table = currentTable();
+    if (table == nullptr) {
         return;
     }
     loggingErrors("OrvaneDatabaseView::updateStatusLabels", [&] { showStatusOf(*table); });

@@ -56,6 +56,8 @@ OrvaneTableView::OrvaneTableView(OvConfig &config) : m_config(config)
     horizontalHeader()->setSectionsMovable(true);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     applyFont();
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(this, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showCellContextMenu(QPoint)));
     connect(&m_config, SIGNAL(configurationChanged()), this, SLOT(reconfigure()));
 }
 
@@ -106,6 +108,7 @@ void OrvaneTableView::setModel(OrvaneTableModel *model)
     if (m_model != nullptr && m_model != model) {
         disconnect(m_model, nullptr, this, SLOT(modelDestroyed()));
         disconnect(m_model, nullptr, this, SLOT(resizeColumns()));
+        disconnect(m_model, nullptr, this, SLOT(checkSortIndicator()));
     }
     m_model = model;
     if (model == nullptr) {
@@ -116,13 +119,29 @@ void OrvaneTableView::setModel(OrvaneTableModel *model)
     if (!m_config["show_empty_columns"].toBool()) {
         setFieldNamesVisible(model->getNonNullTableFields());
     }
+    // First, or the column by which an earlier model was sorted would sort this one.
+    horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
     setSortingEnabled(true);
     sortByColumn(0, Qt::AscendingOrder);
-    // No arrow may claim an order as long as the model keeps its own.
-    horizontalHeader()->setSortIndicatorShown(false);
+    // Behind the connection that sorts.
+    connect(horizontalHeader(), SIGNAL(sortIndicatorChanged(int, Qt::SortOrder)), this,
+            SLOT(checkSortIndicator()), Qt::UniqueConnection);
     resizeColumns();
     horizontalHeader()->setMinimumSectionSize(minimumColumnWidth);
     connect(model, SIGNAL(layoutChanged()), this, SLOT(resizeColumns()), Qt::UniqueConnection);
+    connect(model, SIGNAL(modelReset()), this, SLOT(checkSortIndicator()), Qt::UniqueConnection);
+}
+
+void OrvaneTableView::checkSortIndicator()
+{
+    if (m_model == nullptr || horizontalHeader()->sortIndicatorSection() == 0) {
+        return;
+    }
+    const bool isSorted =
+        m_model->columnCount() > 0 && m_model->getFacadeDbptr().table != m_model->getDbptr().table;
+    if (!isSorted) {
+        horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
+    }
 }
 
 OrvaneTableModel *OrvaneTableView::model() const
@@ -239,5 +258,7 @@ void OrvaneTableView::scrollToCell(int row, QString fieldname)
         const QModelIndex cell = m_model->indexForCell(row, fieldname);
         scrollTo(cell, QAbstractItemView::EnsureVisible);
         selectionModel()->select(cell, QItemSelectionModel::Select);
+        // The keyboard, too, goes on from here.
+        selectionModel()->setCurrentIndex(cell, QItemSelectionModel::NoUpdate);
     });
 }

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QFont>
+#include <QStringList>
 
 #include <orvanedatabasemodel.h>
 #include <orvanetablemodel.h>
@@ -64,6 +65,29 @@ public:
     OvConfig config;
     std::unique_ptr<OrvaneDatabaseModel> model;
 };
+
+// The first column of the field, which may be named with its table, as in views; 0 when there is none.
+inline int columnNamed(const OrvaneTableModel &table, const QString &field)
+{
+    for (int column = 1; column < table.columnCount(); ++column) {
+        const QString name = table.fieldNameForColumnIndex(column);
+        if (name == field || name.endsWith("." + field)) {
+            return column;
+        }
+    }
+    return 0;
+}
+
+// The values of a field as shown, from top to bottom.
+inline QStringList shownValues(const OrvaneTableModel &table, const QString &field)
+{
+    QStringList values;
+    const int column = columnNamed(table, field);
+    for (int row = 0; row < table.rowCount(); ++row) {
+        values.append(table.index(row, column).data().toString());
+    }
+    return values;
+}
 
 // What the event loop would do when it is next idle, deferred deletions included.
 inline void settle()

@@ -14,7 +14,10 @@ class OrvaneDatabaseModel;
 class OrvaneTableModel;
 class OrvaneTableView;
 class OvConfig;
+class QAction;
 class QLabel;
+struct DerivationInputs;
+struct ViewDerivation;
 
 // The window of one open database. Three pages, by index: 0 its tables, a tab each; 1 its derived views, a
 // closable tab each; 2 products made from it. Three labels below tell the rows, the age of the table and of
@@ -23,6 +26,10 @@ class QLabel;
 // It has no menus: the host binds its commands to the public slots. It owns neither configuration nor models:
 // the host keeps both alive, and deletes the window before the models or lets it empty itself when the
 // database model goes. No slot lets an exception out; what went wrong is shown in a modal box.
+//
+// Commands work on the table or view shown in the current tab. Where none is shown (no tab, a page of
+// products, a database that was closed) they do nothing and say nothing: a host disables them there. A
+// command that fails or is cancelled leaves the window as it was.
 //
 // For style sheets and tests the parts have object names: "stack", "tablesTabs", "viewsTabs", "productsTabs",
 // "rowCountLabel", "modificationLabel", "updateLabel".
@@ -59,6 +66,12 @@ public:
     int getCurrentStackIndex();
     void setCurrentStackIndex(int index);
 
+    // Asks for the name of a view to make; the text as typed, empty when the user cancels.
+    QString getNewViewName();
+
+    // Asks for an expression; empty when the user cancels.
+    QString getExpression(QString label);
+
 signals:
     void stackItemChanged(int index);
 
@@ -74,6 +87,33 @@ public slots:
 
     // 0 tables, 1 views, 2 products; any other value changes nothing. Always emits stackItemChanged().
     void showStackItem(int index);
+
+    // Each derives a view from the table shown, adds a tab for it and focuses it. A view without rows is
+    // dropped again and the user is told. The name is asked for while `request_view_names` is true; without a
+    // name (also when that question is cancelled) the database finds one. The action's data is the name of
+    // the other table, or of the view's table to sever or separate; a null action, or one without data, does
+    // nothing.
+    void showJoin(QAction *qa);
+    void showOuterJoin(QAction *qa);
+    void showLeftJoin(QAction *qa);
+    void showNoJoin(QAction *qa);
+    void showThetaJoin(QAction *qa);
+    void showSever(QAction *qa);
+    void showSeparate(QAction *qa);
+    void showSubset();
+
+    // The rows whose field has the value, which is put between single quotes as it is.
+    void showContextSubset(QString fieldName, QString fieldVal);
+    void showSort();
+    void showGroup();
+    void showUngroup();
+
+    // Lets the user choose the columns shown and their order.
+    void arrange();
+
+    // Asks for a row number and scrolls there.
+    void goToRow();
+
     void tabbedItemChanged();
     void updateStatusLabels();
 
@@ -91,6 +131,11 @@ private:
     void buildLayout();
     void addPage(QTabWidget &page, const char *objectName);
     QTabWidget *currentPage();
+    OrvaneTableModel *currentTable();
+    void derive(const ViewDerivation &derivation, DerivationInputs inputs);
+    void deriveWithTable(const ViewDerivation &derivation, const QAction *action);
+    bool askForInputs(const ViewDerivation &derivation, OrvaneTableModel &table, DerivationInputs &inputs);
+    void showDerived(OrvaneTableModel &view, const QString &whenEmpty);
     void addTableTab(OrvaneTableModel &table);
     void discardDetachedViews(const OrvaneTableModel *table);
     void applyRequestedFields();
@@ -109,6 +154,7 @@ private:
     QTabWidget m_productsTabs;
     // Table views whose tab was removed while their model lives on; deleted when that model gets a tab again.
     QList<QPointer<OrvaneTableView>> m_detachedViews;
+    bool m_isDeriving = false; // a view that is announced may yet turn out to be empty
 };
 
 #endif

@@ -12,7 +12,7 @@ class OrvaneTableModel;
 class OvConfig;
 
 // A table or view of a database as a grid: decides which columns are visible, in what order, and how wide
-// they are.
+// they are. A click on a header sorts, and a menu over a cell finds or asks for more of its kind.
 //
 // The view owns neither its configuration nor its model. When the model is destroyed the view emits
 // modelUnset() and shows nothing; its owner drops or replaces it then. No slot lets an exception out.
@@ -59,13 +59,27 @@ public slots:
 
     void modelDestroyed();
 
+    // Runs the menu of the cell at a place of the viewport.
+    void showCellContextMenu(QPoint pos);
+
 protected:
     // Says so where there is nothing to show.
     void paintEvent(QPaintEvent *event) override;
 
+private slots:
+    // Takes the arrow back from a column by which the model could not sort.
+    void checkSortIndicator();
+
 private:
+    struct CellCommand;
+
     void setRowHeight(int pixels);
     void applyFont();
+    void runCellCommand(const CellCommand &command, const QModelIndex &cell);
+    void findEqualCell(const QModelIndex &cell, bool backward);
+    void findBackward(const QModelIndex &cell);
+    void findForward(const QModelIndex &cell);
+    void requestSubset(const QModelIndex &cell);
 
     OvConfig &m_config;
     OrvaneTableModel *m_model = nullptr;

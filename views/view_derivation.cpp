@@ -1,0 +1,124 @@
+#include "view_derivation.h"
+
+#include <map>
+
+#include <QStringList>
+
+#include <orvane/tr.h>
+#include <orvanetablemodel.h>
+
+namespace {
+
+using Asks = ViewDerivation::Asks;
+using Inputs = DerivationInputs;
+using Table = OrvaneTableModel;
+
+QString tr(const char *text)
+{
+    return OvTranslation::tr(text);
+}
+
+// The blank inside the quotes and the missing one before the first field are meant.
+QString onFields(const QString &text, const QString &table, const QList<QString> &fields)
+{
+    QStringList quoted;
+    for (const QString &field : fields) {
+        quoted.append("'" + field + "'");
+    }
+    return text.arg(table + " ") + quoted.join(", ");
+}
+
+const std::map<Derive, ViewDerivation> derivations = {
+    {Derive::Subset,
+     {Asks::Expression, "Subset expression",
+      [](const QString &table, const Inputs &inputs) {
+          return tr("Subset of '%1' on expression '%2'").arg(table, inputs.expression);
+      },
+      [](Table &table, const Inputs &inputs, const QString &name) {
+          return table.subset(inputs.expression, name);
+      }}},
+    {Derive::Sort,
+     {Asks::FieldsAndOptions, "Sort fields",
+      [](const QString &table, const Inputs &inputs) {
+          return onFields(tr("Sort of '%1' on fields"), table, inputs.fields);
+      },
+      [](Table &table, const Inputs &inputs, const QString &name) {
+          return table.sort(inputs.fields, inputs.reverse, inputs.unique, name);
+      }}},
+    {Derive::Group,
+     {Asks::Fields, "Group fields",
+      [](const QString &table, const Inputs &inputs) {
+          return onFields(tr("Group of '%1' on fields"), table, inputs.fields);
+      },
+      [](Table &table, const Inputs &inputs, const QString &name) {
+          return table.group(inputs.fields, name);
+      }}},
+    {Derive::Ungroup,
+     {Asks::Nothing, nullptr,
+      [](const QString &table, const Inputs & /*inputs*/) { return tr("Ungroup of '%1'").arg(table); },
+      [](Table &table, const Inputs & /*inputs*/, const QString &name) { return table.ungroup(name); }}},
+    {Derive::Join,
+     {Asks::Nothing, nullptr,
+      [](const QString &table, const Inputs &inputs) {
+          return tr("Join of '%1' to '%2'").arg(table, inputs.table);
+      },
+      [](Table &table, const Inputs &inputs, const QString &name) {
+          return table.joinTo(inputs.table, name);
+      }}},
+    {Derive::OuterJoin,
+     {Asks::Nothing, nullptr,
+      [](const QString &table, const Inputs &inputs) {
+          return tr("Outer-join of '%1' to '%2'").arg(table, inputs.table);
+      },
+      [](Table &table, const Inputs &inputs, const QString &name) {
+          return table.outerJoinTo(inputs.table, name);
+      }}},
+    {Derive::LeftJoin,
+     {Asks::Nothing, nullptr,
+      [](const QString &table, const Inputs &inputs) {
+          return tr("Left-join of '%1' to '%2'").arg(table, inputs.table);
+      },
+      [](Table &table, const Inputs &inputs, const QString &name) {
+          return table.leftJoinTo(inputs.table, name);
+      }}},
+    {Derive::NoJoin,
+     {Asks::Nothing, nullptr,
+      [](const QString &table, const Inputs &inputs) {
+          return tr("No-join of '%1' to '%2'").arg(table, inputs.table);
+      },
+      [](Table &table, const Inputs &inputs, const QString &name) {
+          return table.noJoinTo(inputs.table, name);
+      }}},
+    {Derive::ThetaJoin,
+     {Asks::Expression, "Theta-join expression",
+      [](const QString &table, const Inputs &inputs) {
+          return tr("Theta-join of '%1' to '%2' with expression '%3'")
+              .arg(table, inputs.table, inputs.expression);
+      },
+      [](Table &table, const Inputs &inputs, const QString &name) {
+          return table.thetaJoinTo(inputs.table, inputs.expression, name);
+      }}},
+    {Derive::Sever,
+     {Asks::Nothing, nullptr,
+      [](const QString &table, const Inputs &inputs) {
+          return tr("Sever of table '%1' from '%2'").arg(inputs.table, table);
+      },
+      [](Table &table, const Inputs &inputs, const QString &name) {
+          return table.sever(inputs.table, name);
+      }}},
+    {Derive::Separate,
+     {Asks::Nothing, nullptr,
+      [](const QString &table, const Inputs &inputs) {
+          return tr("Separate table '%1' from '%2'").arg(inputs.table, table);
+      },
+      [](Table &table, const Inputs &inputs, const QString &name) {
+          return table.separate(inputs.table, name);
+      }}},
+};
+
+} // namespace
+
+const ViewDerivation &viewDerivation(Derive which)
+{
+    return derivations.at(which);
+}

@@ -14,12 +14,18 @@
 #include <qlistchooserdialog.h>
 #include <qovutil.h>
 
+#include "expression_assistant.h"
 #include "slot_guard.h"
 #include "view_derivation.h"
 
 namespace {
 
 constexpr QSize expressionDialogSize(500, 100); // pixels
+
+Dbptr dbptrOf(const OrvaneTableModel *table)
+{
+    return table == nullptr ? dbinvalid() : table->getDbptr();
+}
 
 } // namespace
 
@@ -34,11 +40,19 @@ QString OrvaneDatabaseView::getNewViewName()
 
 QString OrvaneDatabaseView::getExpression(QString label)
 {
+    return askForExpression(label, QString());
+}
+
+// Of a theta join, `other` is the table on the other side.
+QString OrvaneDatabaseView::askForExpression(const QString &label, const QString &other)
+{
     // Deleted by the window, should that go while the dialog is open.
     const QPointer<QInputDialog> dialog = new QInputDialog(this);
     dialog->setInputMode(QInputDialog::TextInput);
     dialog->setLabelText(label + OvTranslation::tr(":"));
     dialog->resize(expressionDialogSize);
+    new ExpressionAssistant(*dialog, m_config, dbptrOf(currentTable()),
+                            dbptrOf(other.isEmpty() ? nullptr : m_model->getTableModel(other)));
     const bool accepted = dialog->exec() == QDialog::Accepted;
     const QString expression = accepted && dialog != nullptr ? dialog->textValue() : QString();
     delete dialog;
@@ -55,7 +69,7 @@ bool OrvaneDatabaseView::askForInputs(const ViewDerivation &derivation, OrvaneTa
         return true;
     case Asks::Expression:
         if (inputs.expression.isEmpty()) {
-            inputs.expression = getExpression(OvTranslation::tr(derivation.question));
+            inputs.expression = askForExpression(OvTranslation::tr(derivation.question), inputs.table);
         }
         return !inputs.expression.isEmpty();
     case Asks::Fields:

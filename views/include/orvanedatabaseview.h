@@ -134,6 +134,7 @@ private:
     OrvaneTableModel *currentTable();
     void derive(const ViewDerivation &derivation, DerivationInputs inputs);
     void deriveWithTable(const ViewDerivation &derivation, const QAction *action);
+    QString askForExpression(const QString &label, const QString &other);
     bool askForInputs(const ViewDerivation &derivation, OrvaneTableModel &table, DerivationInputs &inputs);
     void showDerived(OrvaneTableModel &view, const QString &whenEmpty);
     void addTableTab(OrvaneTableModel &table);

@@ -19,6 +19,7 @@
 namespace {
 
 constexpr QSize preferredSize(1120, 720);
+const QString historyKey = QStringLiteral("expression_history");
 constexpr int cascadeStep = 32; // pixels between one window and the next
 constexpr int titleBar = 30;    // about what a window manager adds above a window
 
@@ -65,6 +66,8 @@ Application::Application(Settings &settings)
     connect(&m_progress, &OperationProgress::cancelled, this, &Application::tellCancelled);
     registerKnownKeys(m_config);
     m_settings.restore(m_config);
+    m_history = m_config[historyKey];
+    connect(&m_config, &OvConfig::configurationChanged, this, &Application::rememberHistory);
 }
 
 Application::~Application()
@@ -109,6 +112,15 @@ OperationProgress::Place Application::placeOfWork() const
     }
     OrvaneTableModel *table = window->view()->getCurrentTableModel();
     return {window, table == nullptr ? QString() : table->getTableName()};
+}
+
+// What was asked is no setting that somebody chooses; it is kept when it changes.
+void Application::rememberHistory()
+{
+    if (m_config[historyKey] != m_history) {
+        m_history = m_config[historyKey];
+        m_settings.remember(m_config, historyKey);
+    }
 }
 
 void Application::tellCancelled(QWidget *window, const QString &text)

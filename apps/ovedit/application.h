@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
+#include <QVariant>
 
 #include <ovconfig.h>
 
@@ -67,6 +68,7 @@ private:
     void placeWindow(MainWindow &window) const;
     void noteFocus(QWidget *focused);
     OperationProgress::Place placeOfWork() const;
+    void rememberHistory();
     void tellCancelled(QWidget *window, const QString &text);
 
     Settings &m_settings;
@@ -74,6 +76,7 @@ private:
     ProblemLog m_problems;
     QList<QPointer<MainWindow>> m_windows;
     QPointer<MainWindow> m_inFront;
+    QVariant m_history; // the expressions that are in the settings
     OperationProgress m_progress;
 };
 

@@ -32,6 +32,8 @@ const Switch switches[] = {
      QT_TRANSLATE_NOOP("ovedit", "Mark blank values by the colour of their cells")},
     {"show_empty_columns", QT_TRANSLATE_NOOP("ovedit", "&Empty Columns"),
      QT_TRANSLATE_NOOP("ovedit", "Show the columns that hold no values, too")},
+    {"request_view_names", QT_TRANSLATE_NOOP("ovedit", "&Ask for View Names"),
+     QT_TRANSLATE_NOOP("ovedit", "Ask how each derived view is to be called")},
     {"alternate_row_colors", QT_TRANSLATE_NOOP("ovedit", "&Striped Rows"),
      QT_TRANSLATE_NOOP("ovedit", "Shade every other row")},
 };
@@ -62,6 +64,7 @@ std::span<const KnownKey> knownKeys()
         {"alternate_row_colors", true},
         {"fieldedit_width_chars", 40},
         {"fields", QString()},
+        {"expression_history", QStringList()},
     };
     return keys;
 }

@@ -225,11 +225,36 @@ void MainWindow::quit()
     m_application.quit();
 }
 
-void MainWindow::closeProduct()
+void MainWindow::closeTab()
 {
-    if (m_view != nullptr && m_view->getCurrentStackIndex() == 2) {
-        m_view->closeProductsTab(m_view->getCurrentTabIndex());
-        m_menus->update();
+    if (m_view == nullptr) {
+        return;
+    }
+    const int tab = m_view->getCurrentTabIndex();
+    switch (m_view->getCurrentStackIndex()) {
+    case 1:
+        m_view->closeViewsTab(tab);
+        break;
+    case 2:
+        m_view->closeProductsTab(tab);
+        break;
+    default:
+        break; // tables stay
+    }
+    m_menus->update();
+}
+
+void MainWindow::arrangeColumns()
+{
+    if (m_view != nullptr) {
+        m_view->arrange();
+    }
+}
+
+void MainWindow::goToRow()
+{
+    if (m_view != nullptr) {
+        m_view->goToRow();
     }
 }
 

@@ -57,7 +57,9 @@ public:
 
     // The commands of the menus.
     void openDatabase();
-    void closeProduct();
+    void closeTab();
+    void arrangeColumns();
+    void goToRow();
     void nextTab();
     void previousTab();
     void lookForChanges();

@@ -13,6 +13,7 @@
 
 #include "application.h"
 #include "configuration.h"
+#include "derive_menu.h"
 #include "main_window.h"
 
 namespace {
@@ -45,6 +46,10 @@ const Command viewCommands[] = {
      &MainWindow::chooseTimeZone},
     {"updateInterval", T("Update &Interval..."), "", T("Say how often to look for changed tables"),
      Needs::Nothing, &MainWindow::chooseUpdateInterval},
+    {"arrange", T("Arran&ge Columns..."), "Ctrl+Shift+A", T("Choose the columns shown and their order"),
+     Needs::Table, &MainWindow::arrangeColumns},
+    {"goToRow", T("Go to Ro&w..."), "Ctrl+G", T("Scroll to a row by its number"), Needs::Table,
+     &MainWindow::goToRow},
     {"lookForChanges", T("Look for &Changes"), "F5", T("Look now for changed tables"), Needs::Database,
      &MainWindow::lookForChanges},
 };
@@ -52,8 +57,8 @@ const Command viewCommands[] = {
 const Command tabCommands[] = {
     {"nextTab", T("&Next Tab"), "Ctrl+PgDown", "", Needs::SeveralTabs, &MainWindow::nextTab},
     {"previousTab", T("P&revious Tab"), "Ctrl+PgUp", "", Needs::SeveralTabs, &MainWindow::previousTab},
-    {"closeProduct", T("&Close Product"), "Ctrl+F4", T("Close the product shown"), Needs::Product,
-     &MainWindow::closeProduct},
+    {"closeTab", T("&Close View"), "Ctrl+F4", T("Close the view or product shown"), Needs::ClosableTab,
+     &MainWindow::closeTab},
 };
 
 const Command schemaCommand = {
@@ -80,6 +85,7 @@ const Page pages[] = {
 
 #undef T
 
+constexpr int tablesPage = 0;
 constexpr int productsPage = 2;
 
 // A path short enough for a menu, its end kept.
@@ -120,6 +126,8 @@ void Menus::build()
     }
     m_timeZone = m_window.findChild<QAction *>("timeZone");
 
+    m_derive = new DeriveMenu(m_window, bar);
+
     QMenu &windowMenu = *bar.addMenu(tr("&Window"));
     addPages(windowMenu);
     windowMenu.addSeparator();
@@ -127,6 +135,7 @@ void Menus::build()
     for (const Command &command : tabCommands) {
         addCommand(windowMenu, command);
     }
+    m_closeTab = m_window.findChild<QAction *>("closeTab");
     windowMenu.addSeparator();
     m_windows = addListMenu(windowMenu, tr("&Databases"), "windowsMenu", &Menus::fillWindows);
 
@@ -214,8 +223,10 @@ bool Menus::isMet(Needs needs) const
         return view != nullptr;
     case Needs::SeveralTabs:
         return view != nullptr && m_window.page(view->getCurrentStackIndex())->count() > 1;
-    case Needs::Product:
-        return view != nullptr && view->getCurrentStackIndex() == productsPage &&
+    case Needs::Table:
+        return view != nullptr && view->getCurrentTableModel() != nullptr;
+    case Needs::ClosableTab:
+        return view != nullptr && view->getCurrentStackIndex() != tablesPage &&
                view->getCurrentTabIndex() >= 0;
     }
     return false;
@@ -236,6 +247,9 @@ void Menus::update()
         m_pages[index]->setEnabled(page != nullptr && (index == 0 || page->count() > 0));
         m_pages[index]->setChecked(view != nullptr && view->getCurrentStackIndex() == index);
     }
+    m_closeTab->setText(view != nullptr && view->getCurrentStackIndex() == productsPage ? tr("&Close Product")
+                                                                                        : tr("&Close View"));
+    m_derive->update();
     m_tables->setEnabled(isMet(Needs::Database));
     m_recent->setEnabled(!m_window.application().settings().recentDatabases().isEmpty());
     m_problems->setEnabled(!m_window.application().problemsFor(m_window).isEmpty());

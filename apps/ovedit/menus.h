@@ -7,12 +7,13 @@
 #include <QObject>
 #include <QString>
 
+class DeriveMenu;
 class MainWindow;
 class QAction;
 class QMenu;
 
 // What a command needs to be of use; where that is missing its entry is disabled.
-enum class Needs { Nothing, Database, SeveralTabs, Product };
+enum class Needs { Nothing, Database, Table, SeveralTabs, ClosableTab };
 
 struct Command {
     const char *name; // object name of the action
@@ -57,6 +58,8 @@ private:
     QMenu *m_windows = nullptr;
     QAction *m_problems = nullptr;
     QAction *m_timeZone = nullptr;
+    QAction *m_closeTab = nullptr;
+    DeriveMenu *m_derive = nullptr;
 };
 
 #endif

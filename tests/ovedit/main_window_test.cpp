@@ -23,7 +23,7 @@ TEST_F(RunningProgram, offersToOpenADatabaseWhenItHasNone)
     EXPECT_FALSE(window.hasDatabase());
     EXPECT_NE(window.findChild<StartPage *>(), nullptr);
     EXPECT_EQ(window.windowTitle(), "ovedit");
-    for (const char *name : {"schema", "lookForChanges", "nextTab", "previousTab", "closeProduct",
+    for (const char *name : {"schema", "lookForChanges", "nextTab", "previousTab", "closeTab",
                              "pageTables", "pageViews", "pageProducts", "problems"}) {
         EXPECT_FALSE(action(window, name).isEnabled()) << name;
     }
@@ -335,11 +335,11 @@ TEST_F(RunningProgram, closesAProductFromTheMenu)
     window.page(2)->addTab(new QWidget, "map");
     window.view()->showStackItem(2);
     EXPECT_TRUE(action(window, "pageProducts").isEnabled());
-    EXPECT_TRUE(action(window, "closeProduct").isEnabled());
-    action(window, "closeProduct").trigger();
+    EXPECT_TRUE(action(window, "closeTab").isEnabled());
+    action(window, "closeTab").trigger();
     EXPECT_EQ(window.page(2)->count(), 0);
     EXPECT_EQ(window.view()->getCurrentStackIndex(), 0);
-    EXPECT_FALSE(action(window, "closeProduct").isEnabled());
+    EXPECT_FALSE(action(window, "closeTab").isEnabled());
 }
 
 TEST_F(RunningProgram, listsTablesWindowsAndRecentDatabasesInItsMenus)

@@ -73,6 +73,9 @@ int OperationProgress::told(double fraction)
     if (m_told) {
         return 0; // asked by something that an event handler called: not what the dialog is about
     }
+    if (m_cancelled) {
+        return 1; // what is called after it, before anybody could ask for something else
+    }
     const QScopedValueRollback<bool> telling(m_told, true);
     if (!m_clock.isValid()) {
         begin();
@@ -87,7 +90,10 @@ int OperationProgress::told(double fraction)
         m_dialog->tell(fraction, elapsed);
     }
     handleEvents();
-    m_cancelled = m_cancelled || (m_dialog != nullptr && m_dialog->isCancelled());
+    if (m_dialog != nullptr && m_dialog->isCancelled()) {
+        m_cancelled = true;
+        hideDialog(); // the operation ends with this call
+    }
     return m_cancelled ? 1 : 0;
 }
 
@@ -130,6 +136,15 @@ void OperationProgress::handleEvents()
     }
 }
 
+void OperationProgress::hideDialog()
+{
+    if (m_dialog != nullptr) {
+        m_dialog->hide();
+        m_dialog->deleteLater();
+        m_dialog.clear();
+    }
+}
+
 void OperationProgress::end()
 {
     m_end.stop();
@@ -138,11 +153,7 @@ void OperationProgress::end()
         QApplication::restoreOverrideCursor();
         m_busyCursor = false;
     }
-    if (m_dialog != nullptr) {
-        m_dialog->hide();
-        m_dialog->deleteLater();
-        m_dialog.clear();
-    }
+    hideDialog();
     if (std::exchange(m_cancelled, false)) {
         emit cancelled(m_window, m_cancelledText);
     }
@@ -150,9 +161,11 @@ void OperationProgress::end()
 
 bool OperationProgress::eventFilter(QObject *watched, QEvent *event)
 {
-    if (m_cancelled && event->type() == QEvent::Polish) { // the last moment before a box is seen
+    // The last moment before another dialog is seen: the result of the operation, or why there is none.
+    if (event->type() == QEvent::Polish && m_clock.isValid() && !m_told && watched->inherits("QDialog")) {
+        hideDialog();
         auto *box = qobject_cast<QMessageBox *>(watched);
-        if (box != nullptr && box->text().contains(QLatin1String(": cancelled"))) {
+        if (m_cancelled && box != nullptr && box->text().contains(QLatin1String(": cancelled"))) {
             box->setAttribute(Qt::WA_DontShowOnScreen);
             QMetaObject::invokeMethod(box, "reject", Qt::QueuedConnection);
         }

@@ -56,6 +56,7 @@ private:
     void begin();
     void showDialog();
     void handleEvents();
+    void hideDialog();
     void end();
 
     WhereAsked m_where;

@@ -396,18 +396,19 @@ void OrvaneDatabaseView::removeTable(QString tableName)
 
 void OrvaneDatabaseView::closeViewsTab(int tabIndex)
 {
-    OrvaneTableView *view = tableViewAt(m_viewsTabs, tabIndex);
+    const QPointer<OrvaneTableView> view = tableViewAt(m_viewsTabs, tabIndex);
     if (view == nullptr) {
         return;
     }
     showingErrors([&] {
         m_viewsTabs.removeTab(tabIndex);
+        view->deleteLater(); // for a view whose model is not the database's to delete
         OrvaneTableModel *table = view->model();
         OrvaneDatabaseModel *database = table == nullptr ? nullptr : table->getParent();
         if (database == nullptr) {
             return;
         }
-        database->deleteView(table->getTableName()); // deletes `view` too, by way of tableModelUnset()
+        database->deleteView(table->getTableName()); // by way of tableModelUnset() this deletes `view`, too
         if (m_viewsTabs.count() == 0) {
             showStackItem(TablesPage);
         }

@@ -180,6 +180,8 @@ void OrvaneTableView::setFieldNamesVisible(QList<QString> names)
         return;
     }
     QHeaderView &columns = *horizontalHeader();
+    columns.setStretchLastSection(
+        false); // or every step would stretch another; resizeColumns() sets it again
     for (int column = 0; column < m_model->columnCount(); ++column) {
         hideColumn(column);
     }

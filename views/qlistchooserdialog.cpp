@@ -1,5 +1,6 @@
 #include <qlistchooserdialog.h>
 
+#include <algorithm>
 #include <utility>
 
 #include <QCheckBox>
@@ -198,12 +199,17 @@ bool QListChooserDialog::eventFilter(QObject *watched, QEvent *event)
 // nothing to add, Enter is left to the OK button.
 bool QListChooserDialog::chooseSelected()
 {
+    QModelIndexList selected = m_source->selectionModel()->selectedIndexes();
+    std::sort(selected.begin(), selected.end()); // from top to bottom, however they were selected
+    if (selected.isEmpty())
+        selected.append(m_source->currentIndex());
+    QList<QString> names;
+    for (const QModelIndex &name : qAsConst(selected))
+        if (name.isValid())
+            names.append(name.data().toString());
+
     const int before = m_chosen->count();
-    if (m_source->selectedItems().isEmpty())
-        m_chosen->addItem(m_source->currentItem());
-    for (int row = 0; row < m_source->count(); ++row)
-        if (m_source->item(row)->isSelected())
-            m_chosen->addItem(m_source->item(row));
+    m_chosen->addNames(names);
     return m_chosen->count() > before;
 }
 

@@ -16,6 +16,22 @@ void QListChooserWidget::addItem(QListWidgetItem *item)
     emit itemAdded();
 }
 
+void QListChooserWidget::addNames(const QList<QString> &names)
+{
+    QSet<QString> known;
+    for (int row = 0; row < count(); ++row)
+        known.insert(item(row)->text());
+    QStringList added;
+    for (const QString &name : names) {
+        if (!known.contains(name))
+            added.append(name);
+        known.insert(name);
+    }
+    addItems(added);
+    for (int i = 0; i < added.size(); ++i)
+        emit itemAdded();
+}
+
 void QListChooserWidget::keyPressEvent(QKeyEvent *event)
 {
     if (!isRemovalKey(*event)) {

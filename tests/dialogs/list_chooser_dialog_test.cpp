@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
+#include <QElapsedTimer>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -137,6 +138,34 @@ TEST_F(ListChooserDialog, TakesTheSelectedNamesOverOnEnterAndAcceptsWhenNoneIsNe
     EXPECT_FALSE(m_dialog->isVisible());
     EXPECT_EQ(m_dialog->result(), QDialog::Accepted);
     EXPECT_EQ(m_dialog->getListValue(), QList<QString>(expected));
+}
+
+TEST_F(ListChooserDialog, TakesNamesOverFromTopToBottomHoweverTheyWereSelected)
+{
+    open();
+    source().setFocus();
+    click(source(), 3);
+    click(source(), 0, Qt::ControlModifier);
+    click(source(), 2, Qt::ControlModifier);
+    QTest::keyClick(&source(), Qt::Key_Return);
+    EXPECT_EQ(textsOf(chosen()), (QStringList{"sta", "arid", "chan"}));
+}
+
+TEST(ListChooserDialogOfManyNames, TakesThemAllOverAtOnce)
+{
+    QList<QString> names;
+    for (int i = 0; i < 50000; ++i)
+        names.append("name" + QString::number(i));
+    QListChooserDialog dialog(nullptr, names);
+    showAndWait(dialog);
+    auto &source = *dialog.findChild<QListWidget *>("fields");
+    source.setFocus();
+    QElapsedTimer timer;
+    timer.start();
+    QTest::keyClick(&source, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(&source, Qt::Key_Return);
+    EXPECT_EQ(textsOf(*dialog.findChild<QListChooserWidget *>()), QStringList(names));
+    EXPECT_LT(timer.elapsed(), 20000) << "each name is looked for among all the others";
 }
 
 TEST_F(ListChooserDialog, TakesTheCurrentNameOverOnEnterWhereNoneIsSelected)

@@ -92,6 +92,17 @@ TEST_F(ListChooserWidget, PassesOverNoItemAtAll)
     EXPECT_EQ(m_added.count(), 0);
 }
 
+TEST_F(ListChooserWidget, AddsManyNamesAtOnceAndTellsOfEachNewOne)
+{
+    fill({"b"});
+    m_list.addNames({"a", "b", "c", "a"});
+    EXPECT_EQ(textsOf(m_list), (QStringList{"b", "a", "c"}));
+    EXPECT_EQ(m_added.count(), 2);
+    m_list.addNames({"c"});
+    m_list.addNames({});
+    EXPECT_EQ(m_added.count(), 2);
+}
+
 TEST_F(ListChooserWidget, TakesEverySelectedItemOutOnDelete)
 {
     fill({"a", "b", "c", "d"});

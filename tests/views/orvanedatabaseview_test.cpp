@@ -355,7 +355,8 @@ OrvaneTableView *addViewTab(QTabWidget &views, OvConfig &config, OrvaneTableMode
 TEST_F(DatabaseWindow, returnsToTheTablesWhenTheLastViewIsClosed)
 {
     window.setModel(&database.open());
-    addViewTab(views(), database.config, &database.table("site"), "one");
+    const QPointer<OrvaneTableView> one =
+        addViewTab(views(), database.config, &database.table("site"), "one");
     addViewTab(views(), database.config, &database.table("site"), "two");
     window.showStackItem(1);
     window.closeViewsTab(5);
@@ -363,6 +364,8 @@ TEST_F(DatabaseWindow, returnsToTheTablesWhenTheLastViewIsClosed)
     window.closeViewsTab(0);
     EXPECT_EQ(tabTexts(views()), Names{"two"});
     EXPECT_EQ(window.getCurrentStackIndex(), 1);
+    settle();
+    EXPECT_TRUE(one.isNull());
     window.closeViewsTab(0);
     EXPECT_EQ(window.getCurrentStackIndex(), 0);
 }

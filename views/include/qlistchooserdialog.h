@@ -21,6 +21,9 @@ class OVQT_EXPORT QListChooserWidget : public QListWidget
 public:
     explicit QListChooserWidget(QWidget *parent = nullptr);
 
+    // Appends the names that are not there yet, at once; itemAdded() for each of them.
+    void addNames(const QList<QString> &names);
+
 signals:
     // A name was added. After a drop: once for every name of the list.
     void itemAdded();

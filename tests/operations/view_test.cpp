@@ -211,7 +211,7 @@ protected:
         std::vector<orvane::RowNumber> renumbered;
         for (const int number : numbers)
             renumbered.push_back(number < 0 ? orvane::null_row : static_cast<orvane::RowNumber>(number));
-        database.renumber(*base, renumbered);
+        database.renumber(*base, base->generation(), renumbered);
     }
     // The arrivals without the second one.
     void dropSecondArrival()

@@ -320,6 +320,54 @@ ORVANE_DB_EXPORT int dbexpr_function(int64_t index, DbFunction *function);
  * there is none, or another negative code. */
 ORVANE_DB_EXPORT int64_t dbfind(Dbptr db, const char *expression, int backwards, dbprogress_hook hook);
 
+/* ---- Changing ------------------------------------------------------------------------------------
+ *
+ * Of a database opened with "r+". A change is there whole when its call returns, for other programs too, and
+ * survives the end of this one; with `durability: disk` in the descriptor that of the machine. A call that
+ * fails leaves the table as it was. Writers lock the table's file (unless the descriptor says `locks: none`):
+ * a call waits for another one's lock, asks the process's progress hook meanwhile and is given up with
+ * dbERROR_CANCELLED. Details are in docs/editing.md.
+ *
+ * A record is known by its number. When another program crunched or replaced the table since this one last
+ * read of it, a change by number fails with dbERROR_STALE: read the table again.
+ *
+ * Errors beside the general ones: dbERROR_VALUE for a value that does not fit, with what was expected;
+ * dbERROR_PERMISSION for what was opened to be read and for files and folders that can't be written. */
+
+/* Puts a value into `field` (null: the field that `db` points to) of the record, of the scratch record, or of
+ * the base record of the view's row that `db` points to. It is printed by the field's format and checked
+ * against its type, width and range (a null passes the range); what does not fit is refused, never cut. The
+ * value need not be of the field's type (value->type says which member holds it): a whole number fits a real
+ * field, a text any that it can be read as, a number a text. Text is UTF-8 without control characters. The
+ * record's timestamp is set to the present time, whatever is put there. Returns 0 or a negative code. */
+ORVANE_DB_EXPORT int dbputv(Dbptr db, const char *field, const DbValue *value);
+
+/* Appends a record to a base table and answers its number, or a negative code. `record` is its text, without
+ * a line feed, checked field by field and otherwise kept as it stands; null: the table's scratch record,
+ * which stays as it is. Keys are not looked at. A record of nothing but nulls is refused; the timestamp,
+ * which is set to the present time, does not count there. A table without a file gets one, in the first
+ * folder of the dbpath. */
+ORVANE_DB_EXPORT int64_t dbadd(Dbptr db, const char *record);
+
+/* As dbadd, but when a record has the same primary key answers its number, the lowest where there are
+ * several, and adds nothing. Keys are the same when their values are, both ends of a range included. A table
+ * without a primary key has no same ones. */
+ORVANE_DB_EXPORT int64_t dbaddchk(Dbptr db, const char *record);
+
+/* Makes the record of a base table one of nothing but nulls; flags a row of a view, which stays as it is
+ * until the view is crunched. Returns 0 or a negative code. */
+ORVANE_DB_EXPORT int dbmark(Dbptr db);
+
+/* Removes the records of a base table that have nothing but nulls, or the flagged rows of a view. The views
+ * over the table follow: rows whose records are gone go, bundles without rows too. A table's file is replaced
+ * by a new one. Returns 0 or a negative code. */
+ORVANE_DB_EXPORT int dbcrunch(Dbptr db);
+
+/* A new number for the id field `name` ("orid"), greater than any in use in the table that defines it and,
+ * where the schema has the table lastid, than any given out before, also by other programs; else the caller
+ * has to use it before he or another asks again. Returns the number, or a negative code. */
+ORVANE_DB_EXPORT int64_t dbnextid(Dbptr db, const char *name);
+
 #ifdef __cplusplus
 }
 #endif

@@ -8,6 +8,7 @@ Database::Database(LocatedDatabase located, bool writable, Storage &storage)
     : path_(std::move(located.path)), descriptor_(std::move(located.descriptor)),
       schema_(std::move(located.schema)), writable_(writable)
 {
+    const FilePolicy policy{descriptor_.locks == Locks::Local, descriptor_.durability == Durability::Disk};
     const LocatedPath home = path_.folder();
     const std::string stem = path_.name();
     for (const Relation &relation : schema_->relations()) {
@@ -18,7 +19,7 @@ Database::Database(LocatedDatabase located, bool writable, Storage &storage)
                                            : home.entry(folder).entry(stem + "." + relation.name));
         }
         tables_.push_back(
-            std::make_shared<BaseTable>(relation, schema_->name, storage, std::move(places), writable));
+            std::make_shared<BaseTable>(relation, *schema_, storage, std::move(places), writable, policy));
     }
 }
 

@@ -70,9 +70,18 @@ public:
     // The index of a base table or view by its name, also of a freed grouped view that is a member of another
     // view: its fields are still named by its name. -1 where there is none.
     std::int64_t index_for_lookup(std::string_view table_name);
-    // Records of a base table were numbered anew: `renumbered` has the new number of each old one, null_row
-    // for those that are gone. Every view over the table follows, those that no list shows too.
-    void renumber(RecordTable &table, std::span<const RowNumber> renumbered);
+    // Records of a base table, which had their numbers at that generation, were numbered anew: `renumbered`
+    // has the new number of each old one, null_row for those that are gone. Every view over the table
+    // follows, those that no list shows too.
+    void renumber(RecordTable &table, std::uint64_t generation, std::span<const RowNumber> renumbered);
+
+    // ---- Changing ----
+
+    // Removes the marked records of a base table, or the flagged rows of a view, and has all views follow.
+    Status crunch(Table &table, Work &work);
+    // The next number for the records that an id field names: one more than the one kept in the table lastid,
+    // if the schema has that, and than the greatest in use. Kept there as given out.
+    Result<std::int64_t> next_id(std::string_view id_field, Work &work);
 
     // An operation runs in this database: another one, or closing, is refused meanwhile.
     bool operation_running = false;
@@ -89,6 +98,9 @@ private:
     Descriptor descriptor_;
     std::shared_ptr<const Schema> schema_;
     bool writable_;
+    // Rows of a view got new numbers, null_row for those that went: what is grouped of it follows.
+    void follow_rows(const Table &view, std::span<const RowNumber> moved);
+    Result<std::int64_t> greatest_in_use(const Relation &relation, std::string_view id_field, Work &work);
     std::shared_ptr<Table> unlisted_table(std::int64_t index) const;
     // A grouped view of that name which something keeps.
     std::shared_ptr<Table> freed_member(std::string_view name) const;

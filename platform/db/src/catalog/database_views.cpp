@@ -99,26 +99,22 @@ std::int64_t Database::index_for_bundles(const std::shared_ptr<Table> &source)
 
 // Numbers change from the bottom up: a table's records, the rows of views over it, the bundles of those rows,
 // which are records again.
-void Database::renumber(RecordTable &table, std::span<const RowNumber> renumbered)
+void Database::renumber(RecordTable &table, std::uint64_t generation, std::span<const RowNumber> renumbered)
 {
     static_cast<void>(table.snapshot()); // the numbers hold for the records as they are now
-    for (const auto &kept : all_views_) {
-        const auto view = std::dynamic_pointer_cast<View>(kept.lock());
-        if (!view)
-            continue;
-        const std::vector<RowNumber> moved = view->renumber(table, renumbered);
-        if (moved.empty())
-            continue;
-        for (const auto &other : all_views_)
-            if (const auto grouped = std::dynamic_pointer_cast<GroupedView>(other.lock());
-                grouped && grouped->source() == view)
-                renumber(*grouped, grouped->renumber(moved));
-    }
-    // A grouped view can be the source of another one.
-    for (const auto &other : all_views_)
-        if (const auto grouped = std::dynamic_pointer_cast<GroupedView>(other.lock());
-            grouped && grouped->source().get() == &table)
-            renumber(*grouped, grouped->renumber(renumbered));
+    for (const auto &kept : all_views_)
+        if (const auto view = std::dynamic_pointer_cast<View>(kept.lock()))
+            if (const auto moved = view->renumber(table, generation, renumbered); !moved.empty())
+                follow_rows(*view, moved);
+    follow_rows(table, renumbered); // a grouped view can be the source of another one
+}
+
+void Database::follow_rows(const Table &view, std::span<const RowNumber> moved)
+{
+    for (const auto &kept : all_views_)
+        if (const auto grouped = std::dynamic_pointer_cast<GroupedView>(kept.lock());
+            grouped && grouped->source().get() == &view)
+            renumber(*grouped, grouped->generation(), grouped->renumber(moved));
 }
 
 } // namespace orvane

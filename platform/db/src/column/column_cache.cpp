@@ -70,6 +70,26 @@ void ColumnCache::keep(FileVersion version, int field, std::shared_ptr<const Col
     used_ += bytes;
 }
 
+void ColumnCache::update(FileVersion version, const Update &update)
+{
+    auto at = index_.lower_bound({version, std::numeric_limits<int>::min()});
+    while (at != index_.end() && at->first.first == version) {
+        const int field = at->first.second;
+        const auto entry = at->second;
+        ++at;
+        // Made by us as one that can be changed; constant is what is handed out.
+        if (entry->column.use_count() != 1 || !update(field, const_cast<Column &>(*entry->column))) {
+            erase(entry);
+            continue;
+        }
+        used_ -= entry->bytes;
+        entry->bytes = entry->column->bytes();
+        used_ += entry->bytes;
+    }
+    while (used_ > budget_)
+        erase(std::prev(entries_.end()));
+}
+
 void ColumnCache::drop(FileVersion version)
 {
     auto at = index_.lower_bound({version, std::numeric_limits<int>::min()});

@@ -4,6 +4,7 @@
 #include "storage/block_cache.h"
 
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <map>
 #include <memory>
@@ -31,6 +32,10 @@ public:
     // Keeps a column, and lets go of the least recently used ones that the budget has no room for. A column
     // that is larger than the budget is not kept.
     void keep(FileVersion version, int field, std::shared_ptr<const Column> column);
+    // Lets every kept column of a version follow a change of its file, by who knows the change. One that is
+    // in use elsewhere goes, and one for which the answer is false.
+    using Update = std::function<bool(int field, Column &column)>;
+    void update(FileVersion version, const Update &update);
     // Lets go of all columns of a version.
     void drop(FileVersion version);
 

@@ -1,31 +1,11 @@
 #include "operation/row_batch.h"
 
 #include "base/concat.h"
+#include "table/value_type.h"
 
 namespace orvane {
 
 namespace {
-
-expr::ValueType value_type(FieldType type)
-{
-    switch (type) {
-    case FieldType::Boolean:
-        return expr::ValueType::Boolean;
-    case FieldType::Integer:
-        return expr::ValueType::Integer;
-    case FieldType::Real:
-        return expr::ValueType::Real;
-    case FieldType::Time:
-        return expr::ValueType::Time;
-    case FieldType::Yearday:
-        return expr::ValueType::Yearday;
-    case FieldType::String:
-        return expr::ValueType::Text;
-    case FieldType::Dbptr:
-        return expr::ValueType::Rows;
-    }
-    return expr::ValueType::Rows;
-}
 
 void add_fields(const Table &table, std::vector<expr::ScopeField> &fields)
 {

@@ -7,11 +7,14 @@
 
 namespace orvane {
 
-BaseTable::BaseTable(const Relation &relation, const std::string &schema_name, Storage &storage,
-                     std::vector<LocatedPath> places, bool writable)
-    : relation_(relation), storage_(storage), opened_for_writing_(writable), members_{&relation},
-      scratch_(relation.null_record()), file_(storage, std::move(places), relation.record_size(),
-                                              concat("table ", relation.name, " of schema ", schema_name))
+BaseTable::BaseTable(const Relation &relation, const Schema &schema, Storage &storage,
+                     std::vector<LocatedPath> places, bool writable, FilePolicy policy)
+    : relation_(relation), storage_(storage), opened_for_writing_(writable),
+      policy_(policy), members_{&relation}, scratch_(relation.null_record()),
+      file_(storage, std::move(places), relation.record_size(),
+            concat("table ", relation.name, " of schema ", schema.name), policy),
+      editor_(storage, file_, relation.record_size(), policy), rules_(relation, schema.timestamp),
+      index_(relation)
 {
     for (const RelationField &field : relation.fields())
         fields_.push_back(TableField{field.attribute, &relation, field.offset});

@@ -1,18 +1,24 @@
 // A table of the schema, and its file.
 #pragma once
 
+#include "edit/file_editor.h"
+#include "edit/key_index.h"
+#include "edit/record_rules.h"
+#include "schema/schema.h"
 #include "table/record_file.h"
 #include "table/record_table.h"
+
+#include <functional>
 
 namespace orvane {
 
 class BaseTable : public RecordTable
 {
 public:
-    // `places` are the paths where the file may be, in order of search. The relation, owned by the
-    // schema, and the storage have to outlive the table.
-    BaseTable(const Relation &relation, const std::string &schema_name, Storage &storage,
-              std::vector<LocatedPath> places, bool writable);
+    // `places` are the paths where the file may be, in order of search. The relation, which is one of the
+    // schema's, and the storage have to outlive the table.
+    BaseTable(const Relation &relation, const Schema &schema, Storage &storage,
+              std::vector<LocatedPath> places, bool writable, FilePolicy policy = {});
 
     const std::string &name() const override { return relation_.name; }
     bool is_view() const override { return false; }
@@ -46,17 +52,59 @@ public:
 
     RecordFile &file() { return file_; }
 
+    // ---- Changing ----
+
+    Status put(std::int64_t number, std::size_t field, const FieldValue &value, Work &work) override;
+    Status put_as_of(std::uint64_t generation, std::int64_t number, std::size_t field,
+                     const FieldValue &value, Work &work) override;
+    Status put_scratch(std::size_t field, const FieldValue &value) override;
+    Status mark(std::int64_t number, Work &work) override;
+    // Appends a record and answers its number.
+    Result<std::int64_t> add(std::string_view record_text, Work &work);
+    // Answers the number of the first record with the same primary key, or appends one.
+    Result<std::int64_t> add_checked(std::string_view record_text, Work &work);
+    // In the record whose field `key` has the value, which is added if there is none, sets the field `number`
+    // to one more than it is and than `at_least`, and answers that.
+    Result<std::int64_t> count_up(std::size_t key, const FieldValue &value, std::size_t number,
+                                  std::int64_t at_least, Work &work);
+
+    struct Crunched {
+        std::uint64_t generation = 0; // of the record numbers before
+        std::int64_t records = 0;     // before
+        std::vector<std::int64_t> gone;
+        Status forced; // a failure: it is done, but a machine that stops may undo it
+    };
+    // Removes the marked records. `renumber` is called while nobody else can change the table.
+    Status crunch(Work &work, const std::function<void(const Crunched &)> &renumber);
+
 private:
+    // The new text of a record for the one that it has.
+    using Edit = std::function<Result<std::string>(const std::string &before)>;
+    Status change(std::uint64_t generation, std::int64_t number, Work &work, const Edit &edit);
+    Status check_writable() const;
+    Status of_file(const Status &failure, std::string_view what) const;
+    Result<std::int64_t> append(FileEditor &editor, std::string record);
+    Status overwrite(FileEditor &editor, std::int64_t number, const std::string &before,
+                     const std::string &after, Work &work);
+    Status build_index(FileEditor &editor, Work &work);
+    Result<std::int64_t> find_key(FileEditor &editor, std::string_view key);
+    void follow(FileVersion version_before, std::int64_t number, std::string_view before,
+                std::string_view after);
+
     Result<std::vector<std::shared_ptr<Column>>> decode(const std::vector<RelationField> &fields,
                                                         const Snapshot &as_of, Work &work) const;
 
     const Relation &relation_;
     Storage &storage_;
     const bool opened_for_writing_;
+    const FilePolicy policy_;
     const std::vector<const Relation *> members_;
     std::vector<TableField> fields_;
     std::string scratch_;
     RecordFile file_;
+    FileEditor editor_;
+    RecordRules rules_;
+    KeyIndex index_;
 };
 
 } // namespace orvane

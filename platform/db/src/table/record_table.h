@@ -36,6 +36,9 @@ public:
 
     // Changes when record numbers that were noted no longer stand for the same records.
     virtual std::uint64_t generation() const { return 0; }
+    // As Table::put, if record numbers still stand for what they did at that generation.
+    virtual Status put_as_of(std::uint64_t generation, std::int64_t number, std::size_t field,
+                             const FieldValue &value, Work &work);
     // Decoded fields of all records, in the order asked for. When the table is no longer as it was at the
     // snapshot it is a failure, and a change that the work met.
     virtual Result<std::vector<ColumnPtr>> columns(std::span<const int> fields, const Snapshot &as_of,

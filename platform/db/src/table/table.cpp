@@ -1,5 +1,7 @@
 #include "table/record_table.h"
 
+#include "base/concat.h"
+
 namespace orvane {
 
 Result<std::string_view> Table::cell(std::int64_t number, std::size_t field)
@@ -10,6 +12,36 @@ Result<std::string_view> Table::cell(std::int64_t number, std::size_t field)
     const TableField &place = fields()[field];
     return text->substr(static_cast<std::size_t>(place.offset),
                         static_cast<std::size_t>(place.attribute->width));
+}
+
+namespace {
+
+Status unchangeable(const Table &table)
+{
+    return Status(Code::Argument, concat(table.is_view() ? "view " : "table ", table.name(),
+                                         ": its records cannot be changed"));
+}
+
+} // namespace
+
+Status Table::put(std::int64_t, std::size_t, const FieldValue &, Work &)
+{
+    return unchangeable(*this);
+}
+
+Status Table::put_scratch(std::size_t, const FieldValue &)
+{
+    return Status(Code::Argument, concat("view ", name(), " has no scratch record of its own; tables have"));
+}
+
+Status Table::mark(std::int64_t, Work &)
+{
+    return unchangeable(*this);
+}
+
+Status RecordTable::put_as_of(std::uint64_t, std::int64_t, std::size_t, const FieldValue &, Work &)
+{
+    return unchangeable(*this);
 }
 
 Result<std::unique_ptr<RandomAccessFile>> RecordTable::open_records(const Snapshot &, Work &) const

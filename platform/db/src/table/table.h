@@ -4,6 +4,8 @@
 
 #include "base/status.h"
 #include "schema/relation.h"
+#include "table/field_value.h"
+#include "work/work.h"
 
 #include <cstdint>
 #include <memory>
@@ -66,6 +68,14 @@ public:
     virtual std::optional<Bundle> bundle(std::int64_t number, std::size_t field) const;
     // Fills the scratch record; the text is a whole record without its line feed. Base tables only.
     virtual Status set_scratch(std::string_view record_text) = 0;
+
+    // ---- Changing: what a table can't do is a failure that says so ----
+
+    // Puts a value into a field of a record; into one of the scratch record.
+    virtual Status put(std::int64_t number, std::size_t field, const FieldValue &value, Work &work);
+    virtual Status put_scratch(std::size_t field, const FieldValue &value);
+    // Makes a record of a base table one of nothing but nulls; flags a row of a view.
+    virtual Status mark(std::int64_t number, Work &work);
 
     // Whether the table has a file; a view is always present. A failure says why that can't be told.
     virtual Result<bool> is_present() = 0;

@@ -175,13 +175,70 @@ std::string View::description() const
     return "view of " + names;
 }
 
+// ---- Changing ------------------------------------------------------------------------------------
+
+Status View::put(std::int64_t number, std::size_t field, const FieldValue &value, Work &work)
+{
+    const FieldPlace place = places_[field];
+    const ViewMember &member = member_tables_[static_cast<std::size_t>(place.member)];
+    const auto record = record_of(member, number);
+    if (!record.ok())
+        return record.status();
+    if (*record == null_row)
+        return Status(Code::Argument, concat("view ", name_, ": row ", number, " has no record of table ",
+                                             member.table->name(), " that could be changed"));
+    return member.table->put_as_of(member.generation, *record, static_cast<std::size_t>(place.field), value,
+                                   work);
+}
+
+Status View::mark(std::int64_t number, Work &)
+{
+    if (const auto record = record_of(member_tables_.front(), number); !record.ok())
+        return record.status();
+    flagged_.resize(static_cast<std::size_t>(row_count()));
+    flagged_[static_cast<std::size_t>(number)] = true;
+    return Status();
+}
+
+std::vector<RowNumber> View::crunch()
+{
+    std::vector<RowNumber> moved(flagged_.size());
+    RowNumber kept = 0;
+    for (std::size_t row = 0; row < flagged_.size(); ++row)
+        moved[row] = flagged_[row] ? null_row : kept++;
+    if (kept == moved.size())
+        return {};
+    move_rows(moved);
+    return moved;
+}
+
+void View::move_rows(const std::vector<RowNumber> &moved)
+{
+    std::size_t kept = 0;
+    for (const RowNumber row : moved)
+        kept += row != null_row ? 1 : 0;
+    for (ViewMember &member : member_tables_) {
+        for (std::size_t row = 0; row < moved.size(); ++row)
+            if (moved[row] != null_row)
+                member.rows[moved[row]] = member.rows[row];
+        member.rows.resize(kept);
+        member = view_member(std::move(member.table), std::move(member.rows), member.generation);
+    }
+    for (std::size_t row = 0; row < flagged_.size(); ++row)
+        if (moved[row] != null_row)
+            flagged_[moved[row]] = flagged_[row];
+    if (!flagged_.empty())
+        flagged_.resize(kept);
+}
+
 // ---- Numbering anew ------------------------------------------------------------------------------
 
-std::vector<RowNumber> View::renumber(const RecordTable &table, std::span<const RowNumber> renumbered)
+std::vector<RowNumber> View::renumber(const RecordTable &table, std::uint64_t generation,
+                                      std::span<const RowNumber> renumbered)
 {
     std::vector<RowNumber> moved;
     for (ViewMember &member : member_tables_) {
-        if (member.table.get() != &table)
+        if (member.table.get() != &table || member.generation != generation)
             continue;
         moved.resize(static_cast<std::size_t>(row_count()), 0);
         for (std::size_t row = 0; row < member.rows.size(); ++row) {
@@ -192,23 +249,14 @@ std::vector<RowNumber> View::renumber(const RecordTable &table, std::span<const 
             if (record == null_row)
                 moved[row] = null_row;
         }
+        member.generation = table.generation(); // the numbers hold for the records as they are now
     }
     RowNumber kept = 0;
     for (RowNumber &row : moved)
         if (row != null_row)
             row = kept++;
-    if (moved.empty())
-        return moved;
-    for (ViewMember &member : member_tables_) {
-        for (std::size_t row = 0; row < moved.size(); ++row)
-            if (moved[row] != null_row)
-                member.rows[moved[row]] = member.rows[row];
-        member.rows.resize(kept);
-        // The numbers hold for the records as they are now.
-        const std::uint64_t generation =
-            member.table.get() == &table ? member.table->generation() : member.generation;
-        member = view_member(std::move(member.table), std::move(member.rows), generation);
-    }
+    if (!moved.empty())
+        move_rows(moved);
     return moved;
 }
 

@@ -55,6 +55,13 @@ public:
     Result<std::string_view> cell(std::int64_t number, std::size_t field) override;
     std::optional<Bundle> bundle(std::int64_t number, std::size_t field) const override;
 
+    // Writes the base record. A null record beside which an outer join put a row is none.
+    Status put(std::int64_t number, std::size_t field, const FieldValue &value, Work &work) override;
+    // Flags the row: it stays until the view is crunched.
+    Status mark(std::int64_t number, Work &work) override;
+    // Removes the flagged rows. Answers as `renumber`; nothing when no row is flagged.
+    std::vector<RowNumber> crunch();
+
     Result<bool> is_present() override { return true; }
     std::string file_name() override { return {}; }
     std::string folder_name() override { return {}; }
@@ -74,13 +81,17 @@ public:
 
     // The records of a member were numbered anew: `renumbered` has the new number of each old one, null_row
     // for those that are gone. Rows with a record that is gone go. Answers for each old row its new number,
-    // null_row for those that went; nothing when the table is no member.
-    std::vector<RowNumber> renumber(const RecordTable &table, std::span<const RowNumber> renumbered);
+    // null_row for those that went; nothing when the table is no member, or when the view's numbers were not
+    // those of `generation`, so that nothing is known of its rows.
+    std::vector<RowNumber> renumber(const RecordTable &table, std::uint64_t generation,
+                                    std::span<const RowNumber> renumbered);
 
 private:
     // What `read` reads of a member's table, if its records are those of the view's numbers.
     template <typename Read>
     Result<std::string_view> read_member(const ViewMember &member, Read read) const;
+    // Leaves the rows that have a new number.
+    void move_rows(const std::vector<RowNumber> &moved);
     Result<RowNumber> record_of(const ViewMember &member, std::int64_t row) const;
     void add_fields_of(int member);
 
@@ -93,7 +104,8 @@ private:
     std::int64_t record_size_ = 0;
     std::string null_record_;
     std::string scratch_;
-    std::string assembled_; // the record asked for last
+    std::vector<bool> flagged_; // rows; empty: none
+    std::string assembled_;     // the record asked for last
 };
 
 // The field that a name means: "site.lat" exactly; a bare name the field that the pointer stands on where it

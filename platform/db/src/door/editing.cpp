@@ -1,0 +1,173 @@
+// dbputv, dbadd, dbaddchk, dbmark, dbcrunch and dbnextid.
+#include "door/guard.h"
+#include "door/subject.h"
+
+#include "base/concat.h"
+#include "operation/derivation.h"
+
+#include <orvane/db.h>
+
+#include <optional>
+#include <string>
+
+using namespace orvane;
+
+namespace {
+
+// What every change has in common: the table, and that nothing else runs in the database.
+struct Change {
+    Change(const Dbptr &db, const char *call)
+        : work(call), status(find_subject(db, Level::Table, call, subject))
+    {
+        if (status.ok()) {
+            running.emplace(*subject.database);
+            status = running->status().ok() ? Status() : named(running->status());
+        }
+    }
+
+    Status named(const Status &failure) const
+    {
+        return failure.ok() ? failure : named_failure(work.call(), failure);
+    }
+    std::int64_t answer(const Result<std::int64_t> &result) const
+    {
+        return result.ok() ? *result : static_cast<std::int64_t>(code_of(named(result.status())));
+    }
+
+    Work work;
+    Subject subject;
+    Status status;
+    std::optional<OperationGuard> running;
+};
+
+constexpr FieldType all_types[] = {FieldType::Boolean, FieldType::Integer, FieldType::Real, FieldType::Time,
+                                   FieldType::Yearday, FieldType::String,  FieldType::Dbptr};
+
+Result<FieldValue> value_of(const DbValue *value)
+{
+    if (!value)
+        return Status(Code::Argument, "the value is null");
+    for (const FieldType type : all_types) {
+        if (static_cast<std::int64_t>(type) != value->type)
+            continue;
+        FieldValue out;
+        out.type = type;
+        out.integer = value->integer;
+        out.real = value->real;
+        if (type == FieldType::String && !value->text)
+            return Status(Code::Argument, "the text of the value is null");
+        if (type == FieldType::String)
+            out.text = value->text;
+        out.dbptr = {value->dbptr.database, value->dbptr.table, value->dbptr.field, value->dbptr.record};
+        return out;
+    }
+    return Status(Code::Argument, concat("there is no type ", value->type, " of values"));
+}
+
+Status put(Change &change, const char *field_name, const DbValue *db_value)
+{
+    Table &table = *change.subject.table;
+    const Dbptr &db = change.subject.pointer;
+    const auto value = value_of(db_value);
+    if (!value.ok())
+        return value.status();
+    int field = db.field >= 0 && db.field < static_cast<std::int64_t>(table.fields().size())
+                    ? static_cast<int>(db.field)
+                    : -1;
+    if (field_name) {
+        field = table.field_index(field_name, field);
+        if (field < 0)
+            return Status(Code::NotFound, concat("no field '", field_name, "' in table ", table.name()));
+    }
+    if (field < 0)
+        return Status(Code::Argument, concat("the pointer ", pointer_text(db),
+                                             " does not point to a field of table ", table.name()));
+    if (db.record == dbSCRATCH)
+        return table.put_scratch(static_cast<std::size_t>(field), *value);
+    if (db.record < 0)
+        return Status(Code::Argument,
+                      concat("the pointer ", pointer_text(db), " does not point to a record of table ",
+                             table.name(), " that could be changed"));
+    return table.put(db.record, static_cast<std::size_t>(field), *value, change.work);
+}
+
+Result<std::int64_t> add(Change &change, const char *record, bool checked)
+{
+    auto *table = dynamic_cast<BaseTable *>(change.subject.table);
+    if (!table)
+        return Status(Code::Argument,
+                      concat("records are added to tables; ", change.subject.table->name(), " is a view"));
+    const std::string text(record ? std::string_view(record) : table->special_record(SpecialRecord::Scratch));
+    return checked ? table->add_checked(text, change.work) : table->add(text, change.work);
+}
+
+std::int64_t add(const char *call, const Dbptr &db, const char *record, bool checked)
+{
+    return guarded(call, [&]() -> std::int64_t {
+        Change change(db, call);
+        return change.status.ok() ? change.answer(add(change, record, checked)) : code_of(change.status);
+    });
+}
+
+} // namespace
+
+int dbputv(Dbptr db, const char *field, const DbValue *value)
+{
+    return guarded("dbputv", [&] {
+        Change change(db, "dbputv");
+        return code_of(change.status.ok() ? change.named(put(change, field, value)) : change.status);
+    });
+}
+
+int64_t dbadd(Dbptr db, const char *record)
+{
+    return add("dbadd", db, record, false);
+}
+
+int64_t dbaddchk(Dbptr db, const char *record)
+{
+    return add("dbaddchk", db, record, true);
+}
+
+int dbmark(Dbptr db)
+{
+    return guarded("dbmark", [&] {
+        Change change(db, "dbmark");
+        if (!change.status.ok())
+            return code_of(change.status);
+        if (db.record < 0)
+            return code_of(change.named(
+                Status(Code::Argument,
+                       concat("the pointer ", pointer_text(db), " does not point to a record of table ",
+                              change.subject.table->name(), " that could be marked"))));
+        return code_of(change.named(change.subject.table->mark(db.record, change.work)));
+    });
+}
+
+int dbcrunch(Dbptr db)
+{
+    return guarded("dbcrunch", [&] {
+        Change change(db, "dbcrunch");
+        return code_of(change.status.ok()
+                           ? change.named(change.subject.database->crunch(*change.subject.table, change.work))
+                           : change.status);
+    });
+}
+
+int64_t dbnextid(Dbptr db, const char *name)
+{
+    return guarded("dbnextid", [&]() -> std::int64_t {
+        Subject subject;
+        if (Status found = find_subject(db, Level::Database, "dbnextid", subject); !found.ok())
+            return code_of(found);
+        const auto named = [](const Status &failure) { return code_of(named_failure("dbnextid", failure)); };
+        if (!name)
+            return named(Status(Code::Argument, "the name of the id is null"));
+        OperationGuard running(*subject.database);
+        if (!running.status().ok())
+            return named(running.status());
+        Work work("dbnextid");
+        const auto next = subject.database->next_id(name, work);
+        return next.ok() ? *next : static_cast<std::int64_t>(named(next.status()));
+    });
+}

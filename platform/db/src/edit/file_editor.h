@@ -1,0 +1,108 @@
+// Changes a table's file, one change at a time under the writers' lock, so that every change is there whole
+// or not at all and nothing of what other programs wrote is lost. docs/editing.md says what is guaranteed.
+#pragma once
+
+#include "storage/undo_note.h"
+#include "table/record_file.h"
+#include "work/work.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+class FileEditor
+{
+public:
+    // All of them have to outlive the editor.
+    FileEditor(Storage &storage, RecordFile &records, std::int64_t record_size, FilePolicy policy);
+
+    // While it lives nobody else who locks changes the file, and what the record file says of it is true.
+    class [[nodiscard]] Session
+    {
+    public:
+        explicit Session(FileEditor &editor) : editor_(&editor) {}
+        Session(Session &&other) noexcept : editor_(std::exchange(other.editor_, nullptr)) {}
+        Session &operator=(Session &&) = delete;
+        ~Session()
+        {
+            if (editor_)
+                editor_->end();
+        }
+        FileEditor &editor() const { return *editor_; }
+
+    private:
+        FileEditor *editor_;
+    };
+
+    enum class Purpose {
+        Change, // of what is there: a table without a file is a failure
+        Append, // a table without a file gets one in its first folder
+    };
+    // Waits for the lock, asking the work's hook. A file that is refused is a failure with its reason.
+    Result<Session> begin(Purpose purpose, Work &work);
+
+    // Within a session: ----------------------------------------------------------------------------
+
+    std::int64_t count() const { return count_; }
+    // The text of a record, without its line feed, as it is in the file.
+    Result<std::string> record(std::int64_t number);
+    // Goes through all records, each with its line feed, and tells the work's hook how far that is.
+    using TakeRecord = std::function<Status(std::int64_t number, std::string_view line)>;
+    Status for_each_record(double share_done, double share, Work &work, const TakeRecord &take);
+    // Puts a record's text behind the last one and answers its number. After a failure the file is as it was.
+    Result<std::int64_t> append(std::string_view text);
+    // Puts a record's text in the place of another one of the same length. After a failure the file is as it
+    // was.
+    Status overwrite(std::int64_t number, std::string_view before, std::string_view after, Work &work);
+    struct Replaced {
+        std::int64_t records = 0;           // of the old file
+        std::vector<std::int64_t> left_out; // of these, ascending; none: nothing was done
+        Status forced;                      // a failure: it is done, but a machine that stops may undo it
+    };
+    // Puts a new file in the place of this one, without the records for which `leave_out` is true. At any
+    // moment the one or the other is there, whole; after a failure it is the old one. The session is then one
+    // of the new file.
+    using LeaveOut = std::function<bool(std::string_view record)>;
+    Result<Replaced> replace(const LeaveOut &leave_out, Work &work);
+
+private:
+    struct Target {
+        std::unique_ptr<WritableFile> file;
+        FileState identity;
+        std::string real_path;
+        bool made = false; // by us, for this session
+    };
+
+    void end();
+    Status open_target(Purpose purpose);
+    Status lock_target(Work &work);
+    bool target_is_current() const;
+    Status take_back_unfinished_change(Work &work);
+    Status mend_end();
+    Status read_end(std::string &tail);
+    Status undo_append(std::int64_t size, Status failure);
+    bool may_be_cut_in_two(std::int64_t offset, std::size_t length) const;
+    Status write_note(const UndoNote &note);
+    Status overwrite_span(std::int64_t offset, std::string_view before, std::string_view after, Work &work);
+    Status write_settled(std::int64_t offset, std::string_view bytes, Work &work, bool &begun);
+    void finish(std::int64_t changed_record);
+    Status said(const Status &failure, const char *what) const;
+
+    Status copy_others(const std::vector<std::int64_t> &left_out, WritableFile &to, Work &work);
+    Status put_in_place(Target replacement, const std::string &temporary_path, Work &work);
+    Result<Target> make_replacement(const std::string &temporary_path);
+
+    Storage &storage_;
+    RecordFile &records_;
+    const std::int64_t record_size_;
+    const FilePolicy policy_;
+    Target target_; // stays open between sessions
+    std::int64_t count_ = 0;
+};
+
+} // namespace orvane

@@ -1,0 +1,154 @@
+// Putting a file with some of the records in the place of a table's file.
+#include "edit/file_editor.h"
+
+#include "base/concat.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::int64_t read_bytes = 256 << 10;
+// The clock by which births are told ticks every few milliseconds.
+constexpr auto birth_tick = std::chrono::milliseconds(1);
+constexpr int max_births = 50;
+
+} // namespace
+
+// A file that follows another one must be told from it, and from the one before that whose number it may get:
+// so its birth is a later one.
+Result<FileEditor::Target> FileEditor::make_replacement(const std::string &temporary_path)
+{
+    for (int birth = 0;; ++birth) {
+        if (Status removed = storage_.files.remove(temporary_path); // of one who was killed
+            !removed.ok() && removed.code() != Code::NotFound)
+            return removed;
+        auto file = storage_.files.open_to_write(temporary_path, Creation::New);
+        if (!file.ok())
+            return file.status();
+        Target made;
+        made.file = std::move(*file);
+        const auto state = made.file->state();
+        if (!state.ok())
+            return state.status();
+        made.identity = *state;
+        made.real_path = target_.real_path;
+        if (state->birth_time != target_.identity.birth_time || state->birth_time == 0 || birth == max_births)
+            return made;
+        std::this_thread::sleep_for(birth_tick);
+    }
+}
+
+Status FileEditor::for_each_record(double share_done, double share, Work &work, const TakeRecord &take)
+{
+    const auto size = static_cast<std::size_t>(record_size_);
+    const std::int64_t at_once = std::max<std::int64_t>(1, read_bytes / record_size_);
+    std::string buffer;
+    for (std::int64_t first = 0; first < count_; first += at_once) {
+        const std::int64_t end = std::min(count_, first + at_once);
+        buffer.resize(static_cast<std::size_t>(end - first) * size);
+        const auto got = target_.file->read_at(first * record_size_, std::span<char>(buffer));
+        if (!got.ok())
+            return got.status();
+        if (*got < buffer.size())
+            return Status(Code::Io, "the file was cut short while it was read");
+        for (std::int64_t number = first; number < end; ++number) {
+            const std::string_view line =
+                std::string_view(buffer).substr(static_cast<std::size_t>(number - first) * size, size);
+            if (line.find('\n') != size - 1)
+                return Status(Code::Format,
+                              concat("record ", number, " has a line feed out of its place; mend the file"));
+            if (Status taken = take(number, line); !taken.ok())
+                return taken;
+        }
+        work.advance_to(share_done + share * static_cast<double>(end) / static_cast<double>(count_));
+        if (Status asked = work.poll(); !asked.ok())
+            return asked;
+    }
+    return Status();
+}
+
+Status FileEditor::copy_others(const std::vector<std::int64_t> &left_out, WritableFile &to, Work &work)
+{
+    std::string kept;
+    std::int64_t written_bytes = 0;
+    const auto write_kept = [&]() -> Status {
+        if (Status written = write_all(to, written_bytes, kept); !written.ok())
+            return written;
+        written_bytes += static_cast<std::int64_t>(kept.size());
+        kept.clear();
+        return Status();
+    };
+    auto next = left_out.begin();
+    Status done = for_each_record(0.4, 0.6, work, [&](std::int64_t number, std::string_view line) {
+        if (next != left_out.end() && *next == number) {
+            ++next;
+            return Status();
+        }
+        kept += line;
+        return kept.size() >= static_cast<std::size_t>(read_bytes) ? write_kept() : Status();
+    });
+    return done.ok() ? write_kept() : done;
+}
+
+// The new file is locked before it gets its name, so that nobody changes it before we know it as ours. It is
+// always forced to the disk first: a name that leads to nothing would lose what the old file had there long
+// since.
+Status FileEditor::put_in_place(Target replacement, const std::string &temporary_path, Work &work)
+{
+    if (Status given = replacement.file->take_permissions(target_.real_path); !given.ok())
+        return given;
+    if (Status forced = replacement.file->sync(); !forced.ok())
+        return forced;
+    if (policy_.lock)
+        if (Status locked = wait_for_lock(*replacement.file, writers_lock, temporary_path, work);
+            !locked.ok())
+            return locked;
+    if (Status renamed = storage_.files.rename(temporary_path, target_.real_path); !renamed.ok())
+        return renamed;
+    target_ = std::move(replacement); // closing the old file lets those go on who wait for it
+    count_ = records_.count_records();
+    return Status();
+}
+
+Result<FileEditor::Replaced> FileEditor::replace(const LeaveOut &leave_out, Work &work)
+{
+    if (Status mended = mend_end(); !mended.ok())
+        return mended;
+    Replaced replaced;
+    replaced.records = count_;
+    const auto failed = [this](const Status &why) {
+        return why.code() == Code::Cancelled ? why : said(why, "cannot be crunched");
+    };
+    Status done = for_each_record(0, 0.4, work, [&](std::int64_t number, std::string_view line) {
+        if (leave_out(line.substr(0, line.size() - 1)))
+            replaced.left_out.push_back(number);
+        return Status();
+    });
+    if (!done.ok())
+        return failed(done);
+    if (replaced.left_out.empty())
+        return replaced;
+    const auto slash = target_.real_path.rfind('/');
+    const std::string folder = target_.real_path.substr(0, slash + 1);
+    const std::string temporary_path = concat(folder, '.', target_.real_path.substr(slash + 1), ".new");
+    auto replacement = make_replacement(temporary_path);
+    if (!replacement.ok())
+        return failed(replacement.status());
+    done = copy_others(replaced.left_out, *replacement->file, work);
+    if (done.ok())
+        done = put_in_place(std::move(*replacement), temporary_path, work);
+    if (!done.ok()) {
+        static_cast<void>(storage_.files.remove(temporary_path).ok());
+        return failed(done);
+    }
+    if (policy_.force_to_disk)
+        if (Status forced = storage_.files.sync_folder(folder); !forced.ok())
+            replaced.forced = said(forced, "is crunched, but the disk may not know yet");
+    return replaced;
+}
+
+} // namespace orvane

@@ -1,0 +1,260 @@
+// Changing the records of a base table.
+#include "table/base_table.h"
+
+#include "base/concat.h"
+#include "column/column_update.h"
+
+namespace orvane {
+
+Status BaseTable::check_writable() const
+{
+    if (opened_for_writing_)
+        return Status();
+    return Status(Code::Permission, concat(file_.path().shown, ": the database was opened for reading only; ",
+                                           "open it with 'r+' to change it"));
+}
+
+Status BaseTable::of_file(const Status &failure, std::string_view what) const
+{
+    return Status(failure.code(), concat(file_.path().shown, ": ", what, failure.message()));
+}
+
+// What was derived from the file follows a change of one record, where it is known that nothing else changed.
+void BaseTable::follow(FileVersion version_before, std::int64_t number, std::string_view before,
+                       std::string_view after)
+{
+    if (file_.version() != version_before)
+        return;
+    const std::string line = concat(after, '\n');
+    storage_.columns.update(version_before, [&](int field, Column &column) {
+        return update_column(column, relation_.fields()[static_cast<std::size_t>(field)], line, number);
+    });
+    if (index_.version() != version_before)
+        return;
+    if (!before.empty() && !rules_.is_marked(before))
+        index_.remove(number, index_.key_of(before));
+    if (!rules_.is_marked(after))
+        index_.add(number, index_.key_of(after));
+}
+
+// ---- Records in place ----------------------------------------------------------------------------
+
+Status BaseTable::overwrite(FileEditor &editor, std::int64_t number, const std::string &before,
+                            const std::string &after, Work &work)
+{
+    const FileVersion version = file_.version();
+    if (Status done = editor.overwrite(number, before, after, work); !done.ok())
+        return done;
+    follow(version, number, before, after);
+    return Status();
+}
+
+Status BaseTable::change(std::uint64_t generation, std::int64_t number, Work &work, const Edit &edit)
+{
+    if (Status writable = check_writable(); !writable.ok())
+        return writable;
+    auto session = editor_.begin(FileEditor::Purpose::Change, work);
+    if (!session.ok())
+        return session.status();
+    FileEditor &editor = session->editor();
+    // Whoever knows the record by its number means the one that had it before.
+    if (file_.generation() != generation)
+        return Status(Code::Stale,
+                      concat(file_.path().shown,
+                             ": another program replaced the table or cut it short since it was ",
+                             "read; record ", number, " may be another one now: look at the table again"));
+    const auto before = editor.record(number);
+    if (!before.ok())
+        return before.status();
+    const auto after = edit(*before);
+    if (!after.ok())
+        return of_file(after.status(), concat("record ", number, ", "));
+    return overwrite(editor, number, *before, *after, work);
+}
+
+Status BaseTable::put(std::int64_t number, std::size_t field, const FieldValue &value, Work &work)
+{
+    return put_as_of(file_.generation(), number, field, value, work);
+}
+
+Status BaseTable::put_as_of(std::uint64_t generation, std::int64_t number, std::size_t field,
+                            const FieldValue &value, Work &work)
+{
+    // A value that can't be put is told before anybody waits for a lock.
+    if (Status writable = check_writable(); !writable.ok())
+        return writable;
+    const auto text = rules_.field_text(field, value);
+    if (!text.ok())
+        return of_file(text.status(), concat("record ", number, ", "));
+    return change(generation, number, work, [&](const std::string &before) -> Result<std::string> {
+        std::string after = before;
+        rules_.put(after, field, *text);
+        rules_.stamp(after);
+        return after;
+    });
+}
+
+Status BaseTable::put_scratch(std::size_t field, const FieldValue &value)
+{
+    const auto text = rules_.field_text(field, value);
+    if (!text.ok())
+        return of_file(text.status(), "scratch record, ");
+    rules_.put(scratch_, field, *text);
+    return Status();
+}
+
+Status BaseTable::mark(std::int64_t number, Work &work)
+{
+    return change(file_.generation(), number, work,
+                  [this](const std::string &) -> Result<std::string> { return relation_.null_record(); });
+}
+
+// ---- Adding --------------------------------------------------------------------------------------
+
+Result<std::int64_t> BaseTable::append(FileEditor &editor, std::string record)
+{
+    rules_.stamp(record);
+    const FileVersion version = file_.version();
+    const auto number = editor.append(record);
+    if (number.ok())
+        follow(version, *number, {}, record);
+    return number;
+}
+
+Result<std::int64_t> BaseTable::add(std::string_view record_text, Work &work)
+{
+    if (Status writable = check_writable(); !writable.ok())
+        return writable;
+    if (Status fits = rules_.check_record(record_text); !fits.ok())
+        return of_file(fits, "a record cannot be added: ");
+    auto session = editor_.begin(FileEditor::Purpose::Append, work);
+    if (!session.ok())
+        return session.status();
+    return append(session->editor(), std::string(record_text));
+}
+
+Status BaseTable::build_index(FileEditor &editor, Work &work)
+{
+    if (index_.version() == file_.version())
+        return Status();
+    index_.start(editor.count());
+    Status done = editor.for_each_record(0, 1, work, [&](std::int64_t number, std::string_view line) {
+        const std::string_view record = line.substr(0, line.size() - 1);
+        if (!rules_.is_marked(record))
+            index_.add(number, index_.key_of(record));
+        return Status();
+    });
+    if (!done.ok())
+        return done.code() == Code::Cancelled ? done : of_file(done, "its keys cannot be read: ");
+    index_.set_version(file_.version());
+    return Status();
+}
+
+// The number of the first record with the key, or -1.
+Result<std::int64_t> BaseTable::find_key(FileEditor &editor, std::string_view key)
+{
+    for (const std::int64_t number : index_.candidates(key)) {
+        const auto record = editor.record(number);
+        if (!record.ok())
+            return record.status();
+        if (index_.key_of(*record) == key)
+            return number;
+    }
+    return std::int64_t{-1};
+}
+
+Result<std::int64_t> BaseTable::add_checked(std::string_view record_text, Work &work)
+{
+    if (!index_.has_key())
+        return add(record_text, work);
+    if (Status writable = check_writable(); !writable.ok())
+        return writable;
+    if (Status fits = rules_.check_record(record_text); !fits.ok())
+        return of_file(fits, "a record cannot be added: ");
+    auto session = editor_.begin(FileEditor::Purpose::Append, work);
+    if (!session.ok())
+        return session.status();
+    FileEditor &editor = session->editor();
+    std::string record(record_text);
+    rules_.stamp(record); // it may be part of the key
+    if (Status built = build_index(editor, work); !built.ok())
+        return built;
+    const auto same = find_key(editor, index_.key_of(record));
+    if (!same.ok() || *same >= 0)
+        return same;
+    return append(editor, std::move(record));
+}
+
+// ---- Counting and crunching ----------------------------------------------------------------------
+
+Result<std::int64_t> BaseTable::count_up(std::size_t key, const FieldValue &value, std::size_t number,
+                                         std::int64_t at_least, Work &work)
+{
+    if (Status writable = check_writable(); !writable.ok())
+        return writable;
+    const auto wanted = rules_.field_text(key, value);
+    if (!wanted.ok())
+        return of_file(wanted.status(), "");
+    auto session = editor_.begin(FileEditor::Purpose::Append, work);
+    if (!session.ok())
+        return session.status();
+    FileEditor &editor = session->editor();
+    std::int64_t found = -1;
+    std::string before;
+    Status read = editor.for_each_record(0, 1, work, [&](std::int64_t at, std::string_view line) {
+        const std::string_view record = line.substr(0, line.size() - 1);
+        if (found < 0 && trimmed_right(rules_.field_of(record, key)) == trimmed_right(*wanted)) {
+            found = at;
+            before = record;
+        }
+        return Status();
+    });
+    if (!read.ok())
+        return read;
+    FieldValue next;
+    next.type = FieldType::Integer;
+    next.integer = at_least + 1;
+    if (found >= 0)
+        if (const auto last = decode_integer(rules_.field_of(before, number)); last && *last >= next.integer)
+            next.integer = *last + 1;
+    const auto text = rules_.field_text(number, next);
+    if (!text.ok())
+        return of_file(text.status(), "");
+    std::string after = found >= 0 ? before : relation_.null_record();
+    rules_.put(after, key, *wanted);
+    rules_.put(after, number, *text);
+    rules_.stamp(after);
+    Status done;
+    if (found >= 0)
+        done = overwrite(editor, found, before, after, work);
+    else
+        done = append(editor, after).status();
+    return done.ok() ? Result<std::int64_t>(next.integer) : Result<std::int64_t>(done);
+}
+
+Status BaseTable::crunch(Work &work, const std::function<void(const Crunched &)> &renumber)
+{
+    if (Status writable = check_writable(); !writable.ok())
+        return writable;
+    static_cast<void>(file_.count_records());
+    if (!file_.present() && file_.refusal().ok())
+        return Status(); // without a file there is nothing to remove
+    auto session = editor_.begin(FileEditor::Purpose::Change, work);
+    if (!session.ok())
+        return session.status();
+    FileEditor &editor = session->editor();
+    Crunched crunched;
+    crunched.generation = file_.generation();
+    const std::string &nulls = relation_.null_record();
+    auto replaced = editor.replace(
+        [&](std::string_view record) { return record == nulls || rules_.is_marked(record); }, work);
+    if (!replaced.ok())
+        return replaced.status();
+    crunched.records = replaced->records;
+    crunched.gone = std::move(replaced->left_out);
+    if (!crunched.gone.empty())
+        renumber(crunched);
+    return replaced->forced;
+}
+
+} // namespace orvane

@@ -10,8 +10,12 @@ namespace orvane {
 
 namespace {
 
+// Rows in the order of their records are read in batches that stay in the processor's cache. Where they are
+// in another order, more of them at a time lie closer together in the file.
 constexpr std::size_t batch_bytes = 4 << 20;
-constexpr std::size_t max_batch_rows = 64 << 10;
+constexpr std::size_t disordered_batch_bytes = 32 << 20;
+constexpr std::size_t max_batch_rows = 1 << 20;
+constexpr std::int64_t entries_per_block = 8 << 10; // of a batch, for one thread
 // Records that lie no further apart than this are read at once with what lies between them: that costs less
 // than another system call.
 constexpr std::int64_t max_gap_bytes = 4 << 10;
@@ -21,22 +25,29 @@ std::int64_t number_of(std::uint64_t entry)
 {
     return static_cast<std::int64_t>(entry >> 32);
 }
+std::size_t row_of(std::uint64_t entry)
+{
+    return entry & 0xffff'ffff;
+}
 
 } // namespace
 
 RowReader::RowReader(const Operand &operand, std::vector<bool> wanted, Work &work)
-    : operand_(operand), work_(work)
+    : operand_(operand), work_(work), runs_(thread_limit())
 {
     std::size_t row_bytes = 0;
+    bool disordered = false;
     for (std::size_t i = 0; i < operand.members().size(); ++i) {
         RecordTable &table = *operand.members()[i].table;
         Member &member = members_.emplace_back();
         member.wanted = wanted[i];
         member.record_size = static_cast<std::size_t>(table.record_size());
         row_bytes += member.wanted ? member.record_size : 0;
+        disordered = disordered || (member.wanted && operand.members()[i].rows);
     }
+    const std::size_t bytes = disordered ? disordered_batch_bytes : batch_bytes;
     most_ = static_cast<std::int64_t>(
-        std::clamp<std::size_t>(batch_bytes / std::max<std::size_t>(row_bytes, 1), 1, max_batch_rows));
+        std::clamp<std::size_t>(bytes / std::max<std::size_t>(row_bytes, 1), 1, max_batch_rows));
 }
 
 Status RowReader::open()
@@ -88,7 +99,6 @@ Status RowReader::read_chosen(std::size_t index, const RowNumber *rows, std::siz
 {
     Member &member = members_[index];
     RecordTable &table = *operand_.members()[index].table;
-    const auto size = static_cast<std::int64_t>(member.record_size);
     member.records.resize(count * member.record_size);
     order_.clear();
     for (std::size_t row = 0; row < count; ++row) {
@@ -99,30 +109,43 @@ Status RowReader::read_chosen(std::size_t index, const RowNumber *rows, std::siz
     }
     if (!std::is_sorted(order_.begin(), order_.end()))
         std::sort(order_.begin(), order_.end());
-    for (std::size_t from = 0; from < order_.size();) {
-        const std::int64_t first = number_of(order_[from]);
-        if (!member.file) {
-            const auto record = table.record(first);
-            if (!record.ok())
-                return record.status();
-            put_record(member, *record, order_[from++] & null_row);
-            continue;
-        }
-        std::size_t to = from + 1;
-        while (to < order_.size() &&
-               (number_of(order_[to]) - number_of(order_[to - 1]) - 1) * size <= max_gap_bytes &&
-               (number_of(order_[to]) - first + 1) * size <= max_run_bytes)
-            ++to;
-        if (Status read = read_run(member, first, number_of(order_[to - 1]) + 1, run_); !read.ok())
-            return read;
-        for (; from < to; ++from)
-            std::memcpy(member.records.data() + (order_[from] & null_row) * member.record_size,
-                        run_.data() + (number_of(order_[from]) - first) * size, member.record_size);
+    if (member.file)
+        return work_.for_blocks(static_cast<std::int64_t>(order_.size()), entries_per_block, 0,
+                                [&](std::int64_t begin, std::int64_t end, unsigned thread) {
+                                    return read_entries(member, static_cast<std::size_t>(begin),
+                                                        static_cast<std::size_t>(end), runs_[thread]);
+                                });
+    for (const std::uint64_t entry : order_) {
+        const auto record = table.record(number_of(entry));
+        if (!record.ok())
+            return record.status();
+        put_record(member, *record, row_of(entry));
     }
     return Status();
 }
 
-Status RowReader::read_run(Member &member, std::int64_t first, std::int64_t end, std::vector<char> &into)
+// Neighbours are read together.
+Status RowReader::read_entries(Member &member, std::size_t from, std::size_t end,
+                               std::vector<char> &run) const
+{
+    const auto size = static_cast<std::int64_t>(member.record_size);
+    while (from < end) {
+        const std::int64_t first = number_of(order_[from]);
+        std::size_t to = from + 1;
+        while (to < end && (number_of(order_[to]) - number_of(order_[to - 1]) - 1) * size <= max_gap_bytes &&
+               (number_of(order_[to]) - first + 1) * size <= max_run_bytes)
+            ++to;
+        if (Status read = read_run(member, first, number_of(order_[to - 1]) + 1, run); !read.ok())
+            return read;
+        for (; from < to; ++from)
+            std::memcpy(member.records.data() + row_of(order_[from]) * member.record_size,
+                        run.data() + (number_of(order_[from]) - first) * size, member.record_size);
+    }
+    return Status();
+}
+
+Status RowReader::read_run(Member &member, std::int64_t first, std::int64_t end,
+                           std::vector<char> &into) const
 {
     const RecordSpan span{*member.file, end, static_cast<std::int64_t>(member.record_size), member.shown};
     const auto read = read_records(span, first, end, into);

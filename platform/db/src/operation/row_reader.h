@@ -42,15 +42,16 @@ private:
 
     Status read_member(std::size_t index, std::int64_t begin, std::int64_t end);
     Status read_chosen(std::size_t index, const RowNumber *rows, std::size_t count);
-    Status read_run(Member &member, std::int64_t first, std::int64_t end, std::vector<char> &into);
+    Status read_entries(Member &member, std::size_t from, std::size_t end, std::vector<char> &run) const;
+    Status read_run(Member &member, std::int64_t first, std::int64_t end, std::vector<char> &into) const;
     void put_record(Member &member, std::string_view record, std::size_t row) const;
 
     const Operand &operand_;
     Work &work_;
     std::int64_t most_ = 1;
     std::vector<Member> members_;
-    std::vector<std::uint64_t> order_; // record number and row of what a batch reads, packed for sorting
-    std::vector<char> run_;
+    std::vector<std::uint64_t> order_;    // record number and row of what a batch reads, packed for sorting
+    std::vector<std::vector<char>> runs_; // of each thread, neighbouring records
 };
 
 } // namespace orvane

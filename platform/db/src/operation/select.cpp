@@ -12,6 +12,7 @@ namespace {
 
 // The first batch is small, so that a reader who wants a few lines has them at once.
 constexpr std::int64_t first_batch_rows = 256;
+constexpr std::size_t rows_between_polls = 4096;
 
 bool are_all_fields(const Table &table, std::span<const std::string> names)
 {
@@ -42,7 +43,7 @@ public:
             lines_are_records_ = lines_are_records_ && fields[i].field == static_cast<int>(i);
     }
 
-    Status write(const RowReader &reader, std::size_t count)
+    Status write(const RowReader &reader, std::size_t count, Work &work)
     {
         if (lines_are_records_)
             return stream_.write({reader.record(0, 0),
@@ -51,6 +52,9 @@ public:
             append_line(reader, row);
             if (Status written = stream_.write_if_long(); !written.ok())
                 return written;
+            if (row % rows_between_polls == 0)
+                if (Status told = work.poll(); !told.ok())
+                    return told;
         }
         return Status();
     }
@@ -143,7 +147,7 @@ Status write_rows(const Operand &operand, const RowRange &rows, std::span<const 
         const std::int64_t end = std::min(rows.end, at + batch);
         if (Status read = reader.read(at, end); !read.ok())
             return read;
-        if (Status written = lines.write(reader, static_cast<std::size_t>(end - at)); !written.ok())
+        if (Status written = lines.write(reader, static_cast<std::size_t>(end - at), work); !written.ok())
             return written;
         if (at == rows.first) // whoever reads along shall not wait for the first lines
             if (Status written = stream.finish(); !written.ok())

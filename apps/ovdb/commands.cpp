@@ -1,0 +1,72 @@
+#include "commands.h"
+
+#include "options.h"
+
+#include <cstddef>
+
+namespace ovdb {
+
+namespace {
+
+constexpr std::size_t any_number = ~std::size_t{0};
+
+// clang-format off
+const Command table[] = {
+    {"info", "DB[.TABLE]", for_info, 1, 1, "tell about a database, or about one table of it",
+     "Of a database: where it is, its schema, the tables that are present with their\n"
+     "records and sizes. Of a table: its file, records, keys and description.\n",
+     run_info},
+    {"tables", "DB", for_tables, 1, 1, "list the tables that have a file",
+     "One line for each table, in schema order: its name, the number of records, the\n"
+     "bytes of its file, and what it is for. A table whose file is refused counts as\n"
+     "one without records, and standard error says why.\n",
+     run_tables},
+    {"fields", "DB[.TABLE]", for_fields, 1, 1, "list fields with their types, widths and units",
+     "One line for each field of the table, or of all tables of the schema: table,\n"
+     "field, type, width, format, null text, units, description.\n",
+     run_fields},
+    {"select", "DB.TABLE", for_select, 1, 1, "write rows of a table, or of what is derived from it",
+     "Operations are applied in the order given, each to what the one before it has\n"
+     "made; the rows are written when all are done. An expression that begins with @\n"
+     "is read from the file behind it (@- is standard input). The keys of joins are\n"
+     "inferred from the schema.\n"
+     "\n"
+     "Formats:\n"
+     "  text   fields in full width as they stand in the tables, a blank between two:\n"
+     "         of a whole table, a copy\n"
+     "  csv    trimmed fields between commas, quoted as RFC 4180 has it where needed,\n"
+     "         below a line of names; missing values as they stand\n"
+     "  tsv    the same between tabs\n"
+     "  json   an array with one object a line: numbers as numbers, times as seconds\n"
+     "         since 1970, missing values as null, bundles as \"first-end\", bytes that\n"
+     "         are no UTF-8 as U+FFFD\n",
+     run_select},
+    {"expr", "[FUNCTION...]", for_expr, 0, any_number, "help on the functions of expressions",
+     "", run_expr}, // its help is that of the functions
+};
+// clang-format on
+
+} // namespace
+
+std::span<const Command> commands()
+{
+    return table;
+}
+
+const Command *find_command(std::string_view name)
+{
+    for (const Command &command : table)
+        if (command.name == name)
+            return &command;
+    return nullptr;
+}
+
+std::vector<std::string_view> command_names()
+{
+    std::vector<std::string_view> names;
+    for (const Command &command : table)
+        names.push_back(command.name);
+    return names;
+}
+
+} // namespace ovdb

@@ -1,0 +1,84 @@
+#include "long_work.h"
+
+#include "failure.h"
+
+#include <orvane/db.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <string>
+#include <unistd.h>
+
+namespace ovdb {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr auto silence = std::chrono::seconds(1);
+
+volatile std::sig_atomic_t interrupted = 0;
+
+struct Shown {
+    std::string what;
+    Clock::time_point begin;
+    bool wanted = false;
+    int percent = -1; // what the terminal shows; -1: nothing
+};
+Shown shown;
+
+void note_interrupt(int)
+{
+    interrupted = 1;
+}
+
+void wipe()
+{
+    if (shown.percent >= 0)
+        std::fputs("\r\033[K", stderr);
+    shown.percent = -1;
+}
+
+int follow(double fraction, void *)
+{
+    const int percent = static_cast<int>(fraction * 100);
+    if (shown.wanted && percent != shown.percent && Clock::now() - shown.begin > silence) {
+        std::fprintf(stderr, "\r\033[Kovdb: %s: %d %%", shown.what.c_str(), percent);
+        std::fflush(stderr);
+        shown.percent = percent;
+    }
+    return interrupted;
+}
+
+} // namespace
+
+void watch_long_work()
+{
+    struct sigaction action {
+    };
+    action.sa_handler = note_interrupt;
+    // Calls that wait are not begun anew: one that writes to a full pipe would never learn of the interrupt.
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(SIGINT, &action, nullptr);
+    dbset_progress_hook(follow, nullptr);
+}
+
+void stop_if_interrupted()
+{
+    if (interrupted)
+        throw Failure(ExitCode::Interrupted, "interrupted");
+}
+
+LongWork::LongWork(std::string_view what, bool writes_output)
+{
+    stop_if_interrupted();
+    shown = Shown{std::string(what), Clock::now(), isatty(2) == 1 && !(writes_output && isatty(1) == 1)};
+}
+
+LongWork::~LongWork()
+{
+    wipe();
+    shown.wanted = false;
+}
+
+} // namespace ovdb

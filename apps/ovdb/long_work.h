@@ -1,0 +1,27 @@
+// What makes long work bearable: the interrupt key ends it, and a terminal shows how far it is.
+#pragma once
+
+#include <string_view>
+
+namespace ovdb {
+
+// Catches the interrupt key and follows the database library's operations from now on. A second interrupt
+// kills.
+void watch_long_work();
+
+// Fails where the interrupt key was pressed.
+void stop_if_interrupted();
+
+// Names what the library is asked to do, for as long as the object lives. Progress is shown once it takes
+// longer than a second, on standard error if that is a terminal. `writes_output`: rows are written meanwhile,
+// and the progress would stand between them if they go to the terminal too.
+class LongWork
+{
+public:
+    explicit LongWork(std::string_view what, bool writes_output = false);
+    ~LongWork();
+    LongWork(const LongWork &) = delete;
+    LongWork &operator=(const LongWork &) = delete;
+};
+
+} // namespace ovdb

@@ -1,0 +1,136 @@
+#include "options.h"
+
+#include "derivations.h"
+#include "formats.h"
+#include "name_list.h"
+#include "near_name.h"
+
+#include <charconv>
+
+namespace ovdb {
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+void set_fields(Request &request, const Arguments &arguments)
+{
+    request.fields = name_list(arguments[0], "--fields");
+}
+
+void set_format(Request &request, const Arguments &arguments)
+{
+    request.format = find_format(arguments[0]);
+    if (request.format)
+        return;
+    std::string message = "--format " + arguments[0] + ": there is no such format; there are";
+    for (const std::string_view name : format_names())
+        message.append(" ").append(name);
+    throw Failure(ExitCode::Usage, message);
+}
+
+void set_limit(Request &request, const Arguments &arguments)
+{
+    const std::string &text = arguments[0];
+    std::int64_t limit = -1;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
+    if (error != std::errc() || stop != text.data() + text.size() || limit < 0)
+        throw Failure(ExitCode::Usage, "--limit " + text + ": a number of rows is expected, from 0 on");
+    request.limit = limit;
+}
+
+Operation &last_sort(Request &request, const char *option)
+{
+    if (request.operations.empty() || request.operations.back().option->name != "--sort")
+        throw Failure(ExitCode::Usage, std::string(option) + " belongs to a sort; put it behind --sort F,F");
+    return request.operations.back();
+}
+
+void set_reverse(Request &request, const Arguments &)
+{
+    last_sort(request, "--reverse").reverse = true;
+}
+
+void set_unique(Request &request, const Arguments &)
+{
+    last_sort(request, "--unique").unique = true;
+}
+
+void set_header(Request &request, const Arguments &)
+{
+    request.header = true;
+}
+void set_no_header(Request &request, const Arguments &)
+{
+    request.header = false;
+}
+void set_count(Request &request, const Arguments &)
+{
+    request.count = true;
+}
+void set_all(Request &request, const Arguments &)
+{
+    request.all = true;
+}
+void set_help(Request &request, const Arguments &)
+{
+    request.help = true;
+}
+void set_version(Request &request, const Arguments &)
+{
+    request.version = true;
+}
+
+constexpr unsigned for_rows = for_tables | for_fields | for_select;
+
+constexpr std::string_view see_fields = "'ovdb fields DB.TABLE' lists the fields of a table";
+constexpr std::string_view see_terms =
+    "'ovdb fields DB.TABLE' lists the fields of a table, 'ovdb expr' the functions";
+constexpr std::string_view see_info =
+    "'ovdb info DB.TABLE' lists what a table can be joined to; --theta-join joins by any expression";
+constexpr std::string_view see_members = "a table that was joined before can be named";
+constexpr std::string_view see_group = "put it behind --group F,F";
+
+// clang-format off
+const Option table[] = {
+    {"--subset", "", {"E"}, for_select, "keep the rows for which the expression E is true", nullptr, subset, see_terms},
+    {"--sort", "", {"F,F"}, for_select, "sort by fields, the first of which weighs most", nullptr, sort, see_fields},
+    {"--reverse", "", {}, for_select, "the sort before it: from high to low", set_reverse},
+    {"--unique", "", {}, for_select, "the sort before it: of equal rows only the first", set_unique},
+    {"--join", "", {"T"}, for_select, "each row beside its matches in table T", nullptr, join, see_info},
+    {"--outer-join", "", {"T"}, for_select, "the same; rows without a match stay, beside nulls", nullptr, outer_join, see_info},
+    {"--left-join", "", {"T"}, for_select, "--join with the sides swapped: T comes first", nullptr, left_join, see_info},
+    {"--no-join", "", {"T"}, for_select, "keep the rows without a match in table T", nullptr, no_join, see_info},
+    {"--theta-join", "", {"T", "E"}, for_select, "pairs with rows of table T for which E is true", nullptr, theta_join, see_terms},
+    {"--group", "", {"F,F"}, for_select, "bundles of rows that are equal in the fields", nullptr, group, see_fields},
+    {"--ungroup", "", {}, for_select, "the rows of the bundles", nullptr, ungroup, see_group},
+    {"--sever", "", {"T"}, for_select, "drop the fields of table T, then equal rows", nullptr, sever, see_members},
+    {"--separate", "", {"T"}, for_select, "the distinct records of table T alone", nullptr, separate, see_members},
+    {"--fields", "", {"F,F"}, for_select, "write these fields, in this order, not all", set_fields},
+    {"--format", "", {"FORMAT"}, for_rows, "text (the default), csv, tsv or json", set_format},
+    {"--header", "", {}, for_rows, "begin with a line of names, whatever the format", set_header},
+    {"--no-header", "", {}, for_rows, "leave the line of names out", set_no_header},
+    {"--limit", "", {"N"}, for_select, "write the first N rows at most", set_limit},
+    {"--count", "", {}, for_select, "write the number of rows instead of the rows", set_count},
+    {"--all", "", {}, for_tables, "tables without a file, too", set_all},
+    {"--help", "-h", {}, for_all, "show help and exit", set_help},
+    {"--version", "-v", {}, for_all, "show the version and exit", set_version},
+};
+// clang-format on
+
+} // namespace
+
+std::span<const Option> options()
+{
+    return table;
+}
+
+const Option *find_option(std::string_view name, unsigned commands)
+{
+    for (const Option &option : table)
+        if ((option.commands & commands) != 0 && (option.name == name || option.short_name == name))
+            return &option;
+    return nullptr;
+}
+
+} // namespace ovdb

@@ -1,0 +1,37 @@
+// What the program was asked to do.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ovdb {
+
+struct Command;
+struct Format;
+struct Option;
+
+// One step from a table to what is written.
+struct Operation {
+    const Option *option = nullptr;
+    std::vector<std::string> arguments;
+    bool reverse = false; // of a sort
+    bool unique = false;
+};
+
+struct Request {
+    const Command *command = nullptr; // null: none was named
+    bool help = false;
+    bool version = false;
+    std::vector<std::string> operands;
+    std::vector<Operation> operations; // in the order given
+    std::vector<std::string> fields;   // empty: all
+    const Format *format = nullptr;    // null: the command's own
+    std::optional<bool> header;        // none: as the format has it
+    std::optional<std::int64_t> limit; // rows
+    bool count = false;
+    bool all = false;
+};
+
+} // namespace ovdb

@@ -19,11 +19,11 @@ constexpr std::size_t longest_expression_file = 64 << 20;
 std::string whole_file(const std::string &path, std::string_view option)
 {
     const std::string shown = path == "-" ? "standard input" : path;
+    errno = 0;
     const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(
         path == "-" ? ::fdopen(dup(0), "r") : std::fopen(path.c_str(), "r"),
         [](std::FILE *open) { return open ? std::fclose(open) : 0; });
     std::string text;
-    errno = 0;
     if (file) {
         char buffer[1 << 16];
         while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, file.get())) {

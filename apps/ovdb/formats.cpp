@@ -3,6 +3,8 @@
 #include "json_rows.h"
 #include "long_work.h"
 
+#include <cerrno>
+#include <cstring>
 #include <memory>
 
 namespace ovdb {
@@ -44,7 +46,11 @@ void write_json(const Rows &rows, std::FILE *out)
         if (dbselect(rows.table, list_or_all(fields, rows.fields), stream.get(), "", 0) < 0)
             fail_with_log(cannot_write, "");
     }
-    objects.finish();
+    if (!objects.finish()) {
+        const std::string reason = std::strerror(errno);
+        stop_if_interrupted();
+        throw Failure(ExitCode::Failed, std::string(cannot_write) + ": " + reason);
+    }
     objects.tell_unreadable();
 }
 

@@ -182,10 +182,10 @@ bool JsonRows::write()
     return written;
 }
 
-void JsonRows::finish()
+bool JsonRows::finish()
 {
     text_ += any_ ? "\n]\n" : "[]\n";
-    write(); // a failure stays with the stream
+    return write();
 }
 
 void JsonRows::tell_unreadable() const

@@ -17,8 +17,8 @@ public:
     // A stream for dbselect of the columns with flag 0 and no separator, whose lines become objects. Close it
     // with fclose before the object goes; null where there is no memory.
     std::FILE *open();
-    // Ends the array.
-    void finish();
+    // Ends the array. False where the stream can't be written, with errno telling why.
+    bool finish();
 
     // Tells of fields that held no value of their type and were written as null.
     void tell_unreadable() const;

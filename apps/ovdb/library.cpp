@@ -68,7 +68,7 @@ Database::Database(const std::string &path) : path_(path)
 {
     const LongWork opening("opening");
     if (dbopen_database(path.c_str(), "r", &pointer_) < 0)
-        fail_with_log("cannot open " + path,
+        fail_with_log("cannot open the database",
                       "give the path of a descriptor, or of table files without .TABLE");
     pass_on_remarks();
 }

@@ -27,9 +27,15 @@ struct Shown {
 };
 Shown shown;
 
+// A call that is about to wait when the interrupt comes would not learn of it, so it is told again and again.
+void remind(int)
+{
+    alarm(1);
+}
 void note_interrupt(int)
 {
     interrupted = 1;
+    alarm(1);
 }
 
 void wipe()
@@ -56,11 +62,18 @@ void watch_long_work()
 {
     struct sigaction action {
     };
+    // Without SA_RESTART calls that wait come back instead of being begun anew.
+    action.sa_handler = remind;
+    sigaction(SIGALRM, &action, nullptr);
     action.sa_handler = note_interrupt;
-    // Calls that wait are not begun anew: one that writes to a full pipe would never learn of the interrupt.
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
     dbset_progress_hook(follow, nullptr);
+}
+
+bool is_interrupted()
+{
+    return interrupted != 0;
 }
 
 void stop_if_interrupted()

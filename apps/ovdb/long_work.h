@@ -9,7 +9,8 @@ namespace ovdb {
 // kills.
 void watch_long_work();
 
-// Fails where the interrupt key was pressed.
+// Whether the interrupt key was pressed; fails where it was.
+bool is_interrupted();
 void stop_if_interrupted();
 
 // Names what the library is asked to do, for as long as the object lives. Progress is shown once it takes

@@ -4,7 +4,7 @@
 #include "derivations.h"
 #include "formats.h"
 #include "library.h"
-#include "long_work.h"
+#include "output.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -38,7 +38,9 @@ void run_select(const Request &request)
     }
     const Format &format = request.format ? *request.format : default_format();
     const Dbptr rows = count > 0 && count < all ? dbrow_range(view, 0, count) : view;
-    write_rows(Rows{rows, count, request.fields}, format, request.header.value_or(format.has_header), stdout);
+    const Output output;
+    write_rows(Rows{rows, count, request.fields}, format, request.header.value_or(format.has_header),
+               output.stream());
 }
 
 } // namespace ovdb

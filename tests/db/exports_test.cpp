@@ -57,7 +57,6 @@ TEST(SharedLibrary, exports_what_its_header_declares_and_nothing_else)
 TEST(PublicHeader, includes_nothing_but_c_and_the_utility_library)
 {
     std::istringstream header(TemporaryDatabase::readFile(ORVANE_DB_HEADER));
-
     const std::set<std::string> allowed{"<stddef.h>", "<stdint.h>", "<stdio.h>", "<orvane/db_export.h>",
                                         "<orvane/util.h>"};
     int includes = 0;

@@ -74,6 +74,17 @@ class InstalledTree(unittest.TestCase):
         for name in ("liborvane_db.so.1", "liborvane_util.so.1"):
             self.assertNotIn("Qt5", run("readelf", "-d", self.libraries[name]))
 
+    def test_the_command_line_runs_without_the_toolkit_and_has_its_manual_page(self):
+        program = self.prefix / "bin/ovdb"
+        needed = set(re.findall(r"Shared library: \[([^\]]+)\]", run("readelf", "-d", program)))
+        self.assertLessEqual({"liborvane_db.so.1", "liborvane_util.so.1"}, needed)
+        self.assertFalse({name for name in needed if re.search(r"Qt5|ovqt", name)})
+        environment = {key: value for key, value in os.environ.items() if not key.startswith("ORVANE_SCHEMA")}
+        counted = run(program, "select", SOURCE / "demo/quakes.origin", "--join", "event", "--count", env=environment)
+        self.assertEqual(counted, "1707\n")
+        page = (self.prefix / "share/man/man1/ovdb.1").read_text()
+        self.assertTrue(page.startswith(".TH OVDB 1 "))
+
     def test_nothing_but_the_documented_c_calls_is_exported(self):
         for name, header in (("liborvane_db.so.1", "db"), ("liborvane_util.so.1", "util")):
             symbols = run("nm", "-D", "--defined-only", self.libraries[name])

@@ -7,9 +7,10 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
+#include <QPixmap>
 #include <QScopedValueRollback>
 #include <QSet>
-#include <QStyle>
 #include <QTextCharFormat>
 
 #include <orvane/tr.h>
@@ -66,6 +67,22 @@ QString asSentence(QString reason)
     return reason.left(1).toUpper() + reason.mid(1);
 }
 
+// As of a combo box; the style's own arrows are large and coloured in some themes.
+QIcon downArrow(const QWidget &widget)
+{
+    constexpr int side = 16;
+    const qreal scale = widget.devicePixelRatioF();
+    QPixmap pixmap(QSize(side, side) * scale);
+    pixmap.setDevicePixelRatio(scale);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(widget.palette().color(QPalette::Text));
+    painter.drawPolygon(QPolygonF({{4.0, 6.0}, {12.0, 6.0}, {8.0, 10.5}}));
+    return pixmap;
+}
+
 bool isCall(const QString &insert)
 {
     return insert.endsWith('(');
@@ -85,6 +102,7 @@ ExpressionAssistant::ExpressionAssistant(QInputDialog &dialog, OvConfig &config,
     }
     m_popup = new NamePopup(*m_edit);
     connect(m_popup, &NamePopup::chosen, this, &ExpressionAssistant::take);
+    connect(m_popup, &NamePopup::closed, &m_check, [this] { m_check.start(soon); });
     m_edit->installEventFilter(this);
     connect(m_edit, &QLineEdit::textEdited, this, &ExpressionAssistant::edited);
     connect(m_edit, &QLineEdit::cursorPositionChanged, this, &ExpressionAssistant::cursorMoved);
@@ -115,8 +133,7 @@ void ExpressionAssistant::addHistoryButton()
     if (m_history.isEmpty()) {
         return;
     }
-    QAction *history =
-        m_edit->addAction(m_edit->style()->standardIcon(QStyle::SP_ArrowDown), QLineEdit::TrailingPosition);
+    QAction *history = m_edit->addAction(downArrow(*m_edit), QLineEdit::TrailingPosition);
     history->setObjectName("expressionHistory");
     history->setToolTip(OvTranslation::tr("Expressions used before (Up, Down)"));
     connect(history, &QAction::triggered, this, &ExpressionAssistant::proposeHistory);
@@ -337,14 +354,23 @@ void ExpressionAssistant::check()
     const int position = m_edit->cursorPosition();
     const ExpressionCursor cursor = expressionCursor(text, position);
     const bool atCursor = fault.start <= position && position <= fault.start + fault.length;
-    const bool unfinished = cursor.inText || atCursor || fault.start >= text.trimmed().size();
-    const qint64 since = m_sinceEdit.isValid() ? m_sinceEdit.elapsed() : patience;
-    if (unfinished && since < patience) {
-        m_check.start(static_cast<int>(patience - since));
-        return;
+    const bool atEnd = fault.start >= text.trimmed().size();
+    if (cursor.inText || atCursor || atEnd) {
+        if (m_popup->isVisible()) {
+            return; // comes back when the proposals are gone
+        }
+        const qint64 since = m_sinceEdit.isValid() ? m_sinceEdit.elapsed() : patience;
+        if (since < patience) {
+            m_check.start(static_cast<int>(patience - since));
+            return;
+        }
     }
-    mark(fault);
-    tell(fault.reason, true);
+    if (!atEnd) {
+        mark(fault);
+        tell(asSentence(fault.reason), true);
+    } else if (cursor.call.isEmpty()) { // not wrong so far; in a call its signature says more
+        tell(asSentence(fault.reason), false);
+    }
 }
 
 // The edit underlines by itself only what an input method marks, and follows its scrolling then.
@@ -380,7 +406,7 @@ void ExpressionAssistant::tell(const QString &text, bool isFault)
         palette.setColor(QPalette::WindowText, faultColour(palette));
     }
     m_line->setPalette(palette);
-    m_line->setText(isFault ? asSentence(text) : text);
+    m_line->setText(text);
     m_line->show();
 }
 

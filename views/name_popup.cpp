@@ -11,6 +11,15 @@ constexpr int mostRows = 8;
 constexpr int widest = 640;    // pixels
 constexpr int narrowest = 180; // pixels
 constexpr int betweenColumns = 24;
+constexpr int widestFirst = 340;
+
+// Paler than the text, and still read with ease.
+QColor between(const QColor &text, const QColor &background)
+{
+    const auto mixed = [](int a, int b) { return (3 * a + 2 * b) / 5; };
+    return {mixed(text.red(), background.red()), mixed(text.green(), background.green()),
+            mixed(text.blue(), background.blue())};
+}
 
 } // namespace
 
@@ -42,7 +51,7 @@ void NamePopup::propose(const QList<Proposal> &proposals, int x)
         hide();
         return;
     }
-    const QBrush pale = palette().brush(QPalette::Disabled, QPalette::Text);
+    const QBrush pale = between(palette().color(QPalette::Text), palette().color(QPalette::Base));
     QList<QTreeWidgetItem *> rows;
     for (const Proposal &proposal : proposals) {
         auto *row = new QTreeWidgetItem({proposal.text, proposal.remark});
@@ -63,7 +72,7 @@ void NamePopup::place(int x)
         first = qMax(first, fontMetrics().horizontalAdvance(proposal.text));
         second = qMax(second, fontMetrics().horizontalAdvance(proposal.remark));
     }
-    first += betweenColumns;
+    first = qMin(first + betweenColumns, second > 0 ? widestFirst : widest);
     const int bar = m_proposals.size() > mostRows ? verticalScrollBar()->sizeHint().width() : 0;
     const int wanted = first + (second > 0 ? second + betweenColumns / 2 : 0) + bar + 2 * frameWidth();
     const int rows = qMin(m_proposals.size(), mostRows);
@@ -79,6 +88,12 @@ void NamePopup::place(int x)
         }
     }
     setGeometry(QRect(corner, size));
+}
+
+void NamePopup::hideEvent(QHideEvent *event)
+{
+    QTreeWidget::hideEvent(event);
+    emit closed();
 }
 
 void NamePopup::move(int step)

@@ -35,6 +35,10 @@ public:
 
 signals:
     void chosen(int row);
+    void closed();
+
+protected:
+    void hideEvent(QHideEvent *event) override;
 
 private:
     void place(int x);

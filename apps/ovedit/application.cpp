@@ -13,6 +13,7 @@
 #include <qovutil.h>
 
 #include "configuration.h"
+#include "error_text.h"
 #include "main_window.h"
 #include "open_dialog.h"
 
@@ -22,19 +23,6 @@ constexpr QSize preferredSize(1120, 720);
 const QString historyKey = QStringLiteral("expression_history");
 constexpr int cascadeStep = 32; // pixels between one window and the next
 constexpr int titleBar = 30;    // about what a window manager adds above a window
-
-// What the database library says in an error text, without the layers that the text has come through.
-QString reasonIn(const QString &error)
-{
-    QStringList told;
-    for (const QString &paragraph : error.split("\n\n", Qt::SkipEmptyParts)) {
-        const bool frame = paragraph.startsWith("QOv") || paragraph.startsWith("Failed to open database");
-        if (!frame) {
-            told.append(paragraph.trimmed());
-        }
-    }
-    return told.isEmpty() ? error.trimmed() : told.join("\n\n");
-}
 
 QString openOtherwise(const QString &name)
 {
@@ -47,7 +35,7 @@ QString openOtherwise(const QString &name)
 
 QString whyNotOpened(const OrvaneDatabaseModel &model, const QString &name)
 {
-    QString reason = reasonIn(model.openError());
+    QString reason = reasonIn(model.openError(), "Failed to open database");
     if (reason.isEmpty()) {
         reason = QCoreApplication::translate("ovedit", "The database library gave no reason.");
     }

@@ -10,6 +10,7 @@
 
 #include <ovconfig.h>
 
+#include "error_boxes.h"
 #include "operation_progress.h"
 #include "problem_log.h"
 #include "settings.h"
@@ -77,7 +78,8 @@ private:
     QList<QPointer<MainWindow>> m_windows;
     QPointer<MainWindow> m_inFront;
     QVariant m_history; // the expressions that are in the settings
-    OperationProgress m_progress;
+    ErrorBoxes m_errorBoxes;
+    OperationProgress m_progress; // behind the boxes, so that it sees them first and with the whole text
 };
 
 #endif

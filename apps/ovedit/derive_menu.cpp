@@ -123,11 +123,13 @@ DeriveMenu::DeriveMenu(MainWindow &window, QMenuBar &bar)
     for (const DeriveCommand &command : commands) {
         addCommand(command);
     }
+    const DeriveList *before = nullptr;
     for (const DeriveList &list : lists) {
-        if (list.offers != lists[0].offers || &list == &lists[0]) {
+        if (before == nullptr || before->offers != list.offers) {
             m_menu->addSeparator();
         }
         addList(list);
+        before = &list;
     }
     connect(m_menu, &QMenu::aboutToShow, this, &DeriveMenu::fillLists);
 }

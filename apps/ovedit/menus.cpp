@@ -46,6 +46,9 @@ const Command viewCommands[] = {
      &MainWindow::chooseTimeZone},
     {"updateInterval", T("Update &Interval..."), "", T("Say how often to look for changed tables"),
      Needs::Nothing, &MainWindow::chooseUpdateInterval},
+};
+
+const Command tableCommands[] = {
     {"arrange", T("Arran&ge Columns..."), "Ctrl+Shift+A", T("Choose the columns shown and their order"),
      Needs::Table, &MainWindow::arrangeColumns},
     {"goToRow", T("Go to Ro&w..."), "Ctrl+G", T("Scroll to a row by its number"), Needs::Table,
@@ -122,6 +125,10 @@ void Menus::build()
     view.addSeparator();
     addFontSize(view);
     for (const Command &command : viewCommands) {
+        addCommand(view, command);
+    }
+    view.addSeparator();
+    for (const Command &command : tableCommands) {
         addCommand(view, command);
     }
     m_timeZone = m_window.findChild<QAction *>("timeZone");

@@ -4,111 +4,12 @@
 
 #include <QApplication>
 #include <QImage>
-#include <QTemporaryDir>
+#include <QSignalSpy>
+#include <QTest>
+#include <QVBoxLayout>
 
-#include "coastline.h"
-#include "event_catalogue.h"
-#include "event_layer.h"
 #include "event_style.h"
-
-static const QString demo = QStringLiteral(ORVANE_SOURCE_DIR "/demo/quakes");
-
-// A record of the origin table with this place, depth, id and mb.
-static QByteArray originLine(double latitude, double longitude, double depth, int orid, double mb)
-{
-    return QString::asprintf(
-               "%9.4f %9.4f %9.4f %17.5f %8d %8d %8d %4d %4d %4d %8d %8d %-7s %9.4f %-1s %7.2f %8d %7.2f "
-               "%8d %7.2f %8d %-15s %-15s %8d %17.5f\n",
-               latitude, longitude, depth, 1517363399.65, orid, orid, 2018031, -1, -1, -1, -1, -1, "qt",
-               -999.0, "-", mb, -1, -999.0, -1, -999.0, -1, "-", "-", -1, 1517942380.2)
-        .toUtf8();
-}
-
-static QString makeDatabase(const QTemporaryDir &folder, const QByteArray &origins)
-{
-    const QString path = folder.filePath(QStringLiteral("small"));
-    QFile descriptor(path), table(path + QStringLiteral(".origin"));
-    EXPECT_TRUE(descriptor.open(QIODevice::WriteOnly) && table.open(QIODevice::WriteOnly));
-    descriptor.write("schema: css3.0\ndbpath: [.]\nlocks: local\n");
-    table.write(origins);
-    return path;
-}
-
-static OvEventView *viewOf(const QString &path)
-{
-    auto *view = new OvEventView;
-    EXPECT_TRUE(view->configure(QStringLiteral("dbname"), path));
-    return view;
-}
-
-TEST(EventCatalogue, HoldsEveryOriginOfTheDemo)
-{
-    const EventCatalogue catalogue = readEvents(demo);
-    EXPECT_EQ(catalogue.error.toStdString(), "");
-    EXPECT_EQ(catalogue.records(), 1707);
-    EXPECT_EQ(catalogue.events.size(), 1707U);
-    EXPECT_EQ(catalogue.withoutCoordinates + catalogue.impossibleCoordinates + catalogue.unreadable, 0);
-}
-
-TEST(EventCatalogue, CountsNullAndImpossibleCoordinatesAndKeepsTheRest)
-{
-    const QTemporaryDir folder;
-    const auto path =
-        makeDatabase(folder, originLine(10, 20, 30, 1, 6.5) + originLine(-999, -999, 5, 2, 4) +
-                                 originLine(95, 20, 5, 3, 4) + originLine(10, 200, 5, 4, 4) +
-                                 originLine(-10, -20, -999, 5, -999) + originLine(0, -999, 5, 6, 4));
-    const EventCatalogue catalogue = readEvents(path);
-    EXPECT_EQ(catalogue.error.toStdString(), "");
-    EXPECT_EQ(catalogue.withoutCoordinates, 2);
-    EXPECT_EQ(catalogue.impossibleCoordinates, 2);
-    ASSERT_EQ(catalogue.events.size(), 2U);
-    EXPECT_EQ(catalogue.events[0].origin, 5); // of unknown magnitude, so first
-    EXPECT_TRUE(std::isnan(catalogue.events[0].magnitude));
-    EXPECT_TRUE(std::isnan(catalogue.events[0].depth));
-    EXPECT_EQ(catalogue.events[1].origin, 1);
-    EXPECT_FLOAT_EQ(catalogue.events[1].magnitude, 6.5F);
-    EXPECT_FLOAT_EQ(catalogue.events[1].depth, 30);
-}
-
-TEST(Coastline, IsThereAndClosed)
-{
-    ASSERT_GT(coastlineRings().size(), 100U);
-    for (const Ring &ring : coastlineRings()) {
-        EXPECT_EQ(ring.front().longitude, ring.back().longitude);
-        EXPECT_EQ(ring.front().latitude, ring.back().latitude);
-        for (const GeoPoint point : ring)
-            EXPECT_TRUE(std::abs(point.latitude) <= 90 && std::abs(point.longitude) <= 180);
-    }
-}
-
-TEST(Coastline, TellsLandFromSeaWhereverTheMapIsCentred)
-{
-    for (const auto &[latitude, longitude] :
-         {std::pair(0.0, 0.0), {40.0, -100.0}, {-35.0, 150.0}, {90.0, 0.0}, {-50.0, -60.0}, {-30.0, 80.0}}) {
-        const Projection projection(latitude, longitude);
-        const ProjectedLand land = projectLand(coastlineRings(), projection, 180);
-        auto isLand = [&](double lat, double lon) {
-            return land.area.contains(projection.forward(lat, lon));
-        };
-        EXPECT_TRUE(isLand(50, 20)) << latitude << ' ' << longitude;   // Poland
-        EXPECT_TRUE(isLand(40, -100)) << latitude << ' ' << longitude; // Kansas
-        EXPECT_TRUE(isLand(-25, 135)) << latitude << ' ' << longitude; // Australia
-        EXPECT_TRUE(isLand(-85, 60)) << latitude << ' ' << longitude;  // Antarctica
-        EXPECT_TRUE(isLand(67, 179)) << latitude << ' ' << longitude;  // Chukotka
-        EXPECT_FALSE(isLand(0, -150)) << latitude << ' ' << longitude;
-        EXPECT_FALSE(isLand(30, -45)) << latitude << ' ' << longitude;
-        EXPECT_FALSE(isLand(-40, 80)) << latitude << ' ' << longitude;
-        EXPECT_FALSE(isLand(85, 0)) << latitude << ' ' << longitude;
-    }
-}
-
-TEST(Coastline, LeavesOutWhatIsBeyondTheRange)
-{
-    const Projection projection(0, -150); // the open Pacific
-    EXPECT_TRUE(projectLand(coastlineRings(), projection, 5).coast.isEmpty());
-    const QRectF part = projectLand(coastlineRings(), Projection(40, -100), 20).coast.boundingRect();
-    EXPECT_LT(part.width(), 60);
-}
+#include "small_database.h"
 
 TEST(EventMap, RefusesUnknownKeysAndBadValuesAndStaysAsItWas)
 {
@@ -132,35 +33,123 @@ TEST(EventMap, RefusesUnknownKeysAndBadValuesAndStaysAsItWas)
                                                                       {"", ""}})
         EXPECT_FALSE(map.configure(key, value)) << key << '=' << value;
     EXPECT_EQ(map.positionOf(0, 0), place);
+    const QPointF centre = map.positionOf(40, -100);
     map.setDefaults(0);
-    EXPECT_EQ(map.positionOf(0, 0), QPointF(200, 200));
+    EXPECT_EQ(map.positionOf(0, 0), centre);
     EXPECT_FALSE(OvEventView().configure("latr", "40"));
+}
+
+TEST(EventMap, KeepsDistancesFromItsCentre)
+{
+    OvEventMap map(nullptr, true, false);
+    map.resize(500, 500);
+    map.configure("range", "90");
+    const QPointF centre = map.positionOf(0, 0), pole = map.positionOf(90, 0), half = map.positionOf(0, 45);
+    EXPECT_NEAR(pole.x(), centre.x(), 1e-6);
+    EXPECT_LT(pole.y(), centre.y());
+    EXPECT_NEAR((half.x() - centre.x()) / (centre.y() - pole.y()), 0.5, 0.001);
 }
 
 TEST(EventMap, SaysWhyADatabaseIsNotThere)
 {
     OvEventMap map(nullptr, true, true);
-    map.attach(viewOf(QStringLiteral("/nowhere/none")));
+    EXPECT_TRUE(map.statusText().contains(QStringLiteral("No events")));
+    showEvents(map, QStringLiteral("/nowhere/none"));
     EXPECT_TRUE(map.statusText().contains(QStringLiteral("/nowhere/none"))) << map.statusText().toStdString();
     map.resize(300, 300);
     EXPECT_FALSE(map.grab().isNull());
 }
 
+TEST(EventMap, SaysWhatItCannotDraw)
+{
+    const SmallDatabase database(originLine(10, 20, 30, 1, 6.5) + originLine(-999, -999, 5, 2, 4) +
+                                 originLine(95, 20, 5, 3, 4) + originLine(-10, -20, -999, 5, -999));
+    OvEventMap map(nullptr, true, true);
+    map.configure("range", "25");
+    showEvents(map, database.path());
+    const QStringList said = map.statusText().split(QStringLiteral(" \u00b7 "));
+    EXPECT_EQ(said,
+              QStringList({QStringLiteral("Events: 2"), QStringLiteral("of unknown magnitude (smallest): 1"),
+                           QStringLiteral("without coordinates: 1"),
+                           QStringLiteral("with impossible coordinates: 1")}))
+        << map.statusText().toStdString();
+    map.configure("range", "23");
+    map.complete();
+    EXPECT_TRUE(map.statusText().contains(QStringLiteral("Events: 2")));
+    map.configure("range", "22.4");
+    map.complete();
+    EXPECT_TRUE(map.statusText().startsWith(QStringLiteral("Events: 1 \u00b7 beyond the map's range: 1")) ||
+                map.statusText().startsWith(QStringLiteral("Events: 2")));
+    map.configure("range", "10");
+    map.complete();
+    EXPECT_TRUE(map.statusText().contains(QStringLiteral("beyond the map's range: 2")))
+        << map.statusText().toStdString();
+}
+
 TEST(EventMap, DrawsAnEventAtItsPlaceInItsColour)
 {
-    const QTemporaryDir folder;
+    const SmallDatabase database(originLine(10, -60, 0, 1, 6));
+    for (const double ratio : {1.0, 1.5, 2.0}) {
+        OvEventMap map(nullptr, true, false);
+        map.resize(500, 500);
+        map.configure("latr", "40");
+        map.configure("lonr", "-100");
+        map.configure("range", "120");
+        const QPoint place = (map.positionOf(10, -60) * ratio).toPoint();
+        const QImage before = map.picture({500, 500}, ratio);
+        EXPECT_EQ(before.size(), QSize(500, 500) * ratio);
+        showEvents(map, database.path());
+        const QImage after = map.picture({500, 500}, ratio);
+        EXPECT_NE(before.pixelColor(place), depthColour(0));
+        EXPECT_EQ(after.pixelColor(place), depthColour(0)) << ratio;
+        EXPECT_TRUE(map.statusText().contains(QStringLiteral("Events: 1")));
+    }
+}
+
+// The widget shows what the picture shows, once it has had its turns of the event loop.
+TEST(EventMap, BecomesCompleteInTheEventLoop)
+{
+    const SmallDatabase database(originLine(0, 0, 0, 1, 6));
     OvEventMap map(nullptr, true, false);
-    map.resize(500, 500);
-    map.configure("latr", "40");
-    map.configure("lonr", "-100");
-    map.configure("range", "120");
-    const QPoint place = map.positionOf(10, -60).toPoint();
-    const QImage before = map.grab().toImage();
-    map.attach(viewOf(makeDatabase(folder, originLine(10, -60, 0, 1, 6))));
-    const QImage after = map.grab().toImage();
-    EXPECT_NE(before.pixelColor(place), depthColour(0));
-    EXPECT_EQ(after.pixelColor(place), depthColour(0));
-    EXPECT_TRUE(map.statusText().contains(QStringLiteral("1")));
+    map.resize(400, 300);
+    auto *view = new OvEventView;
+    view->configure(QStringLiteral("dbname"), database.path());
+    map.attach(view);
+    EXPECT_FALSE(map.isComplete());
+    map.show();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return map.isComplete(); }, 30'000));
+    const QImage shown = map.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    QImage picture = map.picture({400, 300});
+    EXPECT_EQ(shown.pixelColor(map.positionOf(0, 0).toPoint()), depthColour(0));
+    picture.setDevicePixelRatio(shown.devicePixelRatio());
+    EXPECT_EQ(shown, picture);
+}
+
+TEST(EventMap, ShowsEventsThatAreAddedToItsTable)
+{
+    SmallDatabase database(originLine(0, 0, 0, 1, 6));
+    OvEventMap map(nullptr, true, true);
+    map.resize(400, 300);
+    map.show();
+    showEvents(map, database.path());
+    QTest::qWait(20);
+    database.append(originLine(30, 30, 0, 2, 6));
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return map.isComplete() && map.statusText().contains(QStringLiteral("Events: 2")); }, 10'000));
+    EXPECT_EQ(map.picture({400, 300}).pixelColor(map.positionOf(30, 30).toPoint()), depthColour(0));
+}
+
+TEST(EventMap, FollowsThePalette)
+{
+    OvEventMap map(nullptr, false, true);
+    const QImage light = map.picture({400, 300});
+    QPalette dark;
+    dark.setColor(QPalette::Base, QColor(25, 25, 25));
+    dark.setColor(QPalette::Text, Qt::white);
+    map.setPalette(dark);
+    const QImage picture = map.picture({400, 300});
+    EXPECT_EQ(picture.pixelColor(2, 2), QColor(25, 25, 25));
+    EXPECT_EQ(light.pixelColor(2, 2), QPalette().color(QPalette::Base));
 }
 
 TEST(EventMap, FillsAPageThatHasNoLayout)
@@ -170,33 +159,61 @@ TEST(EventMap, FillsAPageThatHasNoLayout)
     page.resize(640, 480);
     page.grab();
     EXPECT_EQ(map->size(), page.size());
+
+    QWidget other;
+    auto *layout = new QVBoxLayout(&other);
+    new OvEventMap(&other, true, true);
+    EXPECT_EQ(layout->count(), 0);
 }
 
-TEST(EventLayer, NeverHidesALargerEventAmongAMillion)
+TEST(EventMap, DrawsInWindowsOfAnySize)
 {
-    std::vector<Event> events;
-    std::uint64_t state = 1;
-    auto next = [&state](double lowest, double highest) {
-        state = state * 6364136223846793005U + 1442695040888963407U;
-        return lowest + (highest - lowest) * static_cast<double>(state >> 11) / 9007199254740992.0;
-    };
-    for (int i = 0; i < 1'000'000; ++i)
-        events.push_back({next(-60, 60), next(-150, 150), 0, i, 300, 1.0F});
-    events.push_back({5, 5, 0, 1'000'000, 0, 8.0F}); // the largest, drawn last
-    const Projection projection(0, 0);
-    const EventLayer layer(events, projection, 180);
-    EXPECT_EQ(layer.size(), events.size());
-    const MapFrame frame{{0, 0}, 2, {720, 720}};
-    QImage image(720, 720, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::white);
-    QPainter painter(&image);
-    layer.draw(painter, frame, EventSymbols(1, Qt::black));
-    painter.end();
-    const QPointF place = frame.toPixel(projection.forward(5, 5));
-    EXPECT_EQ(image.pixelColor(place.toPoint()), depthColour(0));
-    EXPECT_EQ(layer.eventAt(place, frame)->origin, 1'000'000);
-    int covered = 0;
-    for (int x = 260; x < 460; ++x)
-        covered += image.pixelColor(x, 400) != QColor(Qt::white);
-    EXPECT_GT(covered, 150);
+    const SmallDatabase database(originLine(0, 0, 0, 1, 6));
+    OvEventMap map(nullptr, true, true);
+    showEvents(map, database.path());
+    for (const QSize size :
+         {QSize(1, 1), QSize(120, 120), QSize(2000, 130), QSize(130, 1500), QSize(1600, 1200)})
+        EXPECT_EQ(map.picture(size).size(), size);
+}
+
+TEST(EventMap, DrawsThePolesAndTheFarSide)
+{
+    for (const char *latitude : {"90", "-90", "0", "-40"})
+        for (const char *longitude : {"360", "-180"})
+            for (const char *range : {"180", "90", "1", "0.01"}) {
+                OvEventMap map(nullptr, true, false);
+                map.configure("latr", latitude);
+                map.configure("lonr", longitude);
+                map.configure("range", range);
+                map.resize(160, 140);
+                const QImage picture = map.picture({160, 140});
+                const QPoint centre =
+                    map.positionOf(QByteArray(latitude).toDouble(), QByteArray(longitude).toDouble())
+                        .toPoint();
+                const QColor page = map.palette().color(QPalette::Base);
+                EXPECT_NE(picture.pixelColor(centre + QPoint(7, 9)), page)
+                    << latitude << ' ' << longitude << ' ' << range;
+                EXPECT_EQ(picture.pixelColor(2, 2), page);
+            }
+}
+
+TEST(EventMap, MayGoWhileItReadsAndPlaces)
+{
+    QByteArray lines;
+    for (int i = 0; i < 20'000; ++i)
+        lines += originLine(i % 90, i % 180, 10, i + 1, 4);
+    const SmallDatabase database(lines);
+    for (int turns = 0; turns < 12; ++turns) {
+        OvEventMap map(nullptr, true, true);
+        map.resize(200, 200);
+        map.show();
+        auto *view = new OvEventView;
+        view->configure(QStringLiteral("dbname"), database.path());
+        map.attach(view);
+        for (int i = 0; i < turns; ++i)
+            QCoreApplication::processEvents();
+        if (turns == 6)
+            map.attach(nullptr);
+    }
+    SUCCEED(); // under the sanitizers nothing that is gone was used
 }

@@ -3,69 +3,127 @@
 #include <algorithm>
 #include <cmath>
 
-EventLayer::EventLayer(const std::vector<Event> &events, const Projection &projection, double range)
-    : m_events(events)
+static constexpr double cell = 2; // logical pixels; no disc is smaller than that
+
+static bool smaller(const Event &a, const Event &b)
 {
-    m_points.reserve(events.size());
-    for (std::size_t i = 0; i < events.size(); ++i) {
-        const QPointF place = projection.forward(events[i].latitude, events[i].longitude);
-        if (std::hypot(place.x(), place.y()) <= range)
-            m_points.push_back({static_cast<float>(place.x()), static_cast<float>(place.y()),
-                                static_cast<std::uint32_t>(i)});
-    }
+    if (std::isnan(a.magnitude) || std::isnan(b.magnitude))
+        return std::isnan(a.magnitude) && !std::isnan(b.magnitude);
+    return a.magnitude < b.magnitude;
 }
 
-// The points to draw, largest first: of every cell of two by two pixels the largest event. Its disc is no
-// smaller than the cell, so that what is left out would hardly be seen.
-std::vector<std::uint32_t> EventLayer::visible(const MapFrame &frame) const
+EventLayer::EventLayer(std::shared_ptr<const EventCatalogue> catalogue, const Projection &projection,
+                       double range, const std::atomic<bool> &cancelled)
+    : m_catalogue(std::move(catalogue))
 {
-    constexpr double cell = 2;
-    const double margin = largestRadius + 2;
-    const int columns = static_cast<int>((frame.size.width() + 2 * margin) / cell) + 1;
-    const int rows = static_cast<int>((frame.size.height() + 2 * margin) / cell) + 1;
-    std::vector<bool> taken(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows));
-    std::vector<std::uint32_t> chosen;
-    for (std::size_t i = m_points.size(); i-- > 0;) {
-        const QPointF pixel = frame.toPixel({m_points[i].x, m_points[i].y});
-        const double column = std::floor((pixel.x() + margin) / cell),
-                     row = std::floor((pixel.y() + margin) / cell);
-        if (column < 0 || row < 0 || column >= columns || row >= rows)
+    const std::vector<Event> &events = m_catalogue->events;
+    m_places.reserve(events.size());
+    for (std::uint32_t i = 0; i < events.size() && !cancelled; ++i) {
+        const QPointF place = projection.forwardWithin(events[i].latitude, events[i].longitude, range);
+        if (std::hypot(place.x(), place.y()) > range)
             continue;
-        const auto place = static_cast<std::size_t>(row) * static_cast<std::size_t>(columns) +
-                           static_cast<std::size_t>(column);
-        if (taken[place])
-            continue;
-        taken[place] = true;
-        chosen.push_back(static_cast<std::uint32_t>(i));
+        m_places.push_back({static_cast<float>(place.x()), static_cast<float>(place.y()), i});
+        m_unknownDepths |= std::isnan(events[i].depth);
     }
-    return chosen;
+    std::stable_sort(m_places.begin(), m_places.end(), [&](const Place &a, const Place &b) {
+        return smaller(events[a.event], events[b.event]);
+    });
+    std::vector<RankedPoint> points;
+    points.reserve(m_places.size());
+    for (std::uint32_t rank = 0; rank < m_places.size() && !cancelled; ++rank)
+        points.push_back({m_places[rank].x, m_places[rank].y, rank});
+    m_all = EventIndex(std::move(points));
 }
 
-void EventLayer::draw(QPainter &painter, const MapFrame &frame, const EventSymbols &symbols) const
+std::int64_t EventLayer::unknownMagnitudes() const
 {
-    const std::vector<std::uint32_t> chosen = visible(frame);
-    const double ratio = symbols.devicePixelRatio();
-    painter.save();
-    painter.scale(1 / ratio, 1 / ratio); // symbols are in device pixels
-    std::for_each(chosen.rbegin(), chosen.rend(), [&](std::uint32_t i) {
-        const Event &event = m_events[m_points[i].event];
-        const QPointF pixel = frame.toPixel({m_points[i].x, m_points[i].y}) * ratio;
+    const auto known = std::partition_point(m_places.begin(), m_places.end(), [this](const Place &place) {
+        return std::isnan(m_catalogue->events[place.event].magnitude);
+    });
+    return known - m_places.begin();
+}
+
+void EventLayer::select(const std::vector<std::int64_t> &records)
+{
+    std::vector<RankedPoint> points;
+    if (!records.empty())
+        for (std::uint32_t rank = 0; rank < m_places.size(); ++rank)
+            if (std::binary_search(records.begin(), records.end(), eventOf(rank).record))
+                points.push_back({m_places[rank].x, m_places[rank].y, rank});
+    m_selected = EventIndex(std::move(points));
+}
+
+void EventLayer::draw(QPainter &painter, const MapFrame &frame, const EventIndex &index,
+                      const EventSymbols &symbols) const
+{
+    const double reach = (symbols.reach() + cell) * symbols.devicePixelRatio();
+    const QRectF area = frame.toPlane(QRectF({0, 0}, frame.size).adjusted(-reach, -reach, reach, reach));
+    for (const std::uint32_t rank :
+         index.highestOfCells(area, cell * symbols.devicePixelRatio() / frame.scale)) {
+        const Event &event = eventOf(rank);
+        const QPointF pixel = frame.toPixel({m_places[rank].x, m_places[rank].y});
         const QImage &image = symbols.symbol(event.magnitude, event.depth);
         painter.drawImage(QPoint(static_cast<int>(std::floor(pixel.x())) - image.width() / 2,
                                  static_cast<int>(std::floor(pixel.y())) - image.height() / 2),
                           image);
-    });
-    painter.restore();
+    }
 }
 
-const Event *EventLayer::eventAt(QPointF pixel, const MapFrame &frame) const
+void EventLayer::draw(QPainter &painter, const MapFrame &frame, const EventSymbols &plain,
+                      const EventSymbols &selected) const
 {
-    for (std::size_t i = m_points.size(); i-- > 0;) {
-        const Event &event = m_events[m_points[i].event];
-        const QPointF away = frame.toPixel({m_points[i].x, m_points[i].y}) - pixel;
-        const double reach = eventRadius(event.magnitude) + 1;
-        if (QPointF::dotProduct(away, away) <= reach * reach)
-            return &event;
-    }
-    return nullptr;
+    draw(painter, frame, m_all, plain);
+    draw(painter, frame, m_selected, selected);
+}
+
+EventLayer::Found EventLayer::eventAt(QPointF pixel, const MapFrame &frame, const EventIndex &index) const
+{
+    Found found;
+    std::uint32_t highest = 0;
+    constexpr double reach = largestRadius + 1;
+    const QRectF area = frame.toPlane(QRectF(pixel - QPointF(reach, reach), QSizeF(2 * reach, 2 * reach)));
+    index.visitWithin(area, [&](const RankedPoint &point) {
+        const QPointF away = frame.toPixel({point.x, point.y}) - pixel;
+        const double radius = eventRadius(eventOf(point.rank).magnitude) + 1;
+        if (QPointF::dotProduct(away, away) > radius * radius)
+            return;
+        ++found.count;
+        highest = std::max(highest, point.rank);
+    });
+    if (found.count > 0)
+        found.event = &eventOf(highest);
+    return found;
+}
+
+EventLayer::Found EventLayer::eventAt(QPointF pixel, const MapFrame &frame) const
+{
+    Found found = eventAt(pixel, frame, m_all);
+    if (const Found selected = eventAt(pixel, frame, m_selected); selected.event)
+        found.event = selected.event;
+    return found;
+}
+
+std::vector<std::int64_t> EventLayer::recordsWithin(const QRectF &plane) const
+{
+    std::vector<std::int64_t> records;
+    m_all.visitWithin(plane,
+                      [&](const RankedPoint &point) { records.push_back(eventOf(point.rank).record); });
+    std::sort(records.begin(), records.end());
+    return records;
+}
+
+std::optional<QPointF> EventLayer::placeOf(std::int64_t record) const
+{
+    const std::vector<Event> &events = m_catalogue->events;
+    const auto found =
+        std::lower_bound(events.begin(), events.end(), record,
+                         [](const Event &event, std::int64_t wanted) { return event.record < wanted; });
+    if (found == events.end() || found->record != record)
+        return std::nullopt;
+    const auto number = static_cast<std::uint32_t>(found - events.begin());
+    const auto place = std::find_if(m_places.begin(), m_places.end(),
+                                    [number](const Place &candidate) { return candidate.event == number; });
+    if (place == m_places.end())
+        return std::nullopt;
+    return QPointF(place->x, place->y);
 }

@@ -45,23 +45,32 @@ QColor depthColour(double depth)
     return {mixed(0), mixed(1), mixed(2)};
 }
 
-EventSymbols::EventSymbols(double devicePixelRatio, QColor outline)
-    : m_ratio(devicePixelRatio), m_outline(std::move(outline)),
-      m_images(static_cast<std::size_t>(sizeSteps * (colourSteps + 1)))
+EventSymbols::EventSymbols(double devicePixelRatio, QColor outline, QColor ring, QColor halo)
+    : m_ratio(devicePixelRatio), m_outline(std::move(outline)), m_ring(std::move(ring)),
+      m_halo(std::move(halo)), m_images(static_cast<std::size_t>(sizeSteps * (colourSteps + 1)))
 {
 }
 
-static QImage drawnSymbol(double radius, const QColor &fill, const QColor &outline, double ratio)
+QImage EventSymbols::drawn(double radius, const QColor &fill) const
 {
     const int side =
-        2 * static_cast<int>(std::ceil((radius + 1) * ratio)) + 1; // odd: the centre is a pixel's
+        2 * static_cast<int>(std::ceil((radius + margin()) * m_ratio)) + 1; // odd: the centre is a pixel's
     QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(side / 2.0, side / 2.0);
+    painter.scale(m_ratio, m_ratio);
+    painter.setBrush(Qt::NoBrush);
+    if (m_ring.isValid()) {
+        for (const auto &[colour, width] : {std::pair(m_halo, 4.6), std::pair(m_ring, 2.2)}) {
+            painter.setPen(QPen(colour, width));
+            painter.drawEllipse(QPointF(), radius + 2, radius + 2);
+        }
+    }
     painter.setBrush(fill);
-    painter.setPen(QPen(outline, 0.7 * ratio));
-    painter.drawEllipse(QPointF(side / 2.0, side / 2.0), radius * ratio, radius * ratio);
+    painter.setPen(QPen(m_outline, 0.7));
+    painter.drawEllipse(QPointF(), radius, radius);
     return image;
 }
 
@@ -76,8 +85,8 @@ const QImage &EventSymbols::symbol(double magnitude, double depth) const
     QImage &image = m_images[static_cast<std::size_t>(size * (colourSteps + 1) + colour)];
     if (image.isNull()) {
         const double fraction = static_cast<double>(colour) / (colourSteps - 1);
-        image = drawnSymbol(smallestRadius + (largestRadius - smallestRadius) * size / (sizeSteps - 1),
-                            depthColour(known ? deepest * fraction * fraction : depth), m_outline, m_ratio);
+        image = drawn(smallestRadius + (largestRadius - smallestRadius) * size / (sizeSteps - 1),
+                      depthColour(known ? deepest * fraction * fraction : depth));
     }
     return image;
 }

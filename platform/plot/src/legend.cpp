@@ -1,14 +1,30 @@
 #include "legend.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
 
 #include <QCoreApplication>
 
 #include "event_style.h"
 
-static constexpr double barHeight = 150, barWidth = 14, padding = 10;
-static constexpr int magnitudes[] = {2, 4, 5, 6, 7, 8};
-static constexpr int depths[] = {0, 35, 100, 200, 300, 500, 700}; // km
+static constexpr double barWidth = 14, padding = 10;
+
+namespace {
+struct Scale {
+    std::vector<int> magnitudes;
+    std::vector<int> depths; // km
+    double barHeight;
+};
+} // namespace
+
+static const Scale &scaleOf(LegendForm form)
+{
+    static const Scale full{{2, 4, 5, 6, 7, 8}, {0, 35, 100, 200, 300, 500, 700}, 150};
+    static const Scale compact{{3, 5, 7}, {0, 100, 300, 700}, 80};
+    return form == LegendForm::Full ? full : compact;
+}
 
 static QString text(const char *source)
 {
@@ -19,56 +35,80 @@ static double columnWidth(const QFontMetricsF &metrics)
 {
     return std::max({metrics.horizontalAdvance(text("Magnitude")),
                      metrics.horizontalAdvance(text("Depth (km)")),
-                     2 * largestRadius + 12 + metrics.horizontalAdvance(QStringLiteral("000"))});
+                     barWidth + 8 + metrics.horizontalAdvance(text("unknown")),
+                     2 * largestRadius + 12 + metrics.horizontalAdvance(QStringLiteral("0"))});
 }
 
-static double sizesHeight()
+static double rowHeight(int magnitude, const QFontMetricsF &metrics)
+{
+    return std::max(2 * eventRadius(magnitude) + 3, metrics.height());
+}
+
+static double sizesHeight(const Scale &scale, const QFontMetricsF &metrics)
 {
     double height = 0;
-    for (const int magnitude : magnitudes)
-        height += std::max(2 * eventRadius(magnitude), 14.0) + 4;
+    for (const int magnitude : scale.magnitudes)
+        height += rowHeight(magnitude, metrics);
     return height;
 }
 
-QSizeF legendSize(const QFontMetricsF &metrics)
+Legend Legend::fitting(const QSizeF &map, const QFontMetricsF &metrics, bool unknownDepths)
 {
-    return {columnWidth(metrics) + 2 * padding,
-            2 * metrics.height() + sizesHeight() + barHeight + 4 * padding + metrics.height() / 2};
+    for (const LegendForm form : {LegendForm::Full, LegendForm::Compact}) {
+        const Legend legend{form, unknownDepths};
+        const QSizeF size = legend.size(metrics);
+        const double below = 2 * metrics.height() + 32; // for the scale of distances
+        if (size.height() + below <= map.height() && 3 * size.width() <= map.width())
+            return legend;
+    }
+    return {LegendForm::None, unknownDepths};
 }
 
-static double drawSizes(QPainter &painter, QPointF at, const MapColours &colours)
+QSizeF Legend::size(const QFontMetricsF &metrics) const
 {
+    if (form == LegendForm::None)
+        return {0, 0};
+    const Scale &scale = scaleOf(form);
+    const double unknown = unknownDepths ? 1.5 * metrics.height() : 0;
+    return {columnWidth(metrics) + 2 * padding,
+            3 * metrics.height() + sizesHeight(scale, metrics) + scale.barHeight + 3.5 * padding + unknown};
+}
+
+static double drawSizes(QPainter &painter, QPointF at, const Scale &scale, const MapColours &colours)
+{
+    const QFontMetricsF metrics(painter.font());
+    const double column = eventRadius(scale.magnitudes.back());
     double y = at.y();
-    for (const int magnitude : magnitudes) {
-        const double radius = eventRadius(magnitude), height = std::max(2 * radius, 14.0) + 4;
-        const QPointF middle(at.x() + largestRadius, y + height / 2);
+    for (const int magnitude : scale.magnitudes) {
+        const double radius = eventRadius(magnitude), height = rowHeight(magnitude, metrics);
+        const QPointF middle(at.x() + column, y + height / 2);
         painter.setPen(QPen(colours.outline, 0.7));
         painter.setBrush(depthColour(35));
         painter.drawEllipse(middle, radius, radius);
         painter.setPen(colours.text);
-        painter.drawText(QRectF(at.x() + 2 * largestRadius + 12, y, 60, height), Qt::AlignVCenter,
+        painter.drawText(QRectF(at.x() + 2 * column + 10, y, 60, height), Qt::AlignVCenter,
                          QString::number(magnitude));
         y += height;
     }
     return y;
 }
 
-static void drawDepths(QPainter &painter, QPointF at, const MapColours &colours)
+static void drawDepths(QPainter &painter, QPointF at, const Scale &scale, const MapColours &colours)
 {
-    constexpr int steps = 75;
+    const int steps = static_cast<int>(scale.barHeight);
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setPen(Qt::NoPen);
     for (int i = 0; i < steps; ++i) {
         const double fraction = (i + 0.5) / steps;
-        painter.fillRect(QRectF(at.x(), at.y() + barHeight * i / steps, barWidth, barHeight / steps + 0.5),
+        painter.fillRect(QRectF(at.x(), at.y() + i, barWidth, 1.5),
                          depthColour(deepest * fraction * fraction));
     }
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(colours.coast, 0.8));
-    painter.drawRect(QRectF(at.x(), at.y(), barWidth, barHeight));
-    for (const int depth : depths) {
-        const double y = at.y() + barHeight * depthFraction(depth);
+    painter.drawRect(QRectF(at.x(), at.y(), barWidth, scale.barHeight));
+    for (const int depth : scale.depths) {
+        const double y = at.y() + scale.barHeight * depthFraction(depth);
         painter.setPen(QPen(colours.coast, 0.8));
         painter.drawLine(QPointF(at.x() + barWidth, y), QPointF(at.x() + barWidth + 4, y));
         painter.setPen(colours.text);
@@ -77,8 +117,21 @@ static void drawDepths(QPainter &painter, QPointF at, const MapColours &colours)
     }
 }
 
-void drawLegend(QPainter &painter, QPointF corner, const MapColours &colours)
+static void drawUnknown(QPainter &painter, QPointF at, const MapColours &colours)
 {
+    const double height = QFontMetricsF(painter.font()).height();
+    painter.setBrush(depthColour(std::numeric_limits<double>::quiet_NaN()));
+    painter.setPen(QPen(colours.coast, 0.8));
+    painter.drawRect(QRectF(at.x(), at.y() + (height - barWidth) / 2, barWidth, barWidth));
+    painter.setPen(colours.text);
+    painter.drawText(QRectF(at.x() + barWidth + 8, at.y(), 200, height), Qt::AlignVCenter, text("unknown"));
+}
+
+void Legend::draw(QPainter &painter, QPointF corner, const MapColours &colours) const
+{
+    if (form == LegendForm::None)
+        return;
+    const Scale &scale = scaleOf(form);
     const QFontMetricsF metrics(painter.font());
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
@@ -86,14 +139,17 @@ void drawLegend(QPainter &painter, QPointF corner, const MapColours &colours)
     ground.setAlpha(225);
     painter.setPen(QPen(colours.graticule, 1));
     painter.setBrush(ground);
-    painter.drawRoundedRect(QRectF(corner, legendSize(metrics)), 4, 4);
+    painter.drawRoundedRect(QRectF(corner, size(metrics)), 4, 4);
 
     QPointF at = corner + QPointF(padding, padding);
     painter.setPen(colours.text);
     painter.drawText(at + QPointF(0, metrics.ascent()), text("Magnitude"));
-    at.setY(drawSizes(painter, at + QPointF(0, metrics.height()), colours) + padding);
+    at.setY(drawSizes(painter, at + QPointF(0, metrics.height() * 1.25), scale, colours) + padding);
     painter.setPen(colours.text);
     painter.drawText(at + QPointF(0, metrics.ascent()), text("Depth (km)"));
-    drawDepths(painter, at + QPointF(0, metrics.height() * 1.5), colours);
+    at.ry() += metrics.height() * 1.5;
+    drawDepths(painter, at, scale, colours);
+    if (unknownDepths)
+        drawUnknown(painter, at + QPointF(0, scale.barHeight + metrics.height() * 0.5), colours);
     painter.restore();
 }

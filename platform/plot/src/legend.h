@@ -3,9 +3,19 @@
 
 #include <QPainter>
 
-#include "background.h"
+#include "map_colours.h"
 
-QSizeF legendSize(const QFontMetricsF &metrics);
+// As large as the map has room for.
+enum class LegendForm { Full, Compact, None };
 
-// Draws it with its upper left corner at `corner`; sizes in logical pixels.
-void drawLegend(QPainter &painter, QPointF corner, const MapColours &colours);
+struct Legend {
+    LegendForm form = LegendForm::None;
+    bool unknownDepths = false; // there are some to be explained
+
+    // For a map of a size in logical pixels.
+    static Legend fitting(const QSizeF &map, const QFontMetricsF &metrics, bool unknownDepths);
+    QSizeF size(const QFontMetricsF &metrics) const;
+
+    // Draws it with its upper left corner at `corner`; sizes in logical pixels.
+    void draw(QPainter &painter, QPointF corner, const MapColours &colours) const;
+};

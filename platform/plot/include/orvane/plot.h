@@ -1,50 +1,88 @@
 // Maps of seismic events: a widget and where its events come from.
+//
+// How a host puts a map beside its tables. The map knows no table: it speaks of events by the number of their
+// record in the table "origin", counted from 0. A host that shows that table joins the two by three
+// connections:
+//
+//     connect(map, &OvEventMap::recordsSelected, ...);   // select these rows, and scroll to them
+//     connect(map, &OvEventMap::recordActivated, ...);   // double click: bring the table to the front
+//     connect(selectionModel, &QItemSelectionModel::selectionChanged, ..., [=] {
+//         map->setSelectedRecords(recordsOfTheSelectedRows());
+//     });
+//
+// The map emits recordsSelected() when the user selects events on it and not when it is told what is
+// selected, so that the two don't answer each other.
 #ifndef ORVANE_PLOT_H
 #define ORVANE_PLOT_H
 
-#include <functional>
 #include <memory>
 
+#include <QImage>
+#include <QObject>
 #include <QPointF>
+#include <QSize>
 #include <QString>
+#include <QVector>
 #include <QWidget>
 
 #include <orvane/plot_export.h>
 #include <orvane/util.h>
 
-struct EventCatalogue;
-
-// The events of a database. It reads them through a connection of its own, which it closes again.
-class ORVANE_PLOT_EXPORT OvEventView
+// The events of a database. It reads them through a connection of its own, which stays open, on the thread
+// that it lives in: a slice at each turn of the event loop, and again when the table "origin" has grown, has
+// changed or has come back. It looks for that every second, or less often where reading takes longer than
+// that.
+class ORVANE_PLOT_EXPORT OvEventView : public QObject
 {
+    Q_OBJECT
+
 public:
     // With a parameter file, every key of it that configure() knows is configured. The file isn't kept.
     explicit OvEventView(Pf *parameterFile = nullptr);
-    ~OvEventView();
-    OvEventView(const OvEventView &) = delete;
-    OvEventView &operator=(const OvEventView &) = delete;
+    ~OvEventView() override;
 
-    // "dbname": the path of the database, whose table "origin" is read at once. False for an unknown key,
+    // "dbname": the path of the database, whose table "origin" is opened at once. False for an unknown key,
     // with nothing changed. A database that can't be read is no wrong value: its map says why it is empty.
     bool configure(const QString &key, const QString &value);
     bool configure(const char *key, const char *value); // in the locale's encoding
 
-    const EventCatalogue &catalogue() const;
+    bool isReading() const;
+    double progress() const; // of reading, 0 to 1
+
+    // Reads what remains, without going back to the event loop.
+    void finishReading();
+
+signals:
+    void progressed();
+    void changed(); // there are other events, or there is another reason why there are none
 
 private:
-    friend class OvEventMap;
-    std::unique_ptr<EventCatalogue> m_catalogue;
-    std::function<void()> m_changed; // the map that shows these events
+    friend struct OvEventViewData;
+    void startReading();
+    void readSlice();
+    void endReading(bool fine);
+    void lookForChanges();
+
+    struct Private;
+    std::unique_ptr<Private> m_private;
 };
 
-// A map on an azimuthal equidistant projection: coastlines, a graticule, and the events of one view.
+// A map on an azimuthal equidistant projection: coastlines, a graticule, and the events of one view. The
+// colours are those of the palette's Base and Text.
+//
+// No handler lets an exception out: a failure is a line in the error log.
 class ORVANE_PLOT_EXPORT OvEventMap : public QWidget
 {
     Q_OBJECT
 
 public:
-    // A child of `page`, which it fills if the page has no layout yet. An interactive map zooms with the
-    // wheel, pans by dragging, goes back on a double click and tells about the event under the pointer.
+    // A child of `page`, which it fills if the page has no layout yet. On an interactive map
+    //   - the wheel, + and - zoom; dragging and the arrow keys pan; Home shows the whole map again;
+    //   - a click selects an event, with Ctrl adds it or takes it away; dragging with Shift selects the
+    //   events of
+    //     a rectangle, with Ctrl and Shift adds them; Ctrl+A selects all, Escape none;
+    //   - a double click on an event activates it, elsewhere it shows the whole map again;
+    //   - the event under the pointer tells its fields.
     OvEventMap(QWidget *page, bool interactive, bool legend);
     ~OvEventMap() override;
 
@@ -67,7 +105,38 @@ public:
     // wrong.
     QString statusText() const;
 
+    // The records selected, ascending: those of the last setSelectedRecords() or recordsSelected().
+    QVector<qint64> selectedRecords() const;
+
+    // Whether all that the window shows is read, placed and drawn.
+    bool isComplete() const;
+
+    // Reads, places and draws what remains, without going back to the event loop.
+    void complete();
+
+    // The map as it stands, complete, as a picture of `size` logical pixels with `ratio` device pixels each.
+    // It needs no window; as any widget it needs a QApplication, for which the platform "offscreen" will do.
+    QImage picture(const QSize &size, double ratio = 1);
+
     QSize sizeHint() const override;
+
+public slots:
+    // Marks these records' events, in any order. Records that have no event on the map count as selected,
+    // too.
+    void setSelectedRecords(const QVector<qint64> &records);
+
+    // Pans to the record's event unless it is visible. A record without an event on the map changes nothing.
+    void showRecord(qint64 record);
+
+    // The whole map, as before any zooming and panning.
+    void showAll();
+
+signals:
+    // The user has selected these records' events, ascending, and no others.
+    void recordsSelected(const QVector<qint64> &records);
+
+    // The user has double-clicked an event.
+    void recordActivated(qint64 record);
 
 protected:
     bool event(QEvent *event) override;
@@ -77,10 +146,18 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
 
 private:
+    void scheduleWork();
+
+    class Hand;
+    friend class Hand;
     class Drawing;
     std::unique_ptr<Drawing> m_drawing;
+    std::unique_ptr<Hand> m_hand;
 };
 
 #endif

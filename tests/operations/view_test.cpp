@@ -173,7 +173,8 @@ TEST_F(Views, OverATableThatWasReplacedNeverShowAWrongRecord)
     take_log();
     EXPECT_LT(dbsubset(view, "time > 0", nullptr).table, 0);
     EXPECT_THAT(take_log(), HasSubstr("dbsubset: view arrival_sort1 was made of table arrival before"));
-    EXPECT_THAT(column(dbsort(table("arrival"), Names{"time"}, 0, nullptr), "arid"), ElementsAre("3", "2", "4", "1"));
+    EXPECT_THAT(column(dbsort(table("arrival"), Names{"time"}, 0, nullptr), "arid"),
+                ElementsAre("3", "2", "4", "1"));
     // Growth leaves views as they are.
     const Dbptr made_again = dbsort(table("arrival"), Names{"time"}, 0, nullptr);
     files.appendRows("arrival", {{"AAK", "1.0", "5", "-1", "S"}});
@@ -203,23 +204,38 @@ TEST_F(Views, OfARefusedTableAreEmptyAndSayWhy)
 class RenumberedViews : public Views
 {
 protected:
-    // Record numbers of the table anew; -1 is gone.
-    void renumber(const char *name, const std::vector<int> &numbers)
+    orvane::Database &database()
     {
-        orvane::Database &database = *orvane::DatabaseRegistry::of_process().database(open->pointer.database);
-        auto *base = dynamic_cast<orvane::RecordTable *>(database.table(database.table_index(name)));
+        return *orvane::DatabaseRegistry::of_process().database(open->pointer.database);
+    }
+    orvane::RecordTable &records(const char *name)
+    {
+        return dynamic_cast<orvane::RecordTable &>(*database().table(database().table_index(name)));
+    }
+    // Replaces the records of a table by those of the same columns; the new numbers of the old ones, -1 is
+    // gone.
+    void replace(const char *name, const std::vector<TemporaryDatabase::Row> &rows,
+                 const std::vector<int> &numbers)
+    {
+        orvane::RecordTable &base = records(name);
+        base.snapshot();
+        const std::uint64_t generation = base.generation();
+        const std::string path = files.tablePath(name);
+        std::filesystem::rename(path, path + ".old");
+        files.addTable(name, rows);
         std::vector<orvane::RowNumber> renumbered;
         for (const int number : numbers)
             renumbered.push_back(number < 0 ? orvane::null_row : static_cast<orvane::RowNumber>(number));
-        database.renumber(*base, base->generation(), renumbered);
+        database().renumber(base, generation, renumbered);
     }
     // The arrivals without the second one.
     void dropSecondArrival()
     {
-        files.addTable("arrival", {{"KIV", "100.5", "1", "-1", "P"},
-                                   {"KIV", "90.0", "3", "-1", "P"},
-                                   {"AAK", "100.5", "4", "-1", "P"}});
-        renumber("arrival", {0, -1, 1, 2});
+        replace("arrival",
+                {{"KIV", "100.5", "1", "-1", "P"},
+                 {"KIV", "90.0", "3", "-1", "P"},
+                 {"AAK", "100.5", "4", "-1", "P"}},
+                {0, -1, 1, 2});
     }
 };
 
@@ -256,11 +272,44 @@ TEST_F(RenumberedViews, MayBecomeEmpty)
 {
     const Dbptr sorted = dbsort(table("arrival"), Names{"time"}, 0, nullptr);
     const Dbptr groups = dbgroup(sorted, Names{"time"}, nullptr, 1);
-    files.addTable("arrival", {});
-    renumber("arrival", {-1, -1, -1, -1});
+    replace("arrival", {}, {-1, -1, -1, -1});
     EXPECT_EQ(integer(sorted, dbRECORD_COUNT), 0);
     EXPECT_EQ(integer(groups, dbRECORD_COUNT), 0);
     EXPECT_EQ(integer(dbungroup(groups, nullptr), dbRECORD_COUNT), 0);
+}
+
+TEST_F(RenumberedViews, ThatAreEmptyStayOfUse)
+{
+    const Dbptr none = dbsubset(table("arrival"), "time < 0", nullptr);
+    const Dbptr groups = dbgroup(none, Names{"sta"}, nullptr, 1);
+    dropSecondArrival();
+    EXPECT_EQ(integer(dbsort(none, Names{"time"}, 0, nullptr), dbRECORD_COUNT), 0);
+    EXPECT_EQ(integer(dbungroup(groups, nullptr), dbRECORD_COUNT), 0);
+    EXPECT_EQ(take_log(), "");
+}
+
+TEST_F(RenumberedViews, ThatWereOutdatedBeforeStayOutdated)
+{
+    const Dbptr sorted = dbsort(table("arrival"), Names{"time"}, 0, nullptr);
+    const Dbptr groups = dbgroup(table("arrival"), Names{"sta"}, nullptr, 1);
+    // Another program turns the records round, and nobody looks until ours are numbered anew.
+    const std::string path = files.tablePath("arrival");
+    std::filesystem::rename(path, path + ".older");
+    files.addTable("arrival", {{"AAK", "100.5", "4", "-1", "P"},
+                               {"KIV", "90.0", "3", "-1", "P"},
+                               {"AAK", "99.0", "2", "-1", "S"},
+                               {"KIV", "100.5", "1", "-1", "P"}});
+    replace(
+        "arrival",
+        {{"AAK", "100.5", "4", "-1", "P"}, {"KIV", "90.0", "3", "-1", "P"}, {"KIV", "100.5", "1", "-1", "P"}},
+        {0, 1, -1, 2});
+    EXPECT_THAT(column(sorted, "arid"), testing::Each("(-1)"));
+    EXPECT_THAT(column(groups, "sta"), testing::Each("(-1)"));
+    take_log();
+    EXPECT_LT(dbsubset(sorted, "time > 0", nullptr).table, 0);
+    EXPECT_THAT(take_log(), HasSubstr("before another program replaced it or cut it short"));
+    EXPECT_THAT(column(dbsort(table("arrival"), Names{"time"}, 0, nullptr), "arid"),
+                ElementsAre("3", "4", "1"));
 }
 
 } // namespace

@@ -58,6 +58,26 @@ TEST_F(Subset, SeesRecordsThatWereAppendedSince)
     EXPECT_EQ(integer(dbsubset(open->table("site"), "lat > 40", nullptr), dbRECORD_COUNT), 3);
 }
 
+TEST_F(Subset, OfValuesThatCannotBeReadSaysSoOnceHoweverLongItSearches)
+{
+    std::vector<TemporaryDatabase::Row> rows(60000, {"AAK", "2008001", "-1", "42.6390", "74.4940"});
+    rows[1][3] = "north";
+    rows[50000][3] = "south";
+    files.addTable("site", rows);
+    for (const char *budget : {"1", ""}) {
+        setenv("ORVANE_COLUMN_BUDGET", budget, 1);
+        const Opened fresh(files.path());
+        testing::internal::CaptureStderr(); // where notices go
+        EXPECT_EQ(dbfind(fresh.table("site"), "lat > 80", 0, nullptr), dbERROR_NOT_FOUND);
+        const std::string notices = testing::internal::GetCapturedStderr();
+        EXPECT_THAT(notices, HasSubstr("field lat: 2 values are not of type")) << budget;
+        EXPECT_EQ(std::count(notices.begin(), notices.end(), '\n'), 1) << notices;
+        take_log();
+        EXPECT_EQ(integer(dbsubset(fresh.table("site"), "isnull(lat)", nullptr), dbRECORD_COUNT), 2);
+    }
+    unsetenv("ORVANE_COLUMN_BUDGET");
+}
+
 TEST_F(Subset, WithAnUnknownFieldLeavesNoView)
 {
     const Dbptr view = dbsubset(open->table("site"), "latt > 40", nullptr);

@@ -177,10 +177,25 @@ public:
                 return of_thread(thread).test(first + begin, first + end,
                                               found[static_cast<std::size_t>(begin / rows_per_block)]);
             });
-        tell();
+        for (const StreamTester *stream : streams())
+            if (stream->shortened())
+                work_.meet_change();
         if (!done.ok())
             return done;
         return joined(found);
+    }
+
+    // What was met in all that was tested, for the end; decoded columns tell of themselves.
+    void tell_unreadable() const
+    {
+        const auto all = streams();
+        for (std::size_t i = 0; i < fields_.size(); ++i) {
+            std::int64_t count = 0;
+            for (const StreamTester *stream : all)
+                count += stream->stream().unreadable(i);
+            if (count > 0)
+                operand_.members().front().table->tell_unreadable(fields_[i], count);
+        }
     }
 
 private:
@@ -199,19 +214,15 @@ private:
         return *tester;
     }
 
-    // Passes on what the streams met.
-    void tell()
+    // Those of the threads that took part, where the file is read as a stream.
+    std::vector<const StreamTester *> streams() const
     {
-        std::vector<std::int64_t> unreadable(fields_.size());
-        for (const auto &tester : testers_)
-            if (const auto *stream = dynamic_cast<const StreamTester *>(tester.get())) {
-                if (stream->shortened())
-                    work_.meet_change();
-                for (std::size_t i = 0; i < fields_.size(); ++i)
-                    unreadable[i] += stream->stream().unreadable(i);
-            }
-        for (std::size_t i = 0; i < fields_.size(); ++i)
-            operand_.members().front().table->tell_unreadable(fields_[i], unreadable[i]);
+        std::vector<const StreamTester *> streams;
+        if (file_)
+            for (const auto &tester : testers_)
+                if (tester)
+                    streams.push_back(static_cast<const StreamTester *>(tester.get()));
+        return streams;
     }
 
     Operand &operand_;
@@ -240,18 +251,16 @@ Result<RowNumbers> subset_rows(Operand &operand, const expr::BoundExpression &co
     RowTest test(operand, condition, work);
     if (Status prepared = test.prepare(); !prepared.ok())
         return prepared;
-    return test.rows(0, operand.row_count(), 0.7);
+    auto rows = test.rows(0, operand.row_count(), 0.7);
+    test.tell_unreadable();
+    return rows;
 }
 
-Result<std::int64_t> find_row(Operand &operand, const expr::BoundExpression &condition, std::int64_t from,
-                              bool backwards, Work &work)
+namespace {
+
+// The first or last row of [begin, end) for which the condition is true; -1 where there is none.
+Result<std::int64_t> searched(RowTest &test, std::int64_t begin, std::int64_t end, bool backwards)
 {
-    RowTest test(operand, condition, work);
-    if (Status prepared = test.prepare(); !prepared.ok())
-        return prepared;
-    const std::int64_t count = operand.row_count();
-    std::int64_t begin = backwards ? 0 : std::clamp<std::int64_t>(from + 1, 0, count);
-    std::int64_t end = backwards && from >= 0 ? std::min(from, count) : count;
     // Longer and longer stretches, so that a row that is near is found at once.
     std::int64_t stretch = rows_per_block / 8;
     while (begin < end) {
@@ -266,6 +275,22 @@ Result<std::int64_t> find_row(Operand &operand, const expr::BoundExpression &con
         stretch = std::min<std::int64_t>(stretch * 2, 64 * rows_per_block);
     }
     return std::int64_t{-1};
+}
+
+} // namespace
+
+Result<std::int64_t> find_row(Operand &operand, const expr::BoundExpression &condition, std::int64_t from,
+                              bool backwards, Work &work)
+{
+    RowTest test(operand, condition, work);
+    if (Status prepared = test.prepare(); !prepared.ok())
+        return prepared;
+    const std::int64_t count = operand.row_count();
+    const std::int64_t begin = backwards ? 0 : std::clamp<std::int64_t>(from + 1, 0, count);
+    const std::int64_t end = backwards && from >= 0 ? std::min(from, count) : count;
+    auto found = searched(test, begin, end, backwards);
+    test.tell_unreadable();
+    return found;
 }
 
 } // namespace orvane

@@ -83,6 +83,28 @@ TEST_F(Join, ByARangeTakesTheDaysAtItsEndsWhole)
               "dbopen arrival\ndbopen site\ndbjoin sta time=ondate::offdate");
 }
 
+// Stations of many arrivals are looked up in another way than those of few; the order is the same.
+TEST_F(Join, ByARangeGivesMatchesInRecordOrderHoweverManyThereAre)
+{
+    std::vector<TemporaryDatabase::Row> arrivals;
+    std::vector<std::string> of_aak;
+    for (int arid = 1; arid <= 60; ++arid) { // later and later ones first
+        const bool aak = arid % 10 == 0;
+        arrivals.push_back(
+            {aak ? "AAK" : "KIV", std::to_string(1230000000 - arid) + ".0", std::to_string(arid)});
+        if (aak)
+            of_aak.push_back(std::to_string(arid));
+    }
+    files.addTable("arrival", arrivals);
+    const Dbptr view = dbjoin(table("site"), table("arrival"), Names{"sta", "ondate::offdate"},
+                              Names{"sta", "time"}, 0, nullptr, nullptr);
+    ASSERT_EQ(integer(view, dbRECORD_COUNT), 60) << take_log();
+    const auto arids = column(view, "arid");
+    EXPECT_EQ(std::vector<std::string>(arids.begin(), arids.begin() + 6), of_aak);
+    EXPECT_EQ(arids[6], "1");
+    EXPECT_EQ(arids[59], "59");
+}
+
 TEST_F(Join, OfManyTablesReadsEveryMember)
 {
     const Dbptr view = join(join(join(table("arrival"), table("assoc")), table("origin")), table("site"));
@@ -138,6 +160,17 @@ TEST_F(Join, ThetaGivesThePairsForWhichTheExpressionIsTrue)
                 "arrival.sta == site.sta && time >= ondate && (time <= offdate || offdate == -1)", nullptr);
     ASSERT_GE(by_day.table, 0) << take_log();
     EXPECT_THAT(column(by_day, "arid"), ElementsAre("1", "2", "5", "5"));
+}
+
+TEST_F(Join, ThetaOfComputedTextsLeavesOutBlanksAtTheirEnds)
+{
+    for (const char *expression :
+         {"strcat(arrival.sta, '  ') == site.sta", "site.sta == strcat(arrival.sta, ' ')",
+          "strcat(site.sta, ' ') == strcat(arrival.sta, '')"}) {
+        const Dbptr view = dbtheta(table("arrival"), table("site"), expression, nullptr);
+        ASSERT_GE(view.table, 0) << take_log();
+        EXPECT_THAT(column(view, "arid"), ElementsAre("1", "1", "2", "3", "3", "5", "5")) << expression;
+    }
 }
 
 TEST_F(Join, SeverDropsAMemberAndThenEqualRows)

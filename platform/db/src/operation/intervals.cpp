@@ -261,14 +261,15 @@ void IntervalIndex::find(std::size_t bucket, const Interval &sought, bool any,
         return;
     const std::size_t begin = (*begins_)[bucket];
     const std::size_t end = (*begins_)[bucket + 1];
+    const auto before = static_cast<std::ptrdiff_t>(found.size());
     if (end - begin <= few) {
         for (std::size_t i = begin; i < end; ++i)
             if (entries_[i].interval.meets(sought) && !entries_[i].interval.is_empty())
                 found.push_back(entries_[i].row);
-        return;
+    } else {
+        visit(begin, end, sought, any, found);
     }
-    const auto before = static_cast<std::ptrdiff_t>(found.size());
-    visit(begin, end, sought, any, found);
+    // By their low ends they stand beside a large bucket in small ones, too.
     if (!std::is_sorted(found.begin() + before, found.end()))
         std::sort(found.begin() + before, found.end());
 }

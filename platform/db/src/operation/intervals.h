@@ -74,7 +74,7 @@ private:
                std::vector<RowNumber> &found) const;
 
     const RowNumbers *begins_ = nullptr;
-    std::vector<Entry> entries_;         // by bucket, in large ones by low end
+    std::vector<Entry> entries_;         // by bucket, then by low end; by row where no bucket is large
     std::vector<std::uint64_t> highest_; // of the entries of a range of which an entry is the middle one
 };
 

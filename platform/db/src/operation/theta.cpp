@@ -2,6 +2,7 @@
 
 #include "expression/parsed_expression.h"
 #include "operation/row_batch.h"
+#include "table/field_value.h"
 
 #include <orvane/util.h>
 
@@ -324,7 +325,8 @@ private:
                         column->reals[row] = value.real;
                     } else {
                         const std::lock_guard lock(mutex);
-                        column->codes[row] = texts->code_of(value.text);
+                        // Codes are compared, and blanks at the end of a text don't count.
+                        column->codes[row] = texts->code_of(trimmed_right(value.text));
                     }
                 }
                 return Status();

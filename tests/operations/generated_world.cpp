@@ -1,5 +1,7 @@
 #include "operations/generated_world.h"
 
+#include "operations/sqlite_functions.h"
+
 #include <gtest/gtest.h>
 
 #include <ctime>
@@ -51,17 +53,28 @@ std::string anyValue(std::mt19937_64 &random, Kind kind)
     case Kind::Time: // within some days, often right at their ends
         std::snprintf(text, sizeof text, "%.5f",
                       static_cast<double>(beginOfDay(first_year * 1000 + 1 + below(random, 5))) +
-                          (below(random, 3) == 0 ? 0.0 : below(random, 96) * 900.25) -
+                          (below(random, 3) == 0 ? 0.0 : below(random, 8) * 10800.25) -
                           (below(random, 6) == 0 ? 0.00001 : 0.0));
         return text;
     case Kind::Yearday:
         return std::to_string(first_year * 1000 + 1 + below(random, 5));
     case Kind::Text: {
-        static const char *const texts[] = {"A", "AB", "ABC", "B", "a", "Z9", "A B", "_x", "P"};
+        static const char *const texts[] = {"A",  "AB", "ABC",  "B",   "a", "Z9", "A B", "_x",
+                                            "12", "-3", "it's", "2.5", "",  " x", "P"};
         return texts[below(random, std::size(texts))];
     }
     }
     return {};
+}
+
+std::string inSql(const std::string &value, Kind kind)
+{
+    if (kind != Kind::Text)
+        return value;
+    std::string quoted = "'";
+    for (const char c : value)
+        quoted += c == '\'' ? std::string("''") : std::string(1, c);
+    return quoted + "'";
 }
 
 // Names are shared by tables, so that inferred joins find some.
@@ -95,6 +108,7 @@ GeneratedWorld::GeneratedWorld(std::mt19937_64 &random)
     if (sqlite3_open(":memory:", &sqlite) != SQLITE_OK)
         throw std::runtime_error("no SQLite");
     sqlite_.reset(sqlite);
+    addFunctions(sqlite);
     for (GeneratedTable &table : tables_)
         fill(random, table);
     for (const char *in : {"in0", "in1"})
@@ -144,7 +158,7 @@ std::string GeneratedWorld::schemaText() const
 
 void GeneratedWorld::fill(std::mt19937_64 &random, GeneratedTable &table)
 {
-    static const int sizes[] = {0, 1, 1, 2, 3, 5, 8, 13, 21, 30};
+    static const int sizes[] = {0, 1, 2, 3, 5, 8, 13, 21, 30, 40};
     table.rows = sizes[below(random, std::size(sizes))];
     std::string create = "CREATE TABLE " + table.name + " (";
     for (size_t i = 0; i < table.fields.size(); ++i) {
@@ -169,7 +183,7 @@ void GeneratedWorld::fill(std::mt19937_64 &random, GeneratedTable &table)
                                       : i == 0   ? std::to_string(row)
                                                  : anyValue(random, kind);
             ours.push_back(value);
-            values += (i > 0 ? "," : "") + (kind == Kind::Text ? "'" + value + "'" : value);
+            values += (i > 0 ? "," : "") + inSql(value, kind);
             if (kind == Kind::Yearday)
                 values += value == "-1" ? ",NULL,NULL"
                                         : "," + std::to_string(beginOfDay(std::stoi(value))) + "," +

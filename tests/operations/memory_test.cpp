@@ -5,9 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <new>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -126,5 +131,55 @@ TEST_F(OutOfMemory, AnywhereInAnOperationIsAnErrorThatLeavesNothing)
         EXPECT_GT(failures, 5) << operation.name;
     }
 }
+
+// Sanitizers take address space as they like.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+// The address space that the process has now and so many bytes more.
+void limitAddressSpace(size_t more)
+{
+    size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlim_t bytes = pages * static_cast<size_t>(sysconf(_SC_PAGESIZE)) + more;
+    const rlimit limit{bytes, bytes};
+    setrlimit(RLIMIT_AS, &limit);
+}
+
+// What is wrong after a join for which the process has no room; empty where all is well.
+std::string joinWithoutRoom(const Opened &open)
+{
+    limitAddressSpace(48 << 20);
+    // Some 17 million rows.
+    const Dbptr made =
+        dbjoin(open.table("many"), open.table("more"), Names{"word"}, nullptr, 0, nullptr, "wanted");
+    const std::string log = take_log();
+    if (made.table >= 0)
+        return "the join was made";
+    if (log.find("dbjoin: out of memory") == std::string::npos)
+        return "the log says: " + log;
+    if (integer(open.pointer, dbTABLE_COUNT) != 2)
+        return "something was left behind";
+    if (dbsubset(open.table("many"), "id == 7", "wanted").table < 0)
+        return "the next operation fails: " + take_log();
+    return "";
+}
+
+TEST_F(OutOfMemory, OfTheWholeProcessIsAnErrorOfAJoin)
+{
+    const Opened open(files.path());
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const std::string wrong = joinWithoutRoom(open);
+        std::fputs(wrong.c_str(), stderr);
+        std::fflush(stderr);
+        _exit(wrong.empty() ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+#endif
 
 } // namespace

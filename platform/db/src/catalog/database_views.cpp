@@ -3,6 +3,7 @@
 #include "catalog/database.h"
 
 #include "base/concat.h"
+#include "edit/field_text.h"
 
 #include <algorithm>
 
@@ -13,22 +14,25 @@ namespace {
 // Names that stand for something else where a table's name is looked up.
 constexpr std::string_view reserved_names[] = {"dbALL", "dbSCRATCH", "dbNULL"};
 
-bool is_control(char c)
-{
-    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-}
+constexpr std::size_t max_name_bytes = 255; // as of a file's name
+constexpr std::size_t max_shown_bytes = 60;
 
 } // namespace
 
 Status Database::check_view_name(std::string_view view_name) const
 {
     const auto refused = [&](std::string_view why) {
-        return Status(Code::Argument, concat("a view cannot have the name '", view_name, "': ", why));
+        const bool whole = view_name.size() <= max_shown_bytes;
+        return Status(Code::Argument,
+                      concat("a view cannot have the name '", view_name.substr(0, max_shown_bytes),
+                             whole ? "': " : "…': ", why));
     };
+    if (view_name.size() > max_name_bytes)
+        return refused(concat("it has ", view_name.size(), " bytes, and ", max_name_bytes, " are the most"));
     if (view_name.find('/') != std::string_view::npos)
         return refused("it holds a slash, and a view may be saved as a file of its name");
-    if (std::any_of(view_name.begin(), view_name.end(), is_control))
-        return refused("it holds a control character");
+    if (!check_characters(view_name, "the name").ok())
+        return refused("it is no UTF-8 without control characters");
     if (std::find(std::begin(reserved_names), std::end(reserved_names), view_name) !=
         std::end(reserved_names))
         return refused("it has a meaning of its own");

@@ -8,6 +8,7 @@ namespace {
 
 constexpr int max_attempts = 4;             // at tables that keep changing while they are read
 constexpr std::size_t max_named_tables = 4; // in a telling name
+constexpr std::size_t max_stem_bytes = 200; // leaves room in a name for the operation and a number
 
 std::string member_names(const Table &table)
 {
@@ -16,6 +17,18 @@ std::string member_names(const Table &table)
     for (std::size_t i = 0; i < members.size() && i < max_named_tables; ++i)
         names.append(i > 0 ? "_" : "").append(members[i]->name);
     return names;
+}
+
+// A grouped view lends its name to views of it, however long that is.
+std::string shortened(std::string stem)
+{
+    if (stem.size() <= max_stem_bytes)
+        return stem;
+    std::size_t end = max_stem_bytes;
+    while (end > 0 && (static_cast<unsigned char>(stem[end]) & 0xc0) == 0x80) // within a character
+        --end;
+    stem.resize(end);
+    return stem;
 }
 
 // A line of the creation text stays one.
@@ -50,6 +63,7 @@ std::string Derivation::name_for(const Table &left, const Table *right, std::str
     std::string stem = member_names(left);
     if (right)
         stem.append("_").append(member_names(*right));
+    stem = shortened(std::move(stem));
     for (int number = 1;; ++number) {
         std::string name = concat(stem, '_', operation, number);
         if (database_.check_view_name(name).ok())

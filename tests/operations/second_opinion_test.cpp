@@ -1,13 +1,14 @@
 // Every operation on generated tables, compared with what SQLite makes of the same rows.
 //
-// $ORVANE_OPERATION_CASES sets the number of cases of each operation, $ORVANE_OPERATION_SEED another
-// beginning.
+// $ORVANE_OPERATION_CASES sets the number of cases of each operation, or $ORVANE_OPERATION_SECONDS for how
+// long each is tried; $ORVANE_OPERATION_SEED sets another beginning.
 #include "operations/creation_replay.h"
 #include "operations/generated_expression.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 
 namespace {
 
@@ -15,6 +16,28 @@ long setting(const char *name, long otherwise)
 {
     const char *text = std::getenv(name);
     return text ? std::atol(text) : otherwise;
+}
+
+// How long an operation is tried.
+class Patience
+{
+public:
+    // After so many cases.
+    bool lasts(long done) const
+    {
+        return seconds_ > 0 ? std::chrono::steady_clock::now() - begin_ < std::chrono::seconds(seconds_)
+                            : done < cases_;
+    }
+
+private:
+    const long cases_ = setting("ORVANE_OPERATION_CASES", 20000);
+    const long seconds_ = setting("ORVANE_OPERATION_SECONDS", 0);
+    const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+};
+
+std::mt19937_64 beginning(size_t of)
+{
+    return std::mt19937_64(static_cast<unsigned long>(setting("ORVANE_OPERATION_SEED", 3)) * 1000 + of);
 }
 
 using Rows = std::vector<std::vector<int>>;
@@ -502,23 +525,22 @@ class SecondOpinion : public testing::TestWithParam<size_t>
 TEST_P(SecondOpinion, AgreesOnGeneratedTables)
 {
     const OperationRow &row = operations[GetParam()];
-    const long cases = setting("ORVANE_OPERATION_CASES", 20000);
+    const Patience patience;
     const long casesPerWorld = 200;
-    std::mt19937_64 random(static_cast<unsigned long>(setting("ORVANE_OPERATION_SEED", 3)) * 1000 +
-                           GetParam());
+    std::mt19937_64 random = beginning(GetParam());
     long done = 0;
     long withRows = 0;
-    while (done < cases) {
+    while (patience.lasts(done)) {
         GeneratedWorld world(random);
         // Views of other operations to begin with.
         for (int i = 0; i < 8; ++i)
             if (!check(operations[below(random, std::size(operations))], random, world))
                 return;
-        for (long i = 0; i < casesPerWorld && done < cases; ++i, ++done)
+        for (long i = 0; i < casesPerWorld && patience.lasts(done); ++i, ++done)
             if (!check(row, random, world, &withRows))
                 return;
     }
-    EXPECT_GT(withRows, cases / 5) << "too few of the cases have an outcome";
+    EXPECT_GT(withRows, done / 5) << "too few of the cases have an outcome";
     RecordProperty("cases", static_cast<int>(done));
     EXPECT_EQ(take_log(), "");
 }
@@ -528,14 +550,14 @@ INSTANTIATE_TEST_SUITE_P(Operations, SecondOpinion, testing::Range(size_t{0}, st
 
 TEST(SecondOpinionOnFind, AgreesOnGeneratedTables)
 {
-    const long cases = setting("ORVANE_OPERATION_CASES", 20000);
-    std::mt19937_64 random(static_cast<unsigned long>(setting("ORVANE_OPERATION_SEED", 3)) * 1000 + 999);
-    for (long done = 0; done < cases;) {
+    const Patience patience;
+    std::mt19937_64 random = beginning(999);
+    for (long done = 0; patience.lasts(done);) {
         GeneratedWorld world(random);
         for (int i = 0; i < 8; ++i)
             if (!check(operations[below(random, std::size(operations))], random, world))
                 return;
-        for (int i = 0; i < 200 && done < cases; ++i, ++done) {
+        for (int i = 0; i < 200 && patience.lasts(done); ++i, ++done) {
             const Side &side = world.anySide(random, 60);
             const GeneratedCondition condition = anyCondition(random, world, side, nullptr);
             const bool backwards = below(random, 2) == 0;

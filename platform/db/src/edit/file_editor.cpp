@@ -110,7 +110,7 @@ Result<FileEditor::Session> FileEditor::begin(Purpose purpose, Work &work)
 
 void FileEditor::end()
 {
-    if (target_.file && policy_.lock && !target_.file->unlock(writers_lock).ok())
+    if (target_.file && policy_.lock && !target_.file->unlock(all_locks).ok())
         target_ = Target(); // closing it ends the lock
     target_.made = false;
 }
@@ -188,8 +188,14 @@ Status FileEditor::mend_end()
             return said(cut, "its unfinished last line cannot be removed");
         elog_notice("%s: its last line was not finished and was removed: '%s'", shown.c_str(), tail.c_str());
     }
+    // Where the next record goes is nothing to be guessed.
+    const auto state = target_.file->state();
+    if (!state.ok())
+        return said(state.status(), "its end cannot be found");
     static_cast<void>(records_.count_records());
-    count_ = records_.state().size / record_size_;
+    if (!records_.refusal().ok())
+        return records_.refusal();
+    count_ = state->size / record_size_;
     return Status();
 }
 
@@ -283,8 +289,8 @@ Status FileEditor::write_settled(std::int64_t offset, std::string_view bytes, Wo
             return locked;
     begun = true;
     Status written = write_all(*target_.file, offset, bytes);
-    if (policy_.lock && !target_.file->unlock(content_lock).ok())
-        elog_notice("%s: a lock cannot be let go", records_.path().shown.c_str());
+    if (policy_.lock)
+        let_go(*target_.file, content_lock);
     return written;
 }
 

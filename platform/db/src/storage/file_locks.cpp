@@ -47,8 +47,14 @@ Status wait_for_content_lock(RandomAccessFile &file, const std::string &shown, W
     if (Status turn = wait_for_lock(file, turn_lock, shown, work); !turn.ok())
         return turn;
     Status locked = wait_for_lock(file, content_lock, shown, work);
-    static_cast<void>(file.unlock(turn_lock).ok()); // at the latest it ends with the file
+    let_go(file, turn_lock);
     return locked;
+}
+
+void let_go(RandomAccessFile &file, LockRange range)
+{
+    if (!file.unlock(range).ok())
+        static_cast<void>(file.unlock(range).ok()); // at the latest it ends with the open file
 }
 
 Result<bool> try_reader_lock(RandomAccessFile &file, std::int64_t slot)
@@ -57,7 +63,7 @@ Result<bool> try_reader_lock(RandomAccessFile &file, std::int64_t slot)
     if (!turn.ok() || !*turn)
         return turn;
     auto locked = file.try_lock(LockKind::Shared, reader_lock(slot));
-    static_cast<void>(file.unlock(turn_lock).ok());
+    let_go(file, turn_lock);
     return locked;
 }
 

@@ -27,6 +27,7 @@ constexpr LockRange content_lock{content_locks_begin, reader_slots};
 // Whoever waits to change bytes holds this one meanwhile, and readers let him go first: there may be so many
 // of them that their locks never all end at once.
 constexpr LockRange turn_lock{content_locks_begin + reader_slots, 1};
+constexpr LockRange all_locks{0, content_locks_begin + reader_slots + 1};
 constexpr LockRange reader_lock(std::int64_t slot)
 {
     return LockRange{content_locks_begin + slot, 1};
@@ -38,6 +39,10 @@ Status wait_for_lock(RandomAccessFile &file, LockRange range, const std::string 
 
 // Waits until no reader reads and none will, for one change in place.
 Status wait_for_content_lock(RandomAccessFile &file, const std::string &shown, Work &work);
+
+// Ends a lock. What a disk fails to do is tried once more, as others would wait for as long as the file is
+// open.
+void let_go(RandomAccessFile &file, LockRange range);
 
 // Tries a reader's lock.
 Result<bool> try_reader_lock(RandomAccessFile &file, std::int64_t slot);

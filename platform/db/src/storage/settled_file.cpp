@@ -67,7 +67,7 @@ Result<std::size_t> SettledFile::read_at(std::int64_t offset, std::span<char> bu
     }
     if (locked.ok() && *locked) {
         auto got = read_with_note(offset, buffer);
-        static_cast<void>(file_->unlock(reader_lock(slot)).ok()); // at the latest it ends with the file
+        let_go(*file_, reader_lock(slot));
         leave_slot(slot);
         return got;
     }

@@ -114,22 +114,29 @@ void OrvaneTableView::setModel(OrvaneTableModel *model)
     if (model == nullptr) {
         return;
     }
+    startWithoutOrder();
     QTableView::setModel(model);
     connect(model, SIGNAL(destroyed()), this, SLOT(modelDestroyed()), Qt::UniqueConnection);
     if (!m_config["show_empty_columns"].toBool()) {
         setFieldNamesVisible(model->getNonNullTableFields());
     }
-    // First, or the column by which an earlier model was sorted would sort this one.
+    resizeColumns();
+    horizontalHeader()->setMinimumSectionSize(minimumColumnWidth);
+    connect(model, SIGNAL(layoutChanged()), this, SLOT(resizeColumns()), Qt::UniqueConnection);
+    connect(model, SIGNAL(modelReset()), this, SLOT(checkSortIndicator()), Qt::UniqueConnection);
+}
+
+// To be called before the view gets its model. Sorting a model by column 0 changes no order, but the headers
+// look at every row of ten million when it is announced.
+void OrvaneTableView::startWithoutOrder()
+{
+    // Or the column by which an earlier model was sorted would sort the next.
     horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
     setSortingEnabled(true);
     sortByColumn(0, Qt::AscendingOrder);
     // Behind the connection that sorts.
     connect(horizontalHeader(), SIGNAL(sortIndicatorChanged(int, Qt::SortOrder)), this,
             SLOT(checkSortIndicator()), Qt::UniqueConnection);
-    resizeColumns();
-    horizontalHeader()->setMinimumSectionSize(minimumColumnWidth);
-    connect(model, SIGNAL(layoutChanged()), this, SLOT(resizeColumns()), Qt::UniqueConnection);
-    connect(model, SIGNAL(modelReset()), this, SLOT(checkSortIndicator()), Qt::UniqueConnection);
 }
 
 void OrvaneTableView::checkSortIndicator()

@@ -75,6 +75,7 @@ private:
 
     void setRowHeight(int pixels);
     void applyFont();
+    void startWithoutOrder();
     void runCellCommand(const CellCommand &command, const QModelIndex &cell);
     void findEqualCell(const QModelIndex &cell, bool backward);
     void findBackward(const QModelIndex &cell);

@@ -210,6 +210,19 @@ TEST_F(CellMenu, findsNumbersAndTimes)
     EXPECT_EQ(selected(), QStringList{"2 time"});
 }
 
+TEST_F(CellMenu, findsInTheColumnUnderTheMouseAlsoWhereAnotherHasItsName)
+{
+    database.files.addTable("assoc", {{"0", "7", "X"}, {"1", "7", "Y"}, {"2", "7", "X"}, {"3", "7", "S0"}});
+    OrvaneTableModel *joined =
+        database.open().getThetaJoin("arrival", "assoc", "arrival.arid == assoc.arid", "both");
+    ASSERT_EQ(joined->rowCount(), 4);
+    shown("both");
+    choose(FindForward, 0, "assoc.sta");
+    EXPECT_EQ(selected(), QStringList{"2 assoc.sta"});
+    choose(FindForward, 0, "arrival.sta");
+    EXPECT_EQ(selected(), QStringList{"0 arrival.sta"}) << "S0 is in the other column only";
+}
+
 TEST_F(CellMenu, asksForASubsetOfTheValueUnderTheMouse)
 {
     shown("arrival");

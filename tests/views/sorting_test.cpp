@@ -7,8 +7,11 @@
 #include <gtest/gtest.h>
 
 #include <qdbptr.h>
+#include <qlistchooserdialog.h>
 
 #include "database_window.h"
+#include "support/message_boxes.h"
+#include "support/user.h"
 
 namespace {
 
@@ -148,6 +151,51 @@ TEST_F(SortingByHeader, marksNoColumnByWhichTheTableCantBeSorted)
     QTest::mouseClick(columns.viewport(), Qt::LeftButton, Qt::NoModifier, place);
     EXPECT_EQ(table.asked.value(0), 3);
     EXPECT_EQ(columns.sortIndicatorSection(), 0);
+}
+
+TEST_F(SortingByHeader, letsCommandsTakeFieldsAsTheSortedTableNamesThem)
+{
+    database.config.configure("request_view_names", false);
+    MessageBoxes boxes;
+    clickHeader("arid");
+    emit view().subsetRequested(view().model()->fieldNameForColumnIndex(columnOf("sta")), "AAK");
+    EXPECT_EQ(shown("arid"), (Names{"10", "3"}));
+
+    window.setFocusTable("arrival");
+    User user;
+    const auto choosePhase = [](QListChooserDialog &dialog) {
+        auto *offered = dialog.findChild<QListWidget *>("fields");
+        offered->setCurrentItem(offered->findItems("arrival.phase", Qt::MatchExactly).value(0));
+        QTest::keyClick(offered, Qt::Key_Return);
+        QTest::keyClick(offered, Qt::Key_Return);
+    };
+    user.meets<QListChooserDialog>(choosePhase);
+    window.showSort();
+    EXPECT_EQ(shown("arid"), (Names{"2", "10", "4", "3"}));
+
+    window.setFocusTable("arrival");
+    user.meets<QListChooserDialog>(choosePhase);
+    window.showGroup();
+    EXPECT_EQ(shown("phase"), (Names{"P", "S"}));
+    EXPECT_TRUE(boxes.texts().isEmpty()) << boxes.texts().join('\n').toStdString();
+}
+
+TEST_F(SortingByHeader, tellsEqualNamesOfAJoinedViewApart)
+{
+    database.files.addTable("assoc", {{"2", "7", "AAK"}, {"3", "7", "ZZZ"}, {"4", "7", "MMM"}});
+    database.model->checkForUpdates();
+    OrvaneTableModel *joined =
+        database.model->getThetaJoin("arrival", "assoc", "arrival.arid == assoc.arid", "both");
+    window.setFocusTable("both");
+    EXPECT_TRUE(view().getFieldNamesVisible().contains("arrival.sta"));
+    EXPECT_TRUE(view().getFieldNamesVisible().contains("assoc.sta"));
+    const int second = joined->indexForColumn("assoc.sta").column();
+    EXPECT_EQ(joined->headerData(second, Qt::Horizontal).toString(), "sta");
+    view().sortByColumn(second, Qt::DescendingOrder);
+    EXPECT_EQ(shown("assoc.sta"), (Names{"ZZZ", "MMM", "AAK"}));
+    EXPECT_EQ(shown("arrival.sta"), (Names{"AAK", "TUC", "KONO"}));
+    view().setFieldNamesVisible({"assoc.sta", "arrival.sta"});
+    EXPECT_EQ(view().getFieldNamesVisible(), (QList<QString>{"assoc.sta", "arrival.sta"}));
 }
 
 TEST_F(SortingByHeader, marksNoColumnOfADatabaseThatWasClosed)

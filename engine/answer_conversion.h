@@ -73,6 +73,12 @@ inline QHash<QString, double> converted<QHash<QString, double>>(const QVariant &
 }
 
 template <>
+inline QVariantList converted<QVariantList>(const QVariant &value)
+{
+    return value.toList();
+}
+
+template <>
 inline QHash<QString, QVariant> converted<QHash<QString, QVariant>>(const QVariant &value)
 {
     return value.toHash();

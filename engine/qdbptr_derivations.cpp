@@ -21,6 +21,21 @@ int QDbptr::dbFind(QString expression, bool backwards)
     return answerTo<int>(this, "dbFind", QStringLiteral("dbfind"), {std::move(expression), backwards});
 }
 
+QVector<qint64> QDbptr::findRows(QString table, const QVector<qint64> &rows)
+{
+    QVariantList numbers;
+    numbers.reserve(rows.size());
+    for (const qint64 row : rows)
+        numbers.append(row);
+    const auto places = answerTo<QVariantList>(this, "findRows", QStringLiteral("find_rows"),
+                                               {std::move(table), QVariant(numbers)});
+    QVector<qint64> found;
+    found.reserve(places.size());
+    for (const QVariant &place : places)
+        found.append(place.toLongLong());
+    return found;
+}
+
 void QDbptr::dbFree()
 {
     requireHandle(this, "dbFree");

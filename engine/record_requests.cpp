@@ -1,4 +1,5 @@
 #include <cstring>
+#include <vector>
 
 #include "cell_text.h"
 #include "queries.h"
@@ -163,6 +164,26 @@ void findRecord(const RequestCall &call)
     const QByteArray expression = call.arguments[0].toString().toUtf8();
     const int backwards = call.arguments[1].toBool() ? 1 : 0;
     call.response->setValue<long>(dbfind(call.input, expression.constData(), backwards, nullptr));
+}
+
+void findRows(const RequestCall &call)
+{
+    const QByteArray name = call.arguments[0].toString().toUtf8();
+    const Dbptr other = dblookup(call.input, "", name.constData(), "dbALL", "dbALL");
+    const QVariantList numbers = call.arguments[1].toList();
+    std::vector<int64_t> rows;
+    rows.reserve(static_cast<std::size_t>(numbers.size()));
+    for (const QVariant &number : numbers)
+        rows.push_back(number.toLongLong());
+    if (other.table < 0 || dbfind_rows(call.input, other, rows.data(), rows.size(), rows.data()) < 0) {
+        call.fail(QLatin1String(call.row.failure), LibraryLog::With);
+        return;
+    }
+    QVariantList places;
+    places.reserve(numbers.size());
+    for (const int64_t place : rows)
+        places.append(static_cast<qlonglong>(place));
+    call.response->setValue(places);
 }
 
 void freeView(const RequestCall &call)

@@ -56,6 +56,7 @@ void separateTable(const RequestCall &call);
 void getText(const RequestCall &call);
 void getValues(const RequestCall &call);
 void findRecord(const RequestCall &call);
+void findRows(const RequestCall &call);
 void freeView(const RequestCall &call);
 
 } // namespace requests

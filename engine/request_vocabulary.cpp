@@ -24,7 +24,8 @@ constexpr RequestRow plain(const char *name, RequestHandler handler)
     return {.name = name, .handler = handler};
 }
 
-// A view of the table pointed to. `failure` is null where the library's answer is not tested.
+// A view of the table pointed to, or an answer about its rows. `failure` is null where the library's answer
+// is not tested.
 constexpr RequestRow view(const char *name, RequestHandler handler, CheckOrder order, int argumentCount,
                           const char *expected, const char *failure = nullptr)
 {
@@ -131,6 +132,8 @@ const RequestRow rows[] = {
     {"dbget", getText, Any, 1, "one (scratch-flag)"},
     {"dbgetv", getValues, Any, 1, "one (list of fields to get)"},
     {"dbfind", findRecord, Table, 2, "two (expression, backwards-flag)"},
+    view("find_rows", findRows, PointerFirst, 2, "two (name of table to find them in, list of row numbers)",
+         "dbfind_rows error"),
     change("dbfree", freeView, "dbfree error"),
 
     plain("close_database", closeDatabase),

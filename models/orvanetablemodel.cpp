@@ -86,12 +86,17 @@ OrvaneTableModel::~OrvaneTableModel()
 
 void OrvaneTableModel::announceChanged(OrvaneTableModel *dtm)
 {
-    if (dtm == this)
+    if (dtm != this)
+        return;
+    if (d->sorting)
+        d->resetAfterSorting = true;
+    else
         emit modelReset();
 }
 
 void OrvaneTableModel::startOver()
 {
+    d->resetAfterSorting = false;
     beginResetModel();
     d->forgetTable();
     d->rows = d->askRowCount();
@@ -244,6 +249,8 @@ int OrvaneTableModel::rowCount(const QModelIndex &parent) const
 void OrvaneTableModel::announceRowCount()
 {
     d->rowsAnnouncementQueued = false;
+    if (d->sorting) // asked for again when it is done
+        return;
     const int known = d->rows;
     const int rows = d->askRowCount();
     if (rows < known) {

@@ -2,6 +2,7 @@
 #define ORVANETABLEMODEL_P_H
 
 #include <QPointer>
+#include <QVector>
 #include <chrono>
 #include <optional>
 
@@ -29,7 +30,8 @@ struct OrvaneTableModel::Private {
     CellReader reader;
     HandlePool handles{16384};
 
-    bool sorting = false;
+    bool sorting = false; // the row count and the records of rows change only when it is done
+    bool resetAfterSorting = false;
 
     int rows = 0; // as known to views
     std::chrono::steady_clock::time_point rowsAskedAt{};
@@ -54,6 +56,9 @@ struct OrvaneTableModel::Private {
 
     // Shows the table itself and deletes the sorted view that was shown in its place. No signals.
     void dropFacade(OrvaneTableModel *model);
+
+    // Which row of `to` has the record of each of these rows of `from`; -1 where there is none.
+    static QVector<qint64> sameRows(QDbptr *from, QDbptr *to, const QVector<qint64> &rows);
 
     // By what the table is sorted to be in the order of a column; empty where it can't be.
     QString sortKey(int number);

@@ -11,6 +11,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <QVector>
 
 #include <orvane/db.h>
 #include <ovqt_export.h>
@@ -172,6 +173,9 @@ public:
      * expression is true; from a table the first, backwards the last. Negative when there is none and when
      * the search fails. */
     int dbFind(QString expression, bool backwards);
+    /* The rows of another table or view that have the same records as these rows of the handle's table; -1
+     * where there is none. Throws when the two are not made of the same member tables. */
+    QVector<qint64> findRows(QString table, const QVector<qint64> &rows);
     /* Lets go of the view pointed to: every handle on it goes stale. */
     void dbFree();
 

@@ -7,6 +7,7 @@
 #include <QMap>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 #include <memory>
 
 #include <orvane/db.h>
@@ -92,7 +93,8 @@ public:
 
     // Shows the table in the order of a column, by way of a sorted view that goes with the next sort and with
     // the model. Column 0, and a column that is not there, leave the order as it is. A sort that is cancelled
-    // or fails leaves the table in its own order and the reason in the error log.
+    // or fails leaves the table in its own order and the reason in the error log. Selections and other
+    // persistent indexes stay with their records.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
     // Make a view of this table; see the operations of OrvaneDatabaseModel, which own and announce the result
@@ -134,6 +136,10 @@ private slots:
     void facadeDestroyed();
 
 private:
+    // Shows the table in the order of a key. Answers where the records of `rows` are then; -1 for those that
+    // are not found.
+    QVector<qint64> showOrder(const QString &key, bool reverse, QVector<qint64> rows);
+
     struct Private;
     std::unique_ptr<Private> d;
 };

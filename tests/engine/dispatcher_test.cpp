@@ -77,6 +77,7 @@ const char *const allRequests[] = {"database_name",
                                    "dbget",
                                    "dbgetv",
                                    "dbfind",
+                                   "find_rows",
                                    "dbfree",
                                    "close_database",
                                    "no_such_request"};
@@ -231,7 +232,9 @@ INSTANTIATE_TEST_SUITE_P(Requests, CountedArguments,
                                          Count{"lookup_record", 1, "one (record name or number)"},
                                          Count{"dbget", 1, "one (scratch-flag)"},
                                          Count{"dbgetv", 1, "one (list of fields to get)"},
-                                         Count{"dbfind", 2, "two (expression, backwards-flag)"}));
+                                         Count{"dbfind", 2, "two (expression, backwards-flag)"},
+                                         Count{"find_rows", 2,
+                                               "two (name of table to find them in, list of row numbers)"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Derivations, CountedArguments,

@@ -154,6 +154,21 @@ TEST(Finding, AnswersTheRecordOrANegativeNumber)
     EXPECT_LT(open.at(OriginTable)->dbFind("evid == 99", false), 0);
 }
 
+TEST(Finding, TellsWhereRowsAreInAView)
+{
+    const OpenDatabase open;
+    const Handle origin = open.at(OriginTable);
+    const Handle sorted(origin->sort("lat", "by_lat", true, false));
+    EXPECT_EQ(origin->findRows("by_lat", {0, 1, 2}), (QVector<qint64>{0, 2, 1}));
+    EXPECT_EQ(sorted->findRows("origin", {2, 0, 7, -3}), (QVector<qint64>{1, 0, -1, -1}));
+    EXPECT_EQ(origin->findRows("by_lat", {}), QVector<qint64>());
+    const auto fails = [&](const char *table) {
+        return thrownBy([&] { origin->findRows(table, {0}); }).find("\n\ndbfind_rows error:\n\n");
+    };
+    EXPECT_NE(fails("site"), std::string::npos); // of other records
+    EXPECT_NE(fails("nowhere"), std::string::npos);
+}
+
 TEST(Freeing, AnnouncesAChange)
 {
     const OpenDatabase open;

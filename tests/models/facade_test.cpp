@@ -226,6 +226,90 @@ TEST_F(Facade, ShowsRecordsThatCameSince)
     EXPECT_EQ(view.verticalHeader()->count(), 4);
 }
 
+TEST_F(Facade, KeepsPersistentIndexesWithTheirRecords)
+{
+    const QPersistentModelIndex first = origin.index(0, 2);
+    const QPersistentModelIndex third = origin.index(2, oridColumn);
+    const QPersistentModelIndex withHandle = origin.indexForCell(1, "orid");
+    const auto places = [&] {
+        return QList<int>{first.row(), first.column(), third.row(), third.column(), withHandle.row()};
+    };
+    origin.sort(latColumn);
+    EXPECT_EQ(places(), (QList<int>{1, 2, 2, oridColumn, 0}));
+    EXPECT_EQ(third.data(), QVariant("3"));
+    origin.sort(latColumn, Qt::DescendingOrder);
+    EXPECT_EQ(places(), (QList<int>{1, 2, 0, oridColumn, 2}));
+    beforeSort = [] { return false; };
+    origin.sort(latColumn);
+    EXPECT_EQ(places(), (QList<int>{0, 2, 2, oridColumn, 1}));
+    beforeSort = nullptr;
+    origin.sort(0);
+    EXPECT_EQ(places(), (QList<int>{0, 2, 2, oridColumn, 1}));
+    EXPECT_EQ(elog_count(), 0);
+}
+
+TEST_F(Facade, KeepsTheSelectionAndTheCurrentCellWithTheirRecords)
+{
+    OrvaneTableModel &joined = *quakes.table("arrival")->outerJoinTo("assoc", "joined");
+    QTableView view;
+    view.setModel(&joined);
+    view.setColumnHidden(2, true);
+    view.setColumnWidth(3, 123);
+    view.setSelectionBehavior(QAbstractItemView::SelectRows);
+    view.selectRow(0); // arid 11, beside no association
+    view.selectionModel()->select(joined.index(2, 0),
+                                  QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    view.selectionModel()->setCurrentIndex(joined.index(2, 4), QItemSelectionModel::NoUpdate);
+    const auto selected = [&] {
+        QStringList arrivals;
+        for (const QModelIndex &index : view.selectionModel()->selectedRows(3))
+            arrivals.append(index.data().toString());
+        arrivals.sort();
+        return arrivals.join(' ');
+    };
+    ASSERT_EQ(selected(), "11 13");
+    for (const int column : {1, 2, 3, 5, 9}) {
+        for (const Qt::SortOrder order : {Qt::DescendingOrder, Qt::AscendingOrder}) {
+            view.sortByColumn(column, order);
+            joined.sort(column, order);
+            EXPECT_EQ(selected(), "11 13") << column;
+            EXPECT_EQ(view.currentIndex().siblingAtColumn(3).data(), QVariant("13")) << column;
+        }
+    }
+    EXPECT_TRUE(view.isColumnHidden(2));
+    EXPECT_EQ(view.columnWidth(3), 123);
+    EXPECT_EQ(elog_count(), 0);
+}
+
+TEST_F(Facade, ForgetsPersistentIndexesOfRecordsThatAreGone)
+{
+    origin.sort(latColumn);
+    const QPersistentModelIndex second = origin.index(1, 1);
+    quakes.files.addTable("origin", {{"1.0", "1.0", "1.0", "1517961600.0", "4", "8"},
+                                     {"0.0", "1.0", "1.0", "1517961600.0", "5", "8"}});
+    origin.sort(latColumn);
+    EXPECT_EQ(ids(), "5 4");
+    EXPECT_FALSE(second.isValid());
+    EXPECT_EQ(elog_count(), 0);
+}
+
+TEST_F(Facade, PutsOffTheResetOfATableThatChangesWhileItIsMade)
+{
+    QStringList told;
+    const QObject listener; // ends before what it writes to
+    QObject::connect(&origin, &QAbstractItemModel::layoutChanged, &listener, [&] { told.append("changed"); });
+    QObject::connect(&origin, &QAbstractItemModel::modelReset, &listener, [&] { told.append("reset"); });
+    beforeSort = [&] {
+        origin.announceChanged(&origin);
+        return true;
+    };
+    origin.sort(latColumn);
+    EXPECT_EQ(told, (QStringList{"changed", "reset"}));
+    beforeSort = nullptr;
+    origin.sort(latColumn);
+    EXPECT_EQ(told, (QStringList{"changed", "reset", "changed"}));
+}
+
 TEST_F(Facade, OfAClosedDatabaseGoesQuietly)
 {
     origin.sort(latColumn);

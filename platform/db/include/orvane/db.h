@@ -320,6 +320,11 @@ ORVANE_DB_EXPORT int dbexpr_function(int64_t index, DbFunction *function);
  * there is none, or another negative code. */
 ORVANE_DB_EXPORT int64_t dbfind(Dbptr db, const char *expression, int backwards, dbprogress_hook hook);
 
+/* For each of `count` rows of `from`, the row of `to` that has the same records, in places[]; -1 where there
+ * is none or the row is no row of `from`. The two are tables or views of the same member tables: a view and
+ * what it was made of by dbsubset or dbsort, say. Returns 0, or a negative code with `places` as it was. */
+ORVANE_DB_EXPORT int dbfind_rows(Dbptr from, Dbptr to, const int64_t *rows, size_t count, int64_t *places);
+
 /* ---- Changing ------------------------------------------------------------------------------------
  *
  * Of a database opened with "r+". A change is there whole when its call returns, for other programs too, and

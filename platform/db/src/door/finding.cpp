@@ -1,8 +1,11 @@
-// dbfind, dbfree and progress.
+// dbfind, dbfind_rows, dbfree and progress.
 #include "door/derivations.h"
 
 #include "base/concat.h"
+#include "operation/same_rows.h"
 #include "operation/subset.h"
+
+#include <algorithm>
 
 using namespace orvane;
 
@@ -47,6 +50,18 @@ Result<std::int64_t> find(const Dbptr &db, const char *expression, bool backward
     }
 }
 
+// The table that a pointer points to, as it is now.
+Result<Operand> operand_of(const Dbptr &db)
+{
+    Subject subject;
+    if (Status found = find_subject(db, Level::Table, "dbfind_rows", subject); !found.ok())
+        return found;
+    Operand operand(subject.database->shared_table(db.table));
+    if (Status looked = operand.look(); !looked.ok())
+        return named_failure("dbfind_rows", looked);
+    return operand;
+}
+
 } // namespace
 
 int64_t dbfind(Dbptr db, const char *expression, int backwards, dbprogress_hook hook)
@@ -56,6 +71,25 @@ int64_t dbfind(Dbptr db, const char *expression, int backwards, dbprogress_hook 
         if (!found.ok())
             return code_of(named_failure("dbfind", found.status()));
         return *found >= 0 ? *found : static_cast<std::int64_t>(dbERROR_NOT_FOUND);
+    });
+}
+
+int dbfind_rows(Dbptr from, Dbptr to, const int64_t *rows, size_t count, int64_t *places)
+{
+    return guarded("dbfind_rows", [&] {
+        if (count > 0 && (!rows || !places))
+            return code_of(Status(Code::Argument, "dbfind_rows: the rows or their places are null"));
+        const auto source = operand_of(from);
+        if (!source.ok())
+            return code_of(source.status());
+        const auto target = operand_of(to);
+        if (!target.ok())
+            return code_of(target.status());
+        const auto found = same_rows(*source, *target, {rows, count});
+        if (!found.ok())
+            return code_of(named_failure("dbfind_rows", found.status()));
+        std::copy(found->begin(), found->end(), places);
+        return 0;
     });
 }
 

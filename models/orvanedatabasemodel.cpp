@@ -239,6 +239,9 @@ OrvaneTableModel *OrvaneDatabaseModel::getTableModel(const QString &name)
     // A view that was freed by its handle may have a successor of the same name.
     if (known && known->getDbptr().table == table->getIndexTable())
         return known;
+    // The name of a freed view still names the fields of views over its groups; a table it is no longer.
+    if (answered(false, [&] { return table->tableIsView(); }) && !getViewNames().contains(name))
+        return nullptr;
     return d->addTable(this, name, std::make_unique<OrvaneTableModel>(this, table.release(), d->config));
 }
 

@@ -57,6 +57,37 @@ TEST_F(ViewModel, LeavesAViewOfItsViewUsable)
     EXPECT_EQ(middle.data(middle.index(0, 1)), QVariant("AAK"));
 }
 
+TEST_F(ViewModel, LeavesAViewOfItsGroupsUsable)
+{
+    OrvaneTableModel &groups = *site.group({"offdate"}, "groups");
+    ASSERT_EQ(groups.rowCount(), 2);
+    OrvaneTableModel &sorted = *groups.sort({"offdate"}, true, false, "sorted");
+    sites.model->deleteView("groups");
+    EXPECT_EQ(sorted.getTableFields(), (QList<QString>{"groups.offdate", "groups.bundle"}));
+    EXPECT_EQ(sorted.getViewTables(), QList<QString>{"groups"});
+    EXPECT_EQ(sorted.columnCount(), 3);
+    EXPECT_EQ(sorted.headerData(1, Qt::Horizontal), QVariant("offdate"));
+    EXPECT_EQ(sorted.headerData(2, Qt::Horizontal, Qt::UserRole), QVariant("bundle"));
+    EXPECT_FALSE(sorted.headerData(2, Qt::Horizontal, Qt::ToolTipRole).toString().isEmpty());
+    EXPECT_FALSE(sorted.headerData(0, Qt::Vertical, Qt::ToolTipRole).toString().isEmpty());
+    EXPECT_FALSE(sorted.getTableToolTipString().isEmpty());
+    EXPECT_EQ(sorted.data(sorted.index(0, 1)), QVariant("2012366"));
+    EXPECT_EQ(sorted.data(sorted.index(0, 2)), QVariant("2-3"));
+    EXPECT_EQ(sorted.data(sorted.index(1, 2)), QVariant("0-2"));
+    EXPECT_EQ(sorted.getColumnType(2), dbDBPTR);
+    EXPECT_GT(sorted.approxColumnWidthChars(2), 0);
+    EXPECT_EQ(sorted.getNonNullTableFields().size(), 2);
+    EXPECT_EQ(sites.model->getViewNamesSkipFacades(), QList<QString>{"sorted"});
+    EXPECT_EQ(sites.table("groups"), nullptr);
+    sites.model->deleteView("groups");
+    sorted.sort(1);
+    EXPECT_EQ(sorted.data(sorted.index(1, 2)), QVariant("2-3"));
+    EXPECT_EQ(sorted.subset("offdate > 0", "closed")->rowCount(), 1);
+    EXPECT_EQ(elog_count(), 0);
+    sites.model->deleteView("sorted");
+    EXPECT_EQ(sites.table("closed")->data(sites.table("closed")->index(0, 2)), QVariant("2-3"));
+}
+
 TEST_F(ViewModel, AnnouncesNoResetWhenItGoes)
 {
     const auto view = southern();

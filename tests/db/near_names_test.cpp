@@ -11,6 +11,8 @@ TEST(NearNames, are_those_that_differ_by_few_letters_nearest_first)
     EXPECT_EQ(near_names("origen", known), (std::vector<std::string_view>{"origin", "origerr", "orient"}));
     EXPECT_EQ(near_names("ORIGIN", known), (std::vector<std::string_view>{"origin"}));
     EXPECT_EQ(near_names("orig", known), (std::vector<std::string_view>{"origin", "origerr"}));
+    EXPECT_EQ(near_names("evnet", known), (std::vector<std::string_view>{"event"})); // neighbours swapped
+    EXPECT_TRUE(near_names("evtne", known).empty());
     EXPECT_TRUE(near_names("zzz", known).empty());
     EXPECT_TRUE(near_names("", known).empty());
     EXPECT_TRUE(near_names(std::string(100000, 'o'), known).empty());

@@ -80,7 +80,7 @@ TEST(RangeCheck, takes_an_attribute_that_is_named_as_a_function)
 TEST(RangeCheck, shows_what_is_wrong_and_where)
 {
     EXPECT_EQ(check_range("lat", ValueType::Real, "lat >= -90.0 && lta <= 90.0").status().message(),
-              "unknown field `lta`\n  lat >= -90.0 && lta <= 90.0\n                  ^^^");
+              "unknown field `lta`; near it: lat\n  lat >= -90.0 && lta <= 90.0\n                  ^^^");
     EXPECT_EQ(check_range("sta", ValueType::Text, "sta").status().message(),
               "expected a condition, as a comparison; `sta` is text\n  sta\n  ^^^");
     EXPECT_FALSE(check_range("lat", ValueType::Real, "").ok());

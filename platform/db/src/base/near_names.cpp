@@ -14,22 +14,26 @@ char lower(char c)
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
-// Insertions, deletions and substitutions that make one text of the other.
+// Insertions, deletions, substitutions and swaps of neighbours that make one text of the other.
 std::size_t edit_distance(std::string_view a, std::string_view b)
 {
+    std::vector<std::size_t> before(b.size() + 1); // the row above the one above
+    std::vector<std::size_t> above(b.size() + 1);
     std::vector<std::size_t> row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j)
-        row[j] = j;
+        above[j] = j;
+    const auto same = [&](std::size_t i, std::size_t j) { return lower(a[i - 1]) == lower(b[j - 1]); };
     for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = row[0];
         row[0] = i;
         for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t substituted = diagonal + (lower(a[i - 1]) == lower(b[j - 1]) ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, substituted});
+            row[j] = std::min({above[j] + 1, row[j - 1] + 1, above[j - 1] + (same(i, j) ? 0 : 1)});
+            if (i > 1 && j > 1 && same(i, j - 1) && same(i - 1, j))
+                row[j] = std::min(row[j], before[j - 2] + 1);
         }
+        before.swap(above);
+        above.swap(row);
     }
-    return row[b.size()];
+    return above[b.size()];
 }
 
 bool begins(std::string_view text, std::string_view start)

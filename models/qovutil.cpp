@@ -32,6 +32,7 @@ int qovutil_showError(QString text, QWidget *parent)
     auto *box = new QMessageBox(parent);
     if (!parent)
         keepForever(box);
+    box->setTextFormat(Qt::PlainText); // an expression may hold what looks like a tag
     box->setText(text);
     return box->exec();
 }

@@ -388,6 +388,7 @@ TEST(ShowError, ShowsTheTextInABoxOfItsParentAndReturnsItsResult)
         ASSERT_TRUE(box);
         shown = box->text();
         EXPECT_TRUE(box->isModal());
+        EXPECT_EQ(box->textFormat(), Qt::PlainText);
         box->done(QMessageBox::Ok);
     });
     EXPECT_EQ(qovutil_showError("The table 'site' is gone", &parent), QMessageBox::Ok);

@@ -31,8 +31,9 @@ class LargeTable(ProgramTest):
                 file.write(block)
 
     def start(self, *arguments, **options):
-        process = subprocess.Popen([OVDB, *map(str, arguments)], env=environment(), stdout=subprocess.PIPE,
-                                   stderr=subprocess.PIPE, **options)
+        # A sanitizer keeps little of what was let go, so that memory can be looked at with it as without.
+        process = subprocess.Popen([OVDB, *map(str, arguments)], env=environment(ASAN_OPTIONS="quarantine_size_mb=1"),
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
         self.addCleanup(process.stderr.close)
         self.addCleanup(process.stdout.close)
         self.addCleanup(lambda: process.poll() is None and process.kill())
@@ -72,17 +73,24 @@ class ManyRows(LargeTable):
         self.assertEqual([process.stdout.readline() for _ in range(2)], [b"[\n", b'{"flag":1,"note":"0"},\n'])
         self.assertIsNone(process.poll())  # it waits for its reader
 
+    def peak(self, *options):
+        """The most memory, in kilobytes, that a select had whose rows were read by and by."""
+        process = self.start("select", self.table("lonely"), *options)
+        status = Path(f"/proc/{process.pid}/status")
+        most = 0
+        while process.stdout.read1(1 << 20):
+            found = re.search(r"VmHWM:\s+(\d+) kB", status.read_text())
+            most = max(most, int(found[1]) if found else 0)
+        self.assertEqual(process.wait(30), 0)
+        self.assertGreater(most, 1024)
+        return most
+
     def test_memory_does_not_grow_with_the_rows(self):
-        for options in (["--format", "json"], ["--format", "csv"], []):
-            process = self.start("select", self.table("lonely"), *options)
-            status = Path(f"/proc/{process.pid}/status")
-            most = 0
-            while process.stdout.read1(1 << 20):
-                peak = re.search(r"VmHWM:\s+(\d+) kB", status.read_text())
-                most = max(most, int(peak[1]) if peak else 0)
-            self.assertEqual(process.wait(30), 0)
-            self.assertGreater(most, 1024)
-            self.assertLess(most, 20 * 1024)  # the table alone has 28 MB
+        formats = (["--format", "json"], ["--format", "csv"], [])
+        of_all = [self.peak(*options) for options in formats]
+        os.truncate(self.path("lonely"), self.path("lonely").stat().st_size // 4)
+        for options, most in zip(formats, of_all):
+            self.assertLess(most, self.peak(*options) + 8 * 1024, options)  # the table alone has 28 MB
 
     def test_all_rows_come(self):
         result = run("select", self.table("lonely"), "--format", "json", "--sort", "note")

@@ -271,6 +271,38 @@ ORVANE_DB_EXPORT int dbselect_hdr(Dbptr db, const Tbl *fields, FILE *stream, con
  * dbget_range, which find out whether they are there. The invalid pointer where that is no range. */
 ORVANE_DB_EXPORT Dbptr dbrow_range(Dbptr db, int64_t first, int64_t end);
 
+/* ---- Saving -------------------------------------------------------------------------------------
+ *
+ * A saved view is a text of the view's record numbers (docs/formats/saved-view.md). A database shows those that
+ * lie beside its descriptor, as files QUAKES.NAME, behind its tables from when it is opened; their rows are read
+ * when they are first asked for. Where a member table has changed since the view was saved a notice says so, and
+ * rows that stand for records that are gone are left out. A damaged one is refused: a notice, or as with a table
+ * of a wrong form the error log, says where it is wrong.
+ *
+ * The calls return 0 or a negative code; the pointer's field and record count for nothing. They call the progress
+ * hook. */
+
+/* Writes the table or view to a stream, which stays the caller's, as a saved view; a base table as the view of
+ * all its records. A null stream is an error. */
+ORVANE_DB_EXPORT int dbwrite_view(Dbptr db, FILE *stream);
+
+/* Saves the view beside its database's descriptor, under its name and in place of the view that was saved under
+ * that before; a base table as NAME_view1. No other file is replaced. It needs no more than the right to write
+ * to the folder. When it fails what was there stays as it was. */
+ORVANE_DB_EXPORT int dbsave_view(Dbptr db);
+
+/* Reads a saved view from a stream, up to its end, and makes it a view of `database`; where that is the invalid
+ * pointer, of the database that it was saved from, which is opened to read and is the caller's to close.
+ * `name` is that of the view; null or empty stands for the one that it was saved under, or one like it. Answers
+ * as dbsubset does. */
+ORVANE_DB_EXPORT Dbptr dbread_view(Dbptr database, FILE *stream, const char *name);
+
+/* Writes the records that the table's or view's rows stand for, of each member table once and in their order, as
+ * a new database: a descriptor at the path, and table files. Where the schema would not be found from there it
+ * is copied beside it. A path at which there is a descriptor or a table file is refused. `flag` is 0. When it
+ * fails or is cancelled nothing is left. */
+ORVANE_DB_EXPORT int dbunjoin(Dbptr db, const char *path, int flag);
+
 /* ---- Progress ----------------------------------------------------------------------------------- */
 
 /* Told how far an operation is, from 0 to 1, on the thread that called it and at most every 100 ms. An answer
@@ -283,6 +315,11 @@ ORVANE_DB_EXPORT void dbset_progress_hook(dbprogress_hook hook, void *data);
 
 /* For hooks: the name of the call that is running, "dbsort"; null outside of hooks. */
 ORVANE_DB_EXPORT const char *dbprogress_operation(void);
+
+/* Tells the hook, at most every 100 ms, how far something is that reads many records by itself, such as writing a
+ * spreadsheet of them; `operation` names it for dbprogress_operation. Returns 0, or dbERROR_CANCELLED when the
+ * hook says to stop, with nothing in the error log. */
+ORVANE_DB_EXPORT int dbreport_progress(const char *operation, double fraction);
 
 /* ---- Expressions --------------------------------------------------------------------------------
  *

@@ -63,6 +63,16 @@ public:
     std::int64_t add_view(std::shared_ptr<Table> view);
     // Knows a view that no list shows, so that it follows when records are numbered anew.
     void remember_view(const std::shared_ptr<Table> &view);
+    // A saved view that can't be read, and why.
+    void note_refused_view(const std::string &view_name, Status why)
+    {
+        refused_views_[view_name] = std::move(why);
+    }
+    Status refused_view(const std::string &view_name) const
+    {
+        const auto found = refused_views_.find(view_name);
+        return found == refused_views_.end() ? Status() : found->second;
+    }
     // Takes a view out of the list. It lives on while bundles or members of other views need it.
     void free_view(std::int64_t index);
     // The index by which pointers reach a table that bundles stand in, also when no list shows it (any more).
@@ -111,6 +121,7 @@ private:
     std::vector<std::weak_ptr<Table>> unlisted_;
     std::vector<std::weak_ptr<Table>> all_views_; // listed or not
     std::map<std::pair<int, const Table *>, std::string> answers_;
+    std::map<std::string, Status> refused_views_;
 };
 
 } // namespace orvane

@@ -3,6 +3,7 @@
 #include "base/concat.h"
 #include "base/near_names.h"
 #include "catalog/schema_locator.h"
+#include "saved/saved_head.h"
 
 #include <algorithm>
 #include <optional>
@@ -42,7 +43,7 @@ public:
             return kind.status();
         const bool is_file = *kind == FileKind::File;
         const auto dotted = split_at_dot(path_);
-        if (is_file && (!dotted || has_descriptor_head()))
+        if (is_file && (!dotted || looks_like_descriptor(head())))
             return with_descriptor(path_);
         if (dotted) {
             if (auto table = locate_table(*dotted, is_file))
@@ -65,14 +66,15 @@ private:
         return state->kind;
     }
 
-    bool has_descriptor_head()
+    // The first bytes of the file that the path names; none where it can't be read.
+    std::string head()
     {
         const auto file = files_.open(path_.absolute);
         if (!file.ok())
-            return false;
-        std::string head(head_bytes, '\0');
-        const auto got = (*file)->read_at(0, std::span<char>(head));
-        return got.ok() && looks_like_descriptor(std::string_view(head).substr(0, *got));
+            return {};
+        std::string bytes(head_bytes, '\0');
+        const auto got = (*file)->read_at(0, std::span<char>(bytes));
+        return got.ok() ? bytes.substr(0, *got) : std::string();
     }
 
     Result<LocatedDatabase> with_descriptor(const LocatedPath &path)
@@ -126,6 +128,10 @@ private:
         found.table = found.schema->relation_index(dotted.table);
         if (found.table >= 0)
             return database;
+        if (path_is_file && head().starts_with(saved_view_mark)) {
+            found.saved_view = dotted.table;
+            return database;
+        }
         if (path_is_file)
             return std::nullopt;
         return Result<LocatedDatabase>(

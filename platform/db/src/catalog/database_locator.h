@@ -16,7 +16,8 @@ struct LocatedDatabase {
     bool has_descriptor = false;
     Descriptor descriptor;
     std::shared_ptr<const Schema> schema;
-    int table = -1; // the relation that the path points at; -1: none
+    int table = -1;           // the relation that the path points at; -1: none
+    std::string saved_view{}; // the saved view that it points at; empty: none
 };
 
 // Reads the descriptor, if there is one, and the schema. Of table files it asks whether they are there; and

@@ -1,6 +1,7 @@
 #include "catalog/database_registry.h"
 
 #include "base/concat.h"
+#include "saved/saved_view.h"
 
 namespace orvane {
 
@@ -34,7 +35,14 @@ Result<std::int64_t> DatabaseRegistry::open(const std::string &path, const std::
         return located.status();
     table = located->table;
     auto storage = storage_of(files);
+    const std::string saved_view = located->saved_view;
     auto opened = std::make_unique<Database>(std::move(*located), permissions == "r+", *storage);
+    add_saved_views(*opened, files);
+    if (!saved_view.empty()) {
+        table = opened->table_index(saved_view);
+        if (table < 0)
+            return opened->refused_view(saved_view);
+    }
     // Room first: when memory runs out, neither list may get an entry that the other lacks.
     databases_.reserve(databases_.size() + 1);
     storage_by_database_.push_back(std::move(storage));

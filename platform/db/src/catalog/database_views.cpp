@@ -108,6 +108,11 @@ void Database::renumber(RecordTable &table, std::uint64_t generation, std::span<
     static_cast<void>(table.snapshot()); // the numbers hold for the records as they are now
     for (const auto &kept : all_views_)
         if (const auto view = std::dynamic_pointer_cast<View>(kept.lock()))
+            if (const auto rows = view->delayed_rows()) // of which a copy lives while it delivers
+                rows->deliver_before_renumbering(table, generation,
+                                                 static_cast<std::int64_t>(renumbered.size()));
+    for (const auto &kept : all_views_)
+        if (const auto view = std::dynamic_pointer_cast<View>(kept.lock()))
             if (const auto moved = view->renumber(table, generation, renumbered); !moved.empty())
                 follow_rows(*view, moved);
     follow_rows(table, renumbered); // a grouped view can be the source of another one

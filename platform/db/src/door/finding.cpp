@@ -1,4 +1,4 @@
-// dbfind, dbfind_rows, dbfree and progress.
+// dbfind, dbfind_rows and progress.
 #include "door/derivations.h"
 
 #include "base/concat.h"
@@ -111,14 +111,4 @@ int dbfree(Dbptr db)
         subject.database->free_view(db.table);
         return 0;
     });
-}
-
-void dbset_progress_hook(dbprogress_hook hook, void *data)
-{
-    process_progress_hook() = ProgressHook{hook, data};
-}
-
-const char *dbprogress_operation(void)
-{
-    return operation_told_of();
 }

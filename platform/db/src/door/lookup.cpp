@@ -40,8 +40,11 @@ Status look_up_table(Database &database, std::string_view name, Dbptr &db)
     if (name.empty())
         return Status();
     const std::int64_t index = name == "dbALL" ? std::int64_t{dbALL} : database.index_for_lookup(name);
-    if (index < 0 && index != dbALL)
-        return unknown("table", name, database.name(), database.table_names());
+    if (index < 0 && index != dbALL) {
+        const Status failure = unknown("table", name, database.name(), database.table_names());
+        const Status refused = database.refused_view(std::string(name));
+        return refused.ok() ? failure : failure.with_line(refused.message());
+    }
     db.table = index;
     db.field = db.record = dbALL;
     return Status();

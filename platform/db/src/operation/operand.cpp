@@ -63,6 +63,8 @@ Operand::Operand(std::shared_ptr<Table> table) : table_(std::move(table))
 Status Operand::look()
 {
     looked_ = true;
+    if (view_ && !view_->refusal().ok())
+        return view_->refusal();
     for (std::size_t i = 0; i < members_.size(); ++i) {
         Member &member = members_[i];
         member.snapshot = member.table->snapshot();

@@ -46,8 +46,21 @@ int GroupedView::field_index(std::string_view field_name, int standing_on) const
 
 Result<std::string_view> GroupedView::gone(std::int64_t number) const
 {
-    return Status(Code::NotFound, concat("record ", number, " is not there: view ", name(), " has ",
-                                         bundle_count(), bundle_count() == 1 ? " bundle" : " bundles"));
+    const Status gone(Code::NotFound, concat("record ", number, " is not there: view ", name(), " has ",
+                                             bundle_count(), bundle_count() == 1 ? " bundle" : " bundles"));
+    return refusal_.ok() ? gone : gone.with_line(refusal_.message());
+}
+
+void GroupedView::take_firsts(RowNumbers firsts)
+{
+    delayed_.reset();
+    firsts_ = std::move(firsts);
+}
+
+void GroupedView::refuse(Status why)
+{
+    delayed_.reset();
+    refusal_ = std::move(why);
 }
 
 Result<std::string_view> GroupedView::record(std::int64_t number)

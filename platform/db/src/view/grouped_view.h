@@ -4,6 +4,8 @@
 
 #include "view/view.h"
 
+#include <utility>
+
 namespace orvane {
 
 class GroupedView : public RecordTable
@@ -21,7 +23,11 @@ public:
     int field_index(std::string_view field_name, int standing_on) const override;
     std::int64_t record_size() const override { return relation_.record_size(); }
 
-    RecordCount count_records() override { return RecordCount{bundle_count(), Status()}; }
+    RecordCount count_records() override
+    {
+        const std::int64_t bundles = bundle_count();
+        return RecordCount{bundles, refusal_};
+    }
     Result<std::string_view> record(std::int64_t number) override;
     std::string_view special_record(SpecialRecord which) const override;
     Status set_scratch(std::string_view record_text) override;
@@ -36,13 +42,28 @@ public:
     std::string description() const override;
     std::string detail() const override { return creation_; }
 
-    Snapshot snapshot() override { return Snapshot{bundle_count(), 0, Status()}; }
+    Snapshot snapshot() override
+    {
+        const std::int64_t bundles = bundle_count();
+        return Snapshot{bundles, 0, refusal_};
+    }
     Result<std::vector<ColumnPtr>> columns(std::span<const int> fields, const Snapshot &as_of,
                                            Work &work) override;
 
-    std::int64_t bundle_count() const { return static_cast<std::int64_t>(firsts_.size()) - 1; }
+    std::int64_t bundle_count() const { return static_cast<std::int64_t>(firsts().size()) - 1; }
     const std::shared_ptr<Table> &source() const { return source_; }
-    const RowNumbers &firsts() const { return firsts_; }
+    const std::vector<int> &keys() const { return keys_; }
+    const RowNumbers &firsts() const
+    {
+        if (delayed_)
+            std::exchange(delayed_, nullptr)->deliver();
+        return firsts_;
+    }
+
+    // As View does, for one that is made with no bundles: its firsts are {0}.
+    void wait_for(std::shared_ptr<DelayedRows> rows) { delayed_ = std::move(rows); }
+    void take_firsts(RowNumbers firsts);
+    void refuse(Status why);
 
     // Rows of the source were numbered anew, as View::renumber answers. Bundles without rows go. Answers for
     // each old bundle its new number, null_row for those that went.
@@ -61,6 +82,8 @@ private:
     std::vector<TableField> fields_;
     std::string scratch_;
     std::string assembled_;
+    mutable std::shared_ptr<DelayedRows> delayed_;
+    Status refusal_;
 };
 
 // The attribute of the field `bundle`: "first-end" in its text.

@@ -3,6 +3,7 @@
 #include "base/concat.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvane {
 
@@ -88,9 +89,11 @@ int View::field_index(std::string_view field_name, int standing_on) const
 
 Result<RowNumber> View::record_of(const ViewMember &member, std::int64_t row) const
 {
-    if (row < 0 || row >= row_count())
-        return Status(Code::NotFound, concat("record ", row, " is not there: view ", name_, " has ",
-                                             row_count(), row_count() == 1 ? " row" : " rows"));
+    if (row < 0 || row >= row_count()) {
+        const Status gone(Code::NotFound, concat("record ", row, " is not there: view ", name_, " has ",
+                                                 row_count(), row_count() == 1 ? " row" : " rows"));
+        return refusal_.ok() ? gone : gone.with_line(refusal_.message());
+    }
     return member.rows[static_cast<std::size_t>(row)];
 }
 
@@ -229,6 +232,27 @@ void View::move_rows(const std::vector<RowNumber> &moved)
             flagged_[moved[row]] = flagged_[row];
     if (!flagged_.empty())
         flagged_.resize(kept);
+}
+
+// ---- Rows that come later ------------------------------------------------------------------------
+
+void View::fetch_rows() const
+{
+    std::exchange(delayed_, nullptr)->deliver();
+}
+
+void View::take_rows(std::vector<RowNumbers> columns, std::span<const std::uint64_t> generations)
+{
+    delayed_.reset();
+    for (std::size_t m = 0; m < member_tables_.size(); ++m)
+        member_tables_[m] =
+            view_member(std::move(member_tables_[m].table), std::move(columns[m]), generations[m]);
+}
+
+void View::refuse(Status why)
+{
+    delayed_.reset();
+    refusal_ = std::move(why);
 }
 
 // ---- Numbering anew ------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "table/record_table.h"
+#include "view/delayed_rows.h"
 #include "work/buffer.h"
 
 #include <memory>
@@ -48,7 +49,11 @@ public:
     int field_index(std::string_view field_name, int standing_on) const override;
     std::int64_t record_size() const override { return record_size_; }
 
-    RecordCount count_records() override { return RecordCount{row_count(), Status()}; }
+    RecordCount count_records() override
+    {
+        const std::int64_t rows = row_count();
+        return RecordCount{rows, refusal_};
+    }
     Result<std::string_view> record(std::int64_t number) override;
     std::string_view special_record(SpecialRecord which) const override;
     Status set_scratch(std::string_view record_text) override;
@@ -70,8 +75,31 @@ public:
     std::string description() const override;
     std::string detail() const override { return creation_; }
 
-    std::int64_t row_count() const { return static_cast<std::int64_t>(member_tables_.front().rows.size()); }
-    const std::vector<ViewMember> &member_tables() const { return member_tables_; }
+    std::int64_t row_count() const
+    {
+        want_rows();
+        return static_cast<std::int64_t>(member_tables_.front().rows.size());
+    }
+    const std::vector<ViewMember> &member_tables() const
+    {
+        want_rows();
+        return member_tables_;
+    }
+    // Why the view looks as if it had no rows.
+    const Status &refusal() const
+    {
+        want_rows();
+        return refusal_;
+    }
+
+    // Leaves the rows to be asked for. The members of such a view are made without rows.
+    void wait_for(std::shared_ptr<DelayedRows> rows) { delayed_ = std::move(rows); }
+    const std::shared_ptr<DelayedRows> &delayed_rows() const { return delayed_; }
+    // The rows that the view waits for, a column for each member, and the generations of these; or why there
+    // are none.
+    void take_rows(std::vector<RowNumbers> columns, std::span<const std::uint64_t> generations);
+    void refuse(Status why);
+
     // Which member a field is of, and which of its fields it is.
     struct FieldPlace {
         int member;
@@ -94,6 +122,12 @@ private:
     void move_rows(const std::vector<RowNumber> &moved);
     Result<RowNumber> record_of(const ViewMember &member, std::int64_t row) const;
     void add_fields_of(int member);
+    void want_rows() const
+    {
+        if (delayed_)
+            fetch_rows();
+    }
+    void fetch_rows() const;
 
     std::string name_;
     std::vector<ViewMember> member_tables_;
@@ -106,6 +140,8 @@ private:
     std::string scratch_;
     std::vector<bool> flagged_; // rows; empty: none
     std::string assembled_;     // the record asked for last
+    mutable std::shared_ptr<DelayedRows> delayed_;
+    Status refusal_;
 };
 
 // The field that a name means: "site.lat" exactly; a bare name the field that the pointer stands on where it

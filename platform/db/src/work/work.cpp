@@ -16,7 +16,6 @@ namespace orvane {
 
 namespace {
 
-constexpr auto hook_interval = std::chrono::milliseconds(100);
 constexpr unsigned max_threads = 16;
 
 unsigned wanted_threads()

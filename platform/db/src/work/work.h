@@ -18,6 +18,9 @@ unsigned thread_limit();
 class Work
 {
 public:
+    // The hook is asked no more often than this.
+    static constexpr auto hook_interval = std::chrono::milliseconds(100);
+
     // `call` names the operation in messages ("dbsort") and has to outlive the object.
     explicit Work(const char *call, ProgressHook hook = process_progress_hook());
     Work(const Work &) = delete;

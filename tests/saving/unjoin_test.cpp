@@ -1,0 +1,155 @@
+#include "saving/saved.h"
+
+#include "saving/failing_file_system.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+class NewDatabases : public testing::Test
+{
+protected:
+    NewDatabases()
+    {
+        files.addTable("arrival", {{"KIV", "100.5", "1", "-1", "P"},
+                                   {"AAK", "99.0", "2", "-1", "S"},
+                                   {"KIV", "90.0", "3", "-1", "P"},
+                                   {"AAK", "100.5", "4", "-1", "P"}});
+        files.addTable("assoc", {{"3", "10", "KIV", "P"},
+                                 {"2", "10", "AAK", "S"},
+                                 {"2", "11", "AAK", "P"},
+                                 {"9", "11", "KIV", "P"}});
+        open = std::make_unique<Opened>(files.path());
+        std::filesystem::create_directory(files.folder() + "/new");
+        path = files.folder() + "/new/copy";
+    }
+
+    Dbptr joined(int outer) const
+    {
+        return dbjoin(open->table("assoc"), open->table("arrival"), Names({"arid"}), nullptr, outer, nullptr,
+                      nullptr);
+    }
+
+    TemporaryDatabase files;
+    std::unique_ptr<Opened> open;
+    std::string path;
+};
+
+TEST_F(NewDatabases, HaveTheDistinctRecordsOfEveryMemberInRecordOrder)
+{
+    ASSERT_EQ(dbunjoin(joined(1), path.c_str(), 0), 0) << take_log();
+    EXPECT_EQ(take_log(), "");
+    EXPECT_EQ(TemporaryDatabase::readFile(path + ".assoc"),
+              TemporaryDatabase::readFile(files.tablePath("assoc")));
+    const Opened copy(path);
+    EXPECT_THAT(column(copy.table("arrival"), "arid"), ElementsAre("2", "3"));
+    EXPECT_EQ(text(copy.pointer, dbSCHEMA_NAME), "small");
+    EXPECT_EQ(text(copy.pointer, dbDATABASE_DESCRIPTION), "a small database");
+    EXPECT_EQ(integer(copy.table("origin"), dbTABLE_PRESENT), 0);
+    EXPECT_THAT(names_in(files.folder() + "/new"),
+                ElementsAre("copy", "copy.arrival", "copy.assoc", "small.yaml"));
+    // The same join of the copy is the same.
+    const Dbptr again =
+        dbjoin(copy.table("assoc"), copy.table("arrival"), Names({"arid"}), nullptr, 1, nullptr, nullptr);
+    EXPECT_EQ(described(again), described(joined(1)));
+}
+
+TEST_F(NewDatabases, OfAWholeTableEqualIt)
+{
+    ASSERT_EQ(dbunjoin(open->table("arrival"), path.c_str(), 0), 0) << take_log();
+    EXPECT_EQ(TemporaryDatabase::readFile(path + ".arrival"),
+              TemporaryDatabase::readFile(files.tablePath("arrival")));
+}
+
+TEST_F(NewDatabases, OfGroupsHaveTheRecordsOfTheBundles)
+{
+    const Dbptr groups = dbgroup(joined(0), Names({"orid"}), "g", 1);
+    const Dbptr chosen = dbsubset(groups, "orid == 11", nullptr);
+    ASSERT_EQ(dbunjoin(chosen, path.c_str(), 0), 0) << take_log();
+    const Opened copy(path);
+    EXPECT_THAT(column(copy.table("assoc"), "orid"), ElementsAre("11"));
+    EXPECT_THAT(column(copy.table("arrival"), "arid"), ElementsAre("2"));
+}
+
+TEST_F(NewDatabases, BesideTheirSourceUseItsSchema)
+{
+    ASSERT_EQ(dbunjoin(joined(0), (files.folder() + "/other").c_str(), 0), 0) << take_log();
+    EXPECT_THAT(names_in(files.folder()),
+                ElementsAre("new", "other", "other.arrival", "other.assoc", "quakes", "quakes.arrival",
+                            "quakes.assoc", "small.yaml"));
+}
+
+TEST_F(NewDatabases, TakeNoPlaceOfAnotherOne)
+{
+    EXPECT_EQ(dbunjoin(joined(0), files.path().c_str(), 0), dbERROR_ARGUMENT);
+    EXPECT_THAT(take_log(), HasSubstr("quakes: is there already; a new database needs a name of its own"));
+    std::filesystem::remove(files.path());
+    EXPECT_EQ(dbunjoin(joined(0), files.path().c_str(), 0), dbERROR_ARGUMENT); // table files make one, too
+    EXPECT_THAT(take_log(), HasSubstr("quakes.arrival: is there already"));
+    EXPECT_EQ(dbunjoin(joined(0), (files.folder() + "/new").c_str(), 0), dbERROR_ARGUMENT);
+    EXPECT_EQ(dbunjoin(joined(0), "", 0), dbERROR_ARGUMENT);
+    EXPECT_EQ(dbunjoin(joined(0), nullptr, 0), dbERROR_ARGUMENT);
+    EXPECT_EQ(dbunjoin(joined(0), path.c_str(), 1), dbERROR_ARGUMENT);
+    EXPECT_LT(dbunjoin(joined(0), "/nowhere/copy", 0), 0);
+    EXPECT_THAT(take_log(), HasSubstr("/nowhere/"));
+    EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre());
+}
+
+TEST_F(NewDatabases, WithAnotherSchemaOfThatNameThereAreRefused)
+{
+    files.writeFile("new/small.yaml",
+                    "name: small\nattributes: {a: {type: integer, width: 8, format: \"%8d\", null: "
+                    "\"-1\"}}\nrelations: {t: {fields: [a]}}\n");
+    EXPECT_EQ(dbunjoin(joined(0), path.c_str(), 0), dbERROR_ARGUMENT);
+    EXPECT_THAT(take_log(), HasSubstr("another schema small"));
+    EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre("small.yaml"));
+}
+
+TEST_F(NewDatabases, ThatFailHalfWayLeaveNothing)
+{
+    for (int failing = 0; failing < 6; ++failing) {
+        FailingFileSystem system;
+        system.failing_rename = failing;
+        const orvane::ScopedFileSystem scoped(system);
+        const int code = dbunjoin(joined(0), path.c_str(), 0);
+        if (system.renames <= failing) {
+            EXPECT_EQ(code, 0);
+            EXPECT_EQ(failing, 4); // a schema, two tables, a descriptor
+            return;
+        }
+        EXPECT_EQ(code, dbERROR_IO);
+        EXPECT_THAT(take_log(), HasSubstr("/new/"));
+        EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre());
+    }
+    FAIL() << "every rename failed";
+}
+
+TEST_F(NewDatabases, ThatAreCancelledLeaveNothing)
+{
+    FailingFileSystem system;
+    system.delay = std::chrono::milliseconds(150);
+    const orvane::ScopedFileSystem scoped(system);
+    dbset_progress_hook([](double, void *) { return 1; }, nullptr);
+    EXPECT_EQ(dbunjoin(joined(0), path.c_str(), 0), dbERROR_CANCELLED);
+    dbset_progress_hook(nullptr, nullptr);
+    EXPECT_THAT(take_log(), HasSubstr("dbunjoin: cancelled"));
+    EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre());
+}
+
+TEST_F(NewDatabases, ThatADiskHasNoRoomForLeaveNothing)
+{
+    for (int failing = 0; failing < 4; ++failing) {
+        FailingFileSystem system;
+        system.failing_write = failing * 3;
+        const orvane::ScopedFileSystem scoped(system);
+        EXPECT_EQ(dbunjoin(joined(0), path.c_str(), 0), dbERROR_IO);
+        EXPECT_THAT(take_log(), HasSubstr("No space left on device"));
+        EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre());
+    }
+}
+
+} // namespace

@@ -1,7 +1,11 @@
+#include "db/watched_file_system.h"
 #include "operations/derived.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -58,27 +62,66 @@ TEST_F(Subset, SeesRecordsThatWereAppendedSince)
     EXPECT_EQ(integer(dbsubset(open->table("site"), "lat > 40", nullptr), dbRECORD_COUNT), 3);
 }
 
-TEST_F(Subset, OfValuesThatCannotBeReadSaysSoOnceHoweverLongItSearches)
+// Whether columns have room or the file is read in blocks.
+class SubsetOfManyRows : public testing::TestWithParam<const char *>
 {
-    std::vector<TemporaryDatabase::Row> rows(60000, {"AAK", "2008001", "-1", "42.6390", "74.4940"});
-    rows[1][3] = "north";
-    rows[50000][3] = "south";
-    files.addTable("site", rows);
-    for (const char *budget : {"1", ""}) {
-        setenv("ORVANE_COLUMN_BUDGET", budget, 1);
-        const Opened fresh(files.path());
-        testing::internal::CaptureStderr(); // where notices go
-        EXPECT_EQ(dbfind(fresh.table("site"), "lat > 80", 0, nullptr), dbERROR_NOT_FOUND);
-        const std::string notices = testing::internal::GetCapturedStderr();
-        EXPECT_THAT(notices, HasSubstr("field lat: 2 values are not of type")) << budget;
-        EXPECT_EQ(std::count(notices.begin(), notices.end(), '\n'), 1) << notices;
-        take_log();
-        EXPECT_THAT(column(dbsubset(fresh.table("site"), "isnull(lat)", nullptr), "lat"),
-                    ElementsAre("north", "south"));
-        EXPECT_EQ(dbfind(fresh.table("site"), "isnull(lat)", 1, nullptr), 50000);
+protected:
+    SubsetOfManyRows()
+    {
+        setenv("ORVANE_COLUMN_BUDGET", GetParam(), 1);
+        std::vector<TemporaryDatabase::Row> rows(150000, {"AAK", "2008001", "-1", "42.6390", "74.4940"});
+        rows[1][0] = "R0";
+        rows[3000][0] = "R1";
+        rows[50000][0] = "R2";
+        rows[149999][0] = "R3";
+        rows[1][3] = "north";
+        rows[50000][3] = "south";
+        files.addTable("site", rows);
+        std::this_thread::sleep_for(std::chrono::milliseconds(80)); // the file's time tells of later changes
+        open = std::make_unique<Opened>(files.path());
     }
-    unsetenv("ORVANE_COLUMN_BUDGET");
+    ~SubsetOfManyRows() override { unsetenv("ORVANE_COLUMN_BUDGET"); }
+
+    TemporaryDatabase files;
+    WatchedFileSystem watched;
+    const orvane::ScopedFileSystem scope{watched}; // memory of its own, with that budget
+    std::unique_ptr<Opened> open;
+};
+
+TEST_P(SubsetOfManyRows, FindsThemWhereTheyAre)
+{
+    const Dbptr site = open->table("site");
+    for (int again = 0; again < 2; ++again) {
+        EXPECT_THAT(column(dbsubset(site, "sta =~ '^R'", nullptr), "sta"),
+                    ElementsAre("R0", "R1", "R2", "R3"));
+        EXPECT_EQ(dbfind(site, "sta =~ '^R'", 0, nullptr), 1);
+        EXPECT_EQ(dbfind(site, "sta =~ '^R' && lat > 0", 0, nullptr), 3000);
+        EXPECT_EQ(dbfind(site, "sta =~ '^R'", 1, nullptr), 149999);
+        Dbptr from = site;
+        from.record = 149999;
+        EXPECT_EQ(dbfind(from, "sta =~ '^R'", 1, nullptr), 50000);
+    }
+    const int before = watched.reads("quakes.site");
+    dbsubset(site, "sta =~ '^R'", nullptr);
+    const bool read_again = watched.reads("quakes.site") > before;
+    EXPECT_EQ(read_again, std::string(GetParam()) == "1");
 }
+
+TEST_P(SubsetOfManyRows, SaysOnceThatValuesCannotBeRead)
+{
+    testing::internal::CaptureStderr(); // where notices go
+    EXPECT_EQ(dbfind(open->table("site"), "lat > 80", 0, nullptr), dbERROR_NOT_FOUND);
+    const std::string notices = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(notices, HasSubstr("field lat: 2 values are not of type"));
+    EXPECT_EQ(std::count(notices.begin(), notices.end(), '\n'), 1) << notices;
+    take_log();
+    EXPECT_THAT(column(dbsubset(open->table("site"), "isnull(lat)", nullptr), "lat"),
+                ElementsAre("north", "south"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Memory, SubsetOfManyRows, testing::Values("1", ""), [](const auto &budget) {
+    return std::string(*budget.param ? "without_room_for_columns" : "with_room");
+});
 
 TEST_F(Subset, WithAnUnknownFieldLeavesNoView)
 {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <ctime>
 #include <map>
-#include <regex>
+#include <regex.h>
 #include <stdexcept>
 #include <string>
 
@@ -61,11 +61,23 @@ double azimuth(double lat1, double lon1, double lat2, double lon2)
     return angle < 0 ? angle + 360 : angle;
 }
 
+// By the C library, whose extended patterns mean the same as long as they are simple.
 bool found(const std::string &s, const std::string &pattern)
 {
-    static std::map<std::string, std::regex> compiled;
+    struct Compiled {
+        explicit Compiled(const std::string &text)
+        {
+            if (regcomp(&regex, text.c_str(), REG_EXTENDED | REG_NOSUB) != 0)
+                throw std::runtime_error("no pattern: " + text);
+        }
+        ~Compiled() { regfree(&regex); }
+        Compiled(const Compiled &) = delete;
+        Compiled &operator=(const Compiled &) = delete;
+        regex_t regex{};
+    };
+    static std::map<std::string, Compiled> compiled;
     const auto at = compiled.try_emplace(pattern, pattern).first;
-    return std::regex_search(s, at->second);
+    return regexec(&at->second.regex, s.c_str(), 0, nullptr, 0) == 0;
 }
 
 std::tm calendar(double time)

@@ -17,6 +17,7 @@
 #include "application.h"
 #include "command_line.h"
 #include "configuration.h"
+#include "map_selection.h"
 #include "menus.h"
 #include "notice_bar.h"
 #include "problems_dialog.h"
@@ -94,6 +95,7 @@ void MainWindow::showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const 
     m_emptyColumnsShown = m_application.config()["show_empty_columns"].toBool();
 
     m_view = new OrvaneDatabaseView(m_application.config());
+    new MapSelection(*m_view);
     centralWidget()->layout()->addWidget(m_view);
     delete m_startPage;
     m_startPage = nullptr;

@@ -110,7 +110,6 @@ int main(int argc, char **argv)
     OvEventMap map(nullptr, true, true);
     map.configure("latr", "40");
     map.configure("lonr", "-100");
-    map.configure("range", "120");
     map.resize(width, height);
     map.show();
 

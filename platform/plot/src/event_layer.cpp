@@ -3,13 +3,18 @@
 #include <algorithm>
 #include <cmath>
 
-static constexpr double cell = 2; // logical pixels; no disc is smaller than that
+static constexpr double cell = 3; // logical pixels; the smallest disc is four wide
 
 static bool smaller(const Event &a, const Event &b)
 {
     if (std::isnan(a.magnitude) || std::isnan(b.magnitude))
         return std::isnan(a.magnitude) && !std::isnan(b.magnitude);
     return a.magnitude < b.magnitude;
+}
+
+static bool beforeRecord(const Event &event, std::int64_t record)
+{
+    return event.record < record;
 }
 
 EventLayer::EventLayer(std::shared_ptr<const EventCatalogue> catalogue, const Projection &projection,
@@ -30,8 +35,11 @@ EventLayer::EventLayer(std::shared_ptr<const EventCatalogue> catalogue, const Pr
     });
     std::vector<RankedPoint> points;
     points.reserve(m_places.size());
-    for (std::uint32_t rank = 0; rank < m_places.size() && !cancelled; ++rank)
+    m_rankOf.assign(events.size(), noRank);
+    for (std::uint32_t rank = 0; rank < m_places.size() && !cancelled; ++rank) {
         points.push_back({m_places[rank].x, m_places[rank].y, rank});
+        m_rankOf[m_places[rank].event] = rank;
+    }
     m_all = EventIndex(std::move(points));
 }
 
@@ -46,10 +54,16 @@ std::int64_t EventLayer::unknownMagnitudes() const
 void EventLayer::select(const std::vector<std::int64_t> &records)
 {
     std::vector<RankedPoint> points;
-    if (!records.empty())
-        for (std::uint32_t rank = 0; rank < m_places.size(); ++rank)
-            if (std::binary_search(records.begin(), records.end(), eventOf(rank).record))
-                points.push_back({m_places[rank].x, m_places[rank].y, rank});
+    const std::vector<Event> &events = m_catalogue->events;
+    auto event = events.begin();
+    for (const std::int64_t record : records) { // both are ascending
+        event = std::lower_bound(event, events.end(), record, beforeRecord);
+        if (event == events.end())
+            break;
+        const std::uint32_t rank = m_rankOf[static_cast<std::size_t>(event - events.begin())];
+        if (event->record == record && rank != noRank)
+            points.push_back({m_places[rank].x, m_places[rank].y, rank});
+    }
     m_selected = EventIndex(std::move(points));
 }
 
@@ -115,15 +129,11 @@ std::vector<std::int64_t> EventLayer::recordsWithin(const QRectF &plane) const
 std::optional<QPointF> EventLayer::placeOf(std::int64_t record) const
 {
     const std::vector<Event> &events = m_catalogue->events;
-    const auto found =
-        std::lower_bound(events.begin(), events.end(), record,
-                         [](const Event &event, std::int64_t wanted) { return event.record < wanted; });
+    const auto found = std::lower_bound(events.begin(), events.end(), record, beforeRecord);
     if (found == events.end() || found->record != record)
         return std::nullopt;
-    const auto number = static_cast<std::uint32_t>(found - events.begin());
-    const auto place = std::find_if(m_places.begin(), m_places.end(),
-                                    [number](const Place &candidate) { return candidate.event == number; });
-    if (place == m_places.end())
+    const std::uint32_t rank = m_rankOf[static_cast<std::size_t>(found - events.begin())];
+    if (rank == noRank)
         return std::nullopt;
-    return QPointF(place->x, place->y);
+    return QPointF(m_places[rank].x, m_places[rank].y);
 }

@@ -30,7 +30,7 @@ public:
     void select(const std::vector<std::int64_t> &records);
 
     // Draws onto a part of the plane, whose pixels are device pixels: no event lies on a larger one, selected
-    // ones lie on the others, and of events within two logical pixels of each other only the largest is
+    // ones lie on the others, and of the events in a cell of three by three logical pixels only the largest is
     // drawn.
     void draw(QPainter &painter, const MapFrame &frame, const EventSymbols &plain,
               const EventSymbols &selected) const;
@@ -56,13 +56,15 @@ private:
         float x, y;
         std::uint32_t event; // of the catalogue
     };
+    static constexpr std::uint32_t noRank = 0xffffffff;
     const Event &eventOf(std::uint32_t rank) const { return m_catalogue->events[m_places[rank].event]; }
     void draw(QPainter &painter, const MapFrame &frame, const EventIndex &index,
               const EventSymbols &symbols) const;
     Found eventAt(QPointF pixel, const MapFrame &frame, const EventIndex &index) const;
 
     std::shared_ptr<const EventCatalogue> m_catalogue;
-    std::vector<Place> m_places; // by rank: by magnitude ascending, unknown ones first
+    std::vector<Place> m_places;         // by rank: by magnitude ascending, unknown ones first
+    std::vector<std::uint32_t> m_rankOf; // by event of the catalogue; noRank for those that have no place
     bool m_unknownDepths = false;
     EventIndex m_all, m_selected;
 };

@@ -15,8 +15,9 @@
 
 using namespace std::chrono_literals;
 
-static constexpr auto frameTime = 14ms;  // for drawing tiles in a repaint, so that 30 a second are kept
-static constexpr auto waitInterval = 20; // ms between looks whether something is placed
+static constexpr auto frameTime = 10ms;      // for drawing tiles in a repaint, so that 30 a second are kept
+static constexpr auto waitInterval = 20;     // ms between looks whether something is placed
+static constexpr auto progressInterval = 50; // ms between repaints while events are read
 
 OvEventMap::OvEventMap(QWidget *page, bool interactive, bool legend)
     : QWidget(page), m_drawing(std::make_unique<Drawing>()), m_hand(std::make_unique<Hand>(*this))
@@ -94,7 +95,13 @@ void OvEventMap::attach(OvEventView *view)
         return;
     if (view) {
         view->setParent(nullptr); // one owner
-        connect(view, &OvEventView::progressed, this, [this] { update(); });
+        connect(view, &OvEventView::progressed, this, [this] {
+            if (!m_drawing->progressShown.isValid() ||
+                m_drawing->progressShown.elapsed() > progressInterval) {
+                m_drawing->progressShown.start();
+                update();
+            }
+        });
         connect(view, &OvEventView::changed, this, [this] {
             m_drawing->placeEvents();
             update();
@@ -215,12 +222,8 @@ void OvEventMap::paintEvent(QPaintEvent *)
 // What remains to be done comes at the next turns of the event loop.
 void OvEventMap::scheduleWork()
 {
-    if (!m_drawing->whole)
-        m_drawing->timer.start(0, this);
-    else if (m_drawing->isProceeding())
-        m_drawing->timer.start(waitInterval, this);
-    else
-        m_drawing->timer.start(0, this);
+    const bool waits = m_drawing->whole && m_drawing->isProceeding();
+    m_drawing->timer.start(waits ? waitInterval : 0, this);
 }
 
 void OvEventMap::timerEvent(QTimerEvent *event)

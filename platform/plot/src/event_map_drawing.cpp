@@ -22,7 +22,6 @@ void OvEventMap::Drawing::forgetMap()
     m_projection.reset();
     m_events.reset();
     m_land.reset();
-    m_landDetail.reset();
     m_wantedDetail.reset();
     forgetTiles();
     centre = {};
@@ -84,9 +83,8 @@ Detail OvEventMap::Drawing::detailFor(QSizeF size) const
     return frame(size).scale < fineFrom ? Detail::Coarse : Detail::Fine;
 }
 
-bool OvEventMap::Drawing::proceed(QSizeF size, bool wait)
+void OvEventMap::Drawing::startWork(QSizeF size)
 {
-    bool news = false;
     const double range = settings.range;
     const Detail detail = detailFor(size);
     if (m_wantedDetail != detail) {
@@ -97,16 +95,21 @@ bool OvEventMap::Drawing::proceed(QSizeF size, bool wait)
     }
     if (m_eventsWanted && view) {
         m_eventsWanted = false;
-        auto catalogue = OvEventViewData::catalogue(*view);
         m_problem.clear();
-        m_pendingEvents.start([=, projection = projection()](const std::atomic<bool> &cancelled) {
+        m_pendingEvents.start([catalogue = OvEventViewData::catalogue(*view), range,
+                               projection = projection()](const std::atomic<bool> &cancelled) {
             return EventLayer(catalogue, projection, range, cancelled);
         });
     }
+}
+
+bool OvEventMap::Drawing::proceed(QSizeF size, bool wait)
+{
+    bool news = false;
     try {
+        startWork(size);
         if (auto land = m_pendingLand.take(wait)) {
             m_land = std::move(land);
-            m_landDetail = m_wantedDetail;
             news = true;
         }
         if (auto events = m_pendingEvents.take(wait)) {
@@ -114,7 +117,7 @@ bool OvEventMap::Drawing::proceed(QSizeF size, bool wait)
             m_events->select(selection);
             news = true;
         }
-    } catch (const std::exception &error) {
+    } catch (const std::exception &error) { // no memory, or no thread
         m_problem = OvEventMap::tr("The map can't be drawn: %1").arg(QString::fromUtf8(error.what()));
         news = true;
     }

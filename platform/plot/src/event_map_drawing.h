@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <QBasicTimer>
+#include <QElapsedTimer>
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPalette>
@@ -36,6 +37,7 @@ public:
     QFontMetricsF metrics{QFont()};      // of the texts
     bool whole = false;                  // nothing was missing when it was painted last
     QBasicTimer timer;                   // for what remains to be done
+    QElapsedTimer progressShown;         // since that was told last
 
     // Another centre or range.
     void forgetMap();
@@ -81,6 +83,7 @@ private:
     View viewOf(QSizeF size, double ratio) const;
     Detail detailFor(QSizeF size) const;
     TileStore::Draw tileDrawer(const MapFrame &frame) const;
+    void startWork(QSizeF size);
     void updateSteps(double scale, QSizeF size);
     void paintTexts(QPainter &painter, QSizeF size) const;
     std::optional<double> progress() const;
@@ -88,7 +91,7 @@ private:
     mutable std::optional<Projection> m_projection;
     std::optional<EventLayer> m_events;
     std::optional<ProjectedLand> m_land;
-    std::optional<Detail> m_landDetail, m_wantedDetail;
+    std::optional<Detail> m_wantedDetail;
     bool m_eventsWanted = false; // those of the view are not yet being placed
     Pending<EventLayer> m_pendingEvents;
     Pending<ProjectedLand> m_pendingLand;

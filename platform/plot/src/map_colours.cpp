@@ -14,7 +14,8 @@ MapColours::MapColours(const QPalette &palette)
     sea = mix(page, dark ? QColor(40, 90, 140) : QColor(150, 190, 225), dark ? 0.18 : 0.28);
     land = mix(page, text, dark ? 0.22 : 0.13);
     coast = mix(page, text, 0.5);
-    graticule = mix(sea, text, dark ? 0.2 : 0.17);
+    graticule = text; // over land and sea alike
+    graticule.setAlphaF(dark ? 0.2 : 0.15);
     faintText = mix(page, text, 0.7);
     outline = dark ? QColor(245, 245, 245, 200) : QColor(30, 30, 30, 190);
     // No colour of the depth scale, which goes from orange to blue.

@@ -103,8 +103,14 @@ protected:
 
     double start_ = 0;
 
-    // A record without its timestamp, which tells when it was changed.
-    static std::string shown(const std::string &record) { return record.substr(0, record.size() - 17); }
+    // A record with its timestamp, which lies on both sides of the end of a page in one of them, in words.
+    static std::string shown(const std::string &record)
+    {
+        const std::string stamp = trim(record.substr(record.size() - 17));
+        char *end = nullptr;
+        const bool now = std::strtod(stamp.c_str(), &end) > 1.6e9 && *end == '\0' && stamp.size() == 16;
+        return record.substr(0, record.size() - 17) + (now ? "now" : stamp);
+    }
 
     static int hidden_files(const TemporaryDatabase &files)
     {

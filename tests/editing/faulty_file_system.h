@@ -8,14 +8,16 @@
 #include <cerrno>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 class FaultyFileSystem : public orvane::FileSystem
 {
 public:
     enum class Fault {
-        Error,      // the call fails with `error`
-        Short,      // a write writes half, and the next one fails with `error`; other calls go well
+        Error, // the call fails with `error`
+        Short, // a write writes half, the next one fails with `error`, and so do all that would make a file
+               // longer; other calls go well
         KilledHere, // nothing of the call is done, and nothing is possible any more
         KilledIn,   // a write is done as far as a page, anything else whole; nothing is possible any more
     };
@@ -27,7 +29,7 @@ public:
         at_ = call;
         fault_ = fault;
         error_ = error;
-        dead_ = disk_full_ = struck_ = false;
+        dead_ = disk_full_ = next_fails_ = struck_ = false;
     }
     int calls() const { return calls_; }
     bool struck() const { return struck_; } // whether the call to fail in was reached
@@ -162,12 +164,12 @@ private:
         orvane::Result<std::size_t> write_at(std::int64_t offset, std::span<const char> bytes) override
         {
             FaultyFileSystem &files = files_;
-            if (files.dead_ || files.disk_full_)
+            if (files.dead_ || (files.disk_full_ && !fits(offset, bytes.size())))
                 return files.failure("write", path_);
             if (!files.strikes("write", path_))
                 return file_->write_at(offset, bytes);
             if (files.fault_ == Fault::Short) {
-                files.disk_full_ = true;
+                files.disk_full_ = files.next_fails_ = true;
                 return file_->write_at(offset, bytes.subspan(0, (bytes.size() + 1) / 2));
             }
             if (files.fault_ == Fault::KilledIn) {
@@ -176,6 +178,15 @@ private:
                     file_->write_at(offset, bytes.subspan(0, std::min(bytes.size(), to_the_page))).ok());
             }
             return files.failure("write", path_);
+        }
+        // A full disk takes what lies where the file has bytes already; the write that was cut short is told
+        // of by the next one.
+        bool fits(std::int64_t offset, std::size_t length)
+        {
+            if (std::exchange(files_.next_fails_, false))
+                return false;
+            const auto now = file_->state();
+            return now.ok() && offset + static_cast<std::int64_t>(length) <= now->size;
         }
         orvane::Status truncate(std::int64_t size) override
         {
@@ -203,6 +214,7 @@ private:
     int error_ = EIO;
     bool dead_ = false;
     bool disk_full_ = false;
+    bool next_fails_ = false;
     bool struck_ = false;
     std::string where_;
 };

@@ -36,13 +36,6 @@ QVector<qint64> QDbptr::findRows(QString table, const QVector<qint64> &rows)
     return found;
 }
 
-void QDbptr::dbFree()
-{
-    requireHandle(this, "dbFree");
-    request(QStringLiteral("dbfree"));
-    emit dataChanged();
-}
-
 QDbptr *QDbptr::joinTable(QString table, QString viewName)
 {
     return handleFrom(this, "joinTable", QStringLiteral("join_table"),

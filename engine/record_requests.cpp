@@ -186,10 +186,4 @@ void findRows(const RequestCall &call)
     call.response->setValue(places);
 }
 
-void freeView(const RequestCall &call)
-{
-    if (dbfree(call.input) < 0)
-        call.fail(QLatin1String(call.row.failure), LibraryLog::With);
-}
-
 } // namespace requests

@@ -57,6 +57,13 @@ void getText(const RequestCall &call);
 void getValues(const RequestCall &call);
 void findRecord(const RequestCall &call);
 void findRows(const RequestCall &call);
+
+/* record_changes.cpp */
+void putValues(const RequestCall &call);
+void addRecord(const RequestCall &call);
+void addCheckedRecord(const RequestCall &call);
+void markRecord(const RequestCall &call);
+void crunchTable(const RequestCall &call);
 void freeView(const RequestCall &call);
 
 } // namespace requests

@@ -38,6 +38,12 @@ constexpr RequestRow view(const char *name, RequestHandler handler, CheckOrder o
             .failure = failure};
 }
 
+constexpr RequestRow addition(const char *name, RequestHandler handler, const char *failure)
+{
+    return {
+        .name = name, .handler = handler, .argumentCount = 1, .expected = "one (row)", .failure = failure};
+}
+
 constexpr RequestRow change(const char *name, RequestHandler handler, const char *failure)
 {
     return {.name = name, .handler = handler, .failure = failure};
@@ -131,9 +137,18 @@ const RequestRow rows[] = {
 
     {"dbget", getText, Any, 1, "one (scratch-flag)"},
     {"dbgetv", getValues, Any, 1, "one (list of fields to get)"},
+    {.name = "dbputv",
+     .handler = putValues,
+     .argumentCount = 1,
+     .expected = "one (hash of fields to add)",
+     .failure = "dbputv failed"},
+    addition("dbadd", addRecord, "dbadd failed"),
+    addition("dbaddchk", addCheckedRecord, "dbaddchk failed"),
     {"dbfind", findRecord, Table, 2, "two (expression, backwards-flag)"},
     view("find_rows", findRows, PointerFirst, 2, "two (name of table to find them in, list of row numbers)",
          "dbfind_rows error"),
+    change("dbmark", markRecord, "dbmark error"),
+    change("dbcrunch", crunchTable, "dbcrunch error"),
     change("dbfree", freeView, "dbfree error"),
 
     plain("close_database", closeDatabase),

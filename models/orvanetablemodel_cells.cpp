@@ -71,7 +71,9 @@ QVariant typedValue(const QVariant &value, int fieldType, const DisplaySettings 
 
 QVariant OrvaneTableModel::data(const QModelIndex &index, int role) const
 {
-    if (!index.isValid())
+    // An index of the scratch or the null record is not valid by the toolkit's rules, and has a place.
+    const bool isSpecial = index.model() == this && (index.row() == dbSCRATCH || index.row() == dbNULL);
+    if (!index.isValid() && !isSpecial)
         return {};
     if (index.column() == 0)
         return index.row(); // in every role: the column is never drawn by its other roles

@@ -32,6 +32,7 @@ struct OrvaneTableModel::Private {
 
     bool sorting = false; // the row count and the records of rows change only when it is done
     bool resetAfterSorting = false;
+    QString editError; // why setData() answered false last; empty where it did not
 
     int rows = 0; // as known to views
     std::chrono::steady_clock::time_point rowsAskedAt{};

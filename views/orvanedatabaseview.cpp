@@ -64,6 +64,7 @@ OrvaneDatabaseView::OrvaneDatabaseView(OvConfig &config) : m_config(config)
     // Tabs of products have no close button: the host offers a command for them.
     addPage(m_productsTabs, "productsTabs");
     connect(&m_productsTabs, SIGNAL(tabCloseRequested(int)), this, SLOT(closeProductsTab(int)));
+    buildRowViewer();
 }
 
 OrvaneDatabaseView::~OrvaneDatabaseView()
@@ -359,6 +360,7 @@ void OrvaneDatabaseView::addTableTab(OrvaneTableModel &table)
     connect(view, SIGNAL(modelUnset(OrvaneTableView *)), this, SLOT(tableModelUnset(OrvaneTableView *)));
     view->setModel(&table);
     view->resizeColumns();
+    view->setOrvaneRowView(m_rowView);
     const int tab = page.addTab(view, name);
     page.setTabToolTip(tab, tabToolTip(table));
 }

@@ -11,9 +11,11 @@
 #include <QSignalBlocker>
 
 #include <orvane/tr.h>
+#include <orvanerowview.h>
 #include <orvanetablemodel.h>
 #include <ovconfig.h>
 
+#include "cell_delegate.h"
 #include "slot_guard.h"
 
 namespace {
@@ -58,6 +60,13 @@ OrvaneTableView::OrvaneTableView(OvConfig &config) : m_config(config)
     applyFont();
     setContextMenuPolicy(Qt::CustomContextMenu);
     connect(this, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showCellContextMenu(QPoint)));
+    horizontalHeader()->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(horizontalHeader(), SIGNAL(customContextMenuRequested(QPoint)), this,
+            SLOT(showColumnContextMenu(QPoint)));
+    verticalHeader()->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(verticalHeader(), SIGNAL(customContextMenuRequested(QPoint)), this,
+            SLOT(showRowContextMenu(QPoint)));
+    setItemDelegate(new CellDelegate(this));
     connect(&m_config, SIGNAL(configurationChanged()), this, SLOT(reconfigure()));
 }
 

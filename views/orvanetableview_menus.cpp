@@ -1,12 +1,19 @@
 // The context menus of the table view.
 #include <orvanetableview.h>
 
+#include <vector>
+
 #include <QAction>
 #include <QApplication>
+#include <QHeaderView>
+#include <QInputDialog>
+#include <QItemSelectionModel>
+#include <QMainWindow>
 #include <QMenu>
 
 #include <orvane/tr.h>
 
+#include <orvanerowview.h>
 #include <orvanetablemodel.h>
 #include <qdbptr.h>
 #include <qovutil.h>
@@ -18,6 +25,40 @@ struct OrvaneTableView::CellCommand {
     void (OrvaneTableView::*run)(const QModelIndex &cell);
 };
 
+namespace {
+
+struct MenuEntry {
+    QString text;
+    bool enabled = true;
+};
+
+// Runs a menu and answers the chosen entry's place, or -1. The owner may drop the view while the menu is
+// open: then nothing is chosen.
+int chooseFrom(const std::vector<MenuEntry> &entries, const char *objectName, const char *slot,
+               QWidget *parent, const QPoint &place)
+{
+    const QPointer<QMenu> menu = new QMenu(parent);
+    menu->setObjectName(objectName);
+    for (const MenuEntry &entry : entries) {
+        menu->addAction(entry.text)->setEnabled(entry.enabled);
+    }
+    const QList<QAction *> actions = menu->actions();
+    QAction *chosen = menu->exec(place);
+    if (menu == nullptr) {
+        return -1;
+    }
+    menu->deleteLater();
+    const int entry = actions.indexOf(chosen);
+    if (chosen != nullptr && entry < 0) {
+        qovutil_showError(
+            OvTranslation::tr("Unexpected error: unknown action selected in OrvaneTableView::") + slot + "()",
+            nullptr);
+    }
+    return entry;
+}
+
+} // namespace
+
 void OrvaneTableView::showCellContextMenu(QPoint pos)
 {
     static const CellCommand commands[] = {
@@ -25,27 +66,15 @@ void OrvaneTableView::showCellContextMenu(QPoint pos)
         {"Find Forward", &OrvaneTableView::findForward},
         {"Subset", &OrvaneTableView::requestSubset},
     };
-    const QPointer<OrvaneTableView> self = this; // the owner may drop the view while the menu is open
-    const QPointer<QMenu> menu = new QMenu(this);
-    menu->setObjectName("cellMenu");
-    for (const CellCommand &command : commands) {
-        menu->addAction(OvTranslation::tr(command.text))->setEnabled(indexAt(pos).isValid());
-    }
-    const QList<QAction *> entries = menu->actions();
-    const QAction *chosen = menu->exec(viewport()->mapToGlobal(pos));
-    const int entry = entries.indexOf(const_cast<QAction *>(chosen));
-    if (self == nullptr) {
-        return;
-    }
-    menu->deleteLater();
     showingErrors([&] {
+        std::vector<MenuEntry> entries;
+        for (const CellCommand &command : commands) {
+            entries.push_back({OvTranslation::tr(command.text), indexAt(pos).isValid()});
+        }
+        const int entry =
+            chooseFrom(entries, "cellMenu", "showCellContextMenu", this, viewport()->mapToGlobal(pos));
         if (entry >= 0) {
             runCellCommand(commands[entry], indexAt(pos));
-        } else if (chosen != nullptr) {
-            qovutil_showError(
-                OvTranslation::tr(
-                    "Unexpected error: unknown action selected in OrvaneTableView::showCellContextMenu()"),
-                nullptr);
         }
     });
 }
@@ -89,4 +118,192 @@ void OrvaneTableView::findEqualCell(const QModelIndex &cell, bool backward)
     } else {
         scrollToCell(row, field);
     }
+}
+
+namespace {
+
+enum RowEntry { MarkRow, DeleteRow, ShowRow };
+enum ColumnEntry { RemoveColumn, ChangeSelected, ChangeAll };
+
+} // namespace
+
+void OrvaneTableView::setOrvaneRowView(OrvaneRowView *rowView)
+{
+    m_rowView = rowView;
+}
+
+void OrvaneTableView::showRowContextMenu(QPoint pos)
+{
+    showingErrors([&] {
+        // Beside the last column there is no cell, and the row is there all the same.
+        const int row = rowAt(pos.y());
+        if (m_model == nullptr || row < 0) {
+            return;
+        }
+        const QModelIndex cell = m_model->addQdbptrToIndex(m_model->index(row, 1));
+        auto *record = static_cast<QDbptr *>(cell.internalPointer());
+        if (record == nullptr) {
+            return;
+        }
+        const QString number = QString::number(record->getIndexRecord());
+        const bool isView = record->tableIsView();
+        std::vector<MenuEntry> entries = {
+            {OvTranslation::tr("Mark Row %1 For Deletion From Table").arg(number),
+             !isView && record->tableIsWritable()},
+            {OvTranslation::tr("Delete Row %1 From View").arg(number), isView},
+        };
+        if (m_rowView != nullptr) {
+            entries.push_back({OvTranslation::tr("Show Row %1").arg(number)});
+        }
+        const int entry = chooseFrom(entries, "rowMenu", "showRowContextMenu", this, mapToGlobal(pos));
+        if (entry >= 0 && m_model != nullptr) {
+            runRowCommand(entry, m_model->addQdbptrToIndex(m_model->index(row, 1)));
+        }
+    });
+}
+
+void OrvaneTableView::runRowCommand(int entry, const QModelIndex &row)
+{
+    auto *place = static_cast<QDbptr *>(row.internalPointer());
+    if (place == nullptr) {
+        return;
+    }
+    if (entry == ShowRow) {
+        showInRowView(static_cast<int>(place->getIndexRecord()));
+        return;
+    }
+    QDbptr record(place->getConnection(), place->getDbptr());
+    connect(&record, SIGNAL(dataChanged()), m_model, SIGNAL(modelReset()));
+    record.dbMark();
+    if (entry == DeleteRow) {
+        record.dbCrunch();
+    }
+}
+
+void OrvaneTableView::showInRowView(int row)
+{
+    if (m_rowView == nullptr) {
+        return;
+    }
+    QMainWindow *window = m_rowView->mainWindow();
+    window->hide();
+    m_rowView->setModel(m_model, row);
+    window->adjustSize();
+    window->updateGeometry();
+    window->show();
+}
+
+void OrvaneTableView::showColumnContextMenu(QPoint pos)
+{
+    showingErrors([&] {
+        const int column = horizontalHeader()->logicalIndexAt(pos); // a table without rows has columns, too
+        if (m_model == nullptr || column < 0) {
+            return;
+        }
+        const QString field = m_model->fieldNameForColumnIndex(column);
+        const std::vector<MenuEntry> entries = {
+            {OvTranslation::tr("Remove Column '%1' From Display").arg(field)},
+            {OvTranslation::tr("Change Selected '%1' Values").arg(field) + "..."},
+            {OvTranslation::tr("Change All '%1' Values").arg(field) + "..."},
+        };
+        const int entry = chooseFrom(entries, "columnMenu", "showColumnContextMenu", this,
+                                     horizontalHeader()->viewport()->mapToGlobal(pos));
+        if (entry >= 0) {
+            runColumnCommand(entry, column);
+        }
+    });
+}
+
+void OrvaneTableView::runColumnCommand(int entry, int column)
+{
+    if (m_model == nullptr) {
+        return;
+    }
+    const QString field = m_model->fieldNameForColumnIndex(column);
+    if (entry == RemoveColumn) {
+        QList<QString> names = getFieldNamesVisible();
+        names.removeAll(field);
+        setFieldNamesVisible(names);
+        return;
+    }
+    QString value;
+    if (!askForValue(field, value) || m_model == nullptr) {
+        return;
+    }
+    if (entry == ChangeSelected) {
+        changeSelected(value);
+    } else {
+        changeAll(column, value);
+    }
+}
+
+bool OrvaneTableView::askForValue(const QString &field, QString &value)
+{
+    const auto asked = [&field](const char *text) { return OvTranslation::tr(text) + " '" + field + "':"; };
+    bool accepted = false;
+    value = QInputDialog::getText(this, asked("Get Value for"), asked("Value for"), QLineEdit::Normal,
+                                  QString(), &accepted);
+    return accepted;
+}
+
+namespace {
+
+// Stores one value in many cells. What is refused is told once, with the first reason and how often.
+class Storing
+{
+public:
+    Storing(OrvaneTableModel &model, const QString &value) : m_model(&model), m_value(value) {}
+
+    void into(int row, int column)
+    {
+        if (m_model == nullptr || m_model->setData(m_model->index(row, column), m_value, Qt::EditRole)) {
+            return;
+        }
+        if (m_refused++ == 0) {
+            m_reason = m_model->editError();
+        }
+    }
+
+    void tellRefusals() const
+    {
+        if (m_refused > 0) {
+            qovutil_showError(OvTranslation::tr("'%1' was not stored in %2 cells: %3")
+                                  .arg(m_value, QString::number(m_refused), m_reason),
+                              nullptr);
+        }
+    }
+
+private:
+    QPointer<OrvaneTableModel> m_model;
+    QString m_value;
+    QString m_reason;
+    qint64 m_refused = 0;
+};
+
+} // namespace
+
+void OrvaneTableView::changeSelected(const QString &value)
+{
+    Storing storing(*m_model, value);
+    const QItemSelection selected = selectionModel()->selection();
+    for (const QItemSelectionRange &range : selected) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            for (int column = range.left(); column <= range.right(); ++column) {
+                if (!isColumnHidden(column)) {
+                    storing.into(row, column);
+                }
+            }
+        }
+    }
+    storing.tellRefusals();
+}
+
+void OrvaneTableView::changeAll(int column, const QString &value)
+{
+    Storing storing(*m_model, value);
+    const int rows = m_model->rowCount();
+    for (int row = 0; row < rows && m_model != nullptr; ++row) {
+        storing.into(row, column);
+    }
+    storing.tellRefusals();
 }

@@ -176,6 +176,20 @@ public:
     /* The rows of another table or view that have the same records as these rows of the handle's table; -1
      * where there is none. Throws when the two are not made of the same member tables. */
     QVector<qint64> findRows(QString table, const QVector<qint64> &rows);
+
+    /* What changes data, each emitting dataChanged() after its request. */
+
+    /* Writes a value, given as text, into the field of the record pointed to; "NULL" stands for the null
+     * value. The handle is of the cell itself: the value is converted by the type of the field that it points
+     * to. */
+    void dbPutv(QString field, QVariant value);
+    /* Adds a record, given as its text or, by an empty one, the scratch record. Answers its number. dbAddchk
+     * adds none where a record has the same primary key, and answers that one's number. */
+    int dbAdd(QString row);
+    int dbAddchk(QString row);
+    /* Marks the record pointed to, of a view the row, as one to be removed by dbCrunch(). */
+    void dbMark();
+    void dbCrunch();
     /* Lets go of the view pointed to: every handle on it goes stale. */
     void dbFree();
 

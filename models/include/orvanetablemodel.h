@@ -113,6 +113,26 @@ public:
     OrvaneTableModel *sever(const QString &table, const QString &viewName);
     OrvaneTableModel *separate(const QString &table, const QString &viewName);
 
+    // Stores a value, given as its text, in the record shown there ("NULL" stands for the null value), and
+    // answers whether it is stored; editError() says why not. Whether editing is allowed is not looked at:
+    // flags() tells that. `index` may be one of indexForCell() for the scratch record.
+    bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
+
+    // Why the last setData() stored nothing, as a sentence for the user; empty when it did.
+    QString editError() const;
+
+    // Adds the scratch record to the table, unless a record has the same primary key. Answers the number of
+    // the new record, or of the one that is there. Throws std::runtime_error when the request fails.
+    int addScratchRow();
+
+    // Copies a record of this table (not of the sorted view shown in its place) or, for dbNULL, nulls to the
+    // scratch record. Throws std::runtime_error when the request fails.
+    void copyToScratchRow(int row);
+
+    // Removes the marked records, of a view the marked rows. Throws std::runtime_error when the request
+    // fails.
+    void crunch();
+
     // Indexes with a handle. `row` may be dbSCRATCH or dbNULL: such an index is not valid, its pointer is.
     QModelIndex indexForRow(int row) const;
     QModelIndex indexForColumn(const QString &fieldName) const; // row 0; an unknown name gives column 0

@@ -44,12 +44,12 @@ inline void fill(const TemporaryDatabase &files)
 
 /* A small database that is open through a connection. */
 struct OpenDatabase {
-    OpenDatabase()
+    explicit OpenDatabase(const char *permissions = "r")
     {
         elog_clear();
         fill(files);
         connection = std::make_unique<QOvConnection>("/");
-        handle.reset(connection->openDatabase(QString::fromStdString(files.path()), "r"));
+        handle.reset(connection->openDatabase(QString::fromStdString(files.path()), permissions));
     }
 
     /* A handle on any four indexes of the open database. */

@@ -38,7 +38,7 @@ public:
         if (!table.isEmpty()) {
             name += "." + table;
         }
-        model = std::make_unique<OrvaneDatabaseModel>(config, name, "r");
+        model = std::make_unique<OrvaneDatabaseModel>(config, name, permissions);
         if (!model->isOpen()) {
             throw std::runtime_error(model->openError().toStdString());
         }
@@ -62,6 +62,7 @@ public:
     }
 
     TemporaryDatabase files;
+    QString permissions = "r"; // "r+" to change records
     OvConfig config;
     std::unique_ptr<OrvaneDatabaseModel> model;
 };

@@ -2,6 +2,7 @@
 #define ORVANEDATABASEVIEW_H
 
 #include <QList>
+#include <QMainWindow>
 #include <QPointer>
 #include <QStackedWidget>
 #include <QString>
@@ -11,6 +12,7 @@
 #include <ovqt_export.h>
 
 class OrvaneDatabaseModel;
+class OrvaneRowView;
 class OrvaneTableModel;
 class OrvaneTableView;
 class OvConfig;
@@ -83,6 +85,10 @@ public slots:
 
     // Adds a tab for a table or view unless there is one of its name; null models and facades are ignored.
     void addTable(OrvaneTableModel *dtm);
+
+    // Shows a table that has no file yet and opens the row viewer on its scratch record; an empty name, and
+    // one of no table, are ignored.
+    void createNewTable(QString newTableName);
     void removeTable(QString tableName);
 
     // 0 tables, 1 views, 2 products; any other value changes nothing. Always emits stackItemChanged().
@@ -108,6 +114,16 @@ public slots:
     void showGroup();
     void showUngroup();
 
+    // Row commands, see OrvaneTableView and OrvaneTableModel.
+    void markSelected();
+    void deleteSelectedViewRows();
+    void deleteOtherVisibleViewRows();
+    void deleteAllOtherViewRows();
+    // Opens the row viewer on the scratch record, in which a new row is put together.
+    void addRows();
+    // Removes the marked records of the table shown.
+    void crunch();
+
     // Lets the user choose the columns shown and their order.
     void arrange();
 
@@ -130,6 +146,8 @@ private:
     void registerFont();
     void buildLayout();
     void addPage(QTabWidget &page, const char *objectName);
+    void buildRowViewer();
+    void runOnTableView(void (OrvaneTableView::*command)());
     QTabWidget *currentPage();
     OrvaneTableModel *currentTable();
     void derive(const ViewDerivation &derivation, DerivationInputs inputs);
@@ -153,6 +171,8 @@ private:
     QTabWidget m_tablesTabs;
     QTabWidget m_viewsTabs;
     QTabWidget m_productsTabs;
+    QMainWindow *m_rowViewWindow = nullptr; // hidden until a row is to be shown
+    OrvaneRowView *m_rowView = nullptr;
     // Table views whose tab was removed while their model lives on; deleted when that model gets a tab again.
     QList<QPointer<OrvaneTableView>> m_detachedViews;
     bool m_isDeriving = false; // a view that is announced may yet turn out to be empty

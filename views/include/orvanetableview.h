@@ -5,9 +5,11 @@
 #include <QPointer>
 #include <QString>
 #include <QTableView>
+#include <vector>
 
 #include <ovqt_export.h>
 
+class OrvaneRowView;
 class OrvaneTableModel;
 class OvConfig;
 
@@ -30,6 +32,9 @@ public:
 
     // The model as last set; null when none was, or when it has been destroyed.
     OrvaneTableModel *model() const;
+
+    // Where "Show Row" shows a row; null: the entry is not offered. It must outlive the view or be unset.
+    void setOrvaneRowView(OrvaneRowView *rowView);
 
     // The names of the columns shown, from left to right as they stand on the screen.
     QList<QString> getFieldNamesVisible();
@@ -57,7 +62,20 @@ public slots:
     // Scrolls to a cell and makes it the only one selected.
     void scrollToCell(int row, QString fieldname);
 
+    // Marks the records of the selected cells, of a view its rows.
+    void markSelected();
+
+    // These take rows out of a view; its records stay. Visible rows are those between the upper and the lower
+    // edge.
+    void deleteSelectedViewRows();
+    void deleteOtherVisibleViewRows();
+    void deleteAllOtherViewRows();
+
     void modelDestroyed();
+
+    // Runs the menu of the row, or of the column, at a place of its header.
+    void showRowContextMenu(QPoint pos);
+    void showColumnContextMenu(QPoint pos);
 
     // Runs the menu of the cell at a place of the viewport.
     void showCellContextMenu(QPoint pos);
@@ -72,6 +90,22 @@ private slots:
 
 private:
     struct CellCommand;
+    struct RowRange {
+        int first;
+        int last;
+    };
+
+    std::vector<RowRange> selectedRows() const;
+    static std::vector<RowRange> rowsBetween(const std::vector<RowRange> &ranges, int first, int last);
+    void markRows(const std::vector<RowRange> &ranges);
+    template <typename Choose>
+    void deleteRows(Choose choose);
+    void runRowCommand(int entry, const QModelIndex &row);
+    void showInRowView(int row);
+    void runColumnCommand(int entry, int column);
+    bool askForValue(const QString &field, QString &value);
+    void changeSelected(const QString &value);
+    void changeAll(int column, const QString &value);
 
     void setRowHeight(int pixels);
     void applyFont();
@@ -84,6 +118,7 @@ private:
 
     OvConfig &m_config;
     OrvaneTableModel *m_model = nullptr;
+    QPointer<OrvaneRowView> m_rowView;
 };
 
 #endif

@@ -1,0 +1,73 @@
+// Changing the records of a table.
+
+#include <stdexcept>
+
+#include <orvane/db.h>
+
+#include "library_reason.h"
+#include "orvanetablemodel_p.h"
+
+namespace {
+
+// What the user is told of a failed change: the library's reason, or where it has none, the request's
+// message.
+QString reasonOf(const QString &errorText)
+{
+    const QString reason = libraryReason(errorText).trimmed();
+    if (!reason.isEmpty())
+        return reason;
+    const QString message = errorText.section(QStringLiteral(":\n\n"), 1);
+    return message.section(QStringLiteral("\n\n"), 0, 0);
+}
+
+} // namespace
+
+bool OrvaneTableModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    if (index.column() <= 0)
+        return false;
+    if (role != Qt::EditRole)
+        return true;
+    d->editError.clear();
+    const std::optional<Dbptr> place = d->place(index.column(), index.row());
+    if (!place)
+        return false;
+    try {
+        // A handle of its own: those of indexes may have listeners who reset the model.
+        QDbptr cell(d->display->getConnection(), *place);
+        cell.dbPutv(d->column(index.column())->name, value);
+    } catch (const std::exception &error) {
+        d->editError = reasonOf(QString::fromUtf8(error.what()));
+        return false;
+    }
+    emit dataChanged(index, index);
+    return true;
+}
+
+QString OrvaneTableModel::editError() const
+{
+    return d->editError;
+}
+
+int OrvaneTableModel::addScratchRow()
+{
+    const int added = d->own->dbAddchk(QString());
+    emit modelReset();
+    return added;
+}
+
+void OrvaneTableModel::copyToScratchRow(int row)
+{
+    Dbptr place = d->own->getDbptr();
+    place.record = row; // made directly: a lookup takes no negative numbers, which the null record has
+    QDbptr record(d->own->getConnection(), place);
+    record.dbGet(true);
+}
+
+void OrvaneTableModel::crunch()
+{
+    if (!d->own->isValid())
+        return;
+    d->own->dbCrunch();
+    emit modelReset();
+}

@@ -1,0 +1,128 @@
+// Marking and deleting rows of the table view.
+#include <orvanetableview.h>
+
+#include <algorithm>
+
+#include <QItemSelectionModel>
+#include <QScopeGuard>
+#include <QSignalBlocker>
+
+#include <orvanetablemodel.h>
+#include <qdbptr.h>
+
+#include "slot_guard.h"
+
+// The rows with a selected cell. Asked by ranges: of all cells of a large table there are too many to list.
+std::vector<OrvaneTableView::RowRange> OrvaneTableView::selectedRows() const
+{
+    std::vector<RowRange> ranges;
+    if (selectionModel() == nullptr) {
+        return ranges;
+    }
+    for (const QItemSelectionRange &range : selectionModel()->selection()) {
+        ranges.push_back({range.top(), range.bottom()});
+    }
+    std::sort(ranges.begin(), ranges.end(),
+              [](const RowRange &a, const RowRange &b) { return a.first < b.first; });
+    std::vector<RowRange> joined;
+    for (const RowRange &range : ranges) {
+        if (!joined.empty() && range.first <= joined.back().last + 1) {
+            joined.back().last = std::max(joined.back().last, range.last);
+        } else {
+            joined.push_back(range);
+        }
+    }
+    return joined;
+}
+
+// What of [first, last] lies in none of the ranges, which are in order.
+std::vector<OrvaneTableView::RowRange> OrvaneTableView::rowsBetween(const std::vector<RowRange> &ranges,
+                                                                    int first, int last)
+{
+    std::vector<RowRange> others;
+    for (const RowRange &range : ranges) {
+        if (range.last < first) {
+            continue;
+        }
+        if (range.first > last) {
+            break;
+        }
+        if (range.first > first) {
+            others.push_back({first, range.first - 1});
+        }
+        first = range.last + 1;
+    }
+    if (first <= last) {
+        others.push_back({first, last});
+    }
+    return others;
+}
+
+void OrvaneTableView::markRows(const std::vector<RowRange> &ranges)
+{
+    if (m_model == nullptr || ranges.empty()) {
+        return;
+    }
+    const QModelIndex some = m_model->addQdbptrToIndex(m_model->index(ranges.front().first, 1));
+    const auto *place = static_cast<QDbptr *>(some.internalPointer());
+    if (place == nullptr) {
+        return;
+    }
+    // One handle goes from row to row, and the model resets once for all of them, also when one can't be
+    // marked.
+    QDbptr record(place->getConnection(), place->getDbptr());
+    const QSignalBlocker quiet(record);
+    const QPointer<OrvaneTableModel> model = m_model;
+    const auto reset = qScopeGuard([&] {
+        if (model != nullptr) {
+            emit model->modelReset();
+        }
+    });
+    Dbptr next = place->getDbptr();
+    for (const RowRange &range : ranges) {
+        for (int row = range.first; row <= range.last; ++row) {
+            next.record = row;
+            record.moveTo(next);
+            record.dbMark();
+        }
+    }
+}
+
+void OrvaneTableView::markSelected()
+{
+    showingErrors([this] { markRows(selectedRows()); });
+}
+
+void OrvaneTableView::deleteSelectedViewRows()
+{
+    deleteRows([this] { return selectedRows(); });
+}
+
+void OrvaneTableView::deleteOtherVisibleViewRows()
+{
+    deleteRows([this] {
+        const int first = indexAt(rect().topLeft()).row();
+        const int end = m_model->rowCount() - 1;
+        const int below = indexAt(rect().bottomRight()).row() >= 0 ? rowAt(viewport()->rect().height()) : end;
+        return rowsBetween(selectedRows(), std::max(first, 0), below < 0 ? end : below);
+    });
+}
+
+void OrvaneTableView::deleteAllOtherViewRows()
+{
+    deleteRows([this] { return rowsBetween(selectedRows(), 0, m_model->rowCount() - 1); });
+}
+
+template <typename Choose>
+void OrvaneTableView::deleteRows(Choose choose)
+{
+    showingErrors([&] {
+        if (m_model == nullptr) {
+            return;
+        }
+        markRows(choose());
+        if (m_model != nullptr) {
+            m_model->crunch();
+        }
+    });
+}

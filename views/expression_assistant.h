@@ -20,12 +20,11 @@ class QLineEdit;
 
 // Lives as a child of the dialog, which stays what it is: a text-mode QInputDialog.
 //
-// - Names of fields and functions that begin as the word at the cursor are proposed: Tab takes the first or
-// the
-//   one selected with Up and Down, Enter the one selected; Ctrl+Space proposes everything.
+// - Names of fields and functions that begin as the word at the cursor are proposed: Tab takes the first one
+// or
+//   the one selected with Up and Down, Enter the one selected; Ctrl+Space proposes everything.
 // - What the database library would refuse is underlined, and a line below the edit tells why. It comes a
-// moment
-//   after the last key; where the word that is being typed is to blame, a longer moment.
+//   moment after the last key; where the word that is being typed is to blame, a longer moment.
 // - Inside the brackets of a function that line tells what it takes.
 // - Up and Down bring back what was asked before; the arrow at the end of the edit, or Alt+Down, lists it.
 class ExpressionAssistant : public QObject

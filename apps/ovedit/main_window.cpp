@@ -246,6 +246,21 @@ void MainWindow::closeTab()
     m_menus->update();
 }
 
+void MainWindow::saveAs()
+{
+    if (m_view != nullptr) {
+        m_view->saveAs();
+    }
+}
+
+void MainWindow::showEventMap()
+{
+    if (m_view != nullptr) {
+        m_view->mapCurrent();
+        m_menus->update();
+    }
+}
+
 void MainWindow::arrangeColumns()
 {
     if (m_view != nullptr) {

@@ -58,6 +58,8 @@ public:
     // The commands of the menus.
     void openDatabase();
     void closeTab();
+    void saveAs();
+    void showEventMap();
     void arrangeColumns();
     void goToRow();
     void nextTab();

@@ -29,6 +29,9 @@ const Command openCommand = {
     "open", T("&Open..."), "Ctrl+O", T("Open a database"), Needs::Nothing, &MainWindow::openDatabase};
 
 const Command fileCommands[] = {
+    {"saveAs", T("Save &As..."), "Ctrl+S",
+     T("Save the table shown as text, a spreadsheet, a picture, a view or a new database"), Needs::Table,
+     &MainWindow::saveAs},
     {"close", T("&Close Window"), "Ctrl+W", T("Close this window and its database"), Needs::Nothing,
      &MainWindow::closeWindow},
     {"quit", T("&Quit"), "Ctrl+Q", T("Close all windows"), Needs::Nothing, &MainWindow::quit},
@@ -53,6 +56,8 @@ const Command tableCommands[] = {
      Needs::Table, &MainWindow::arrangeColumns},
     {"goToRow", T("Go to Ro&w..."), "Ctrl+G", T("Scroll to a row by its number"), Needs::Table,
      &MainWindow::goToRow},
+    {"eventMap", T("Event &Map"), "Ctrl+M", T("Show the events of the database on a map"), Needs::Database,
+     &MainWindow::showEventMap},
     {"lookForChanges", T("Look for &Changes"), "F5", T("Look now for changed tables"), Needs::Database,
      &MainWindow::lookForChanges},
 };

@@ -31,6 +31,11 @@ const Words words[] = {
     {"dbtheta", T("Testing pairs of rows of %1"), T("The theta join of %1 was cancelled.")},
     {"dbsever", T("Severing a table from %1"), T("Severing a table from %1 was cancelled.")},
     {"dbseparate", T("Separating a table from %1"), T("Separating a table from %1 was cancelled.")},
+    {"dbselect", T("Writing the rows of %1"), T("Saving %1 was cancelled.")},
+    {"dbwrite_view", T("Saving the view %1"), T("Saving %1 was cancelled.")},
+    {"dbsave_view", T("Saving the view %1"), T("Saving %1 was cancelled.")},
+    {"dbunjoin", T("Making a database of the records of %1"), T("Saving %1 was cancelled.")},
+    {"spreadsheet", T("Writing the rows of %1 to a spreadsheet"), T("Saving %1 was cancelled.")},
     {"dbfind", T("Searching %1"), T("Searching %1 was cancelled.")},
 };
 const Words anyWords = {"", T("Working on %1"), T("Working on %1 was cancelled.")};

@@ -130,6 +130,14 @@ public slots:
     // Asks for a row number and scrolls there.
     void goToRow();
 
+    // Asks for a file and a form, and writes the table shown: as the records of a new database, a view, a
+    // spreadsheet, text of three kinds, or a picture of the window. A file that is replaced keeps its content
+    // until the new one is whole. Long saves call the database library's progress hook.
+    void saveAs();
+
+    // Shows the map of the database's events on the products page; there is one at a time.
+    void mapCurrent();
+
     void tabbedItemChanged();
     void updateStatusLabels();
 

@@ -1,4 +1,4 @@
-// dbfind, dbfind_rows and progress.
+// dbfind, dbfind_rows and dbfree.
 #include "door/derivations.h"
 
 #include "base/concat.h"

@@ -67,7 +67,11 @@ void pass_on_notices()
 Database::Database(const std::string &path) : path_(path)
 {
     const LongWork opening("opening");
-    if (dbopen_database(path.c_str(), "r", &pointer_) < 0)
+    if (path == "-") {
+        pointer_ = dbread_view(dbinvalid(), stdin, nullptr);
+        if (pointer_.table < 0)
+            fail_with_log("standard input", "'ovdb' reads views from there that were saved, such as DB.VIEW");
+    } else if (dbopen_database(path.c_str(), "r", &pointer_) < 0)
         fail_with_log("cannot open the database",
                       "give the path of a descriptor, or of table files without .TABLE");
     pass_on_remarks();

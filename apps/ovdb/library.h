@@ -31,7 +31,7 @@ void pass_on_notices();
 class Database
 {
 public:
-    // Opens "DB" or "DB.TABLE" for reading.
+    // Opens "DB" or "DB.TABLE" for reading; for "-" the view that standard input has, and its database.
     explicit Database(const std::string &path);
     ~Database();
     Database(const Database &) = delete;

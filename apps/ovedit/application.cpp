@@ -16,6 +16,7 @@
 #include "error_text.h"
 #include "main_window.h"
 #include "open_dialog.h"
+#include "piped_view.h"
 
 namespace {
 
@@ -174,8 +175,26 @@ MainWindow *Application::windowOf(const QString &databaseFile) const
     return nullptr;
 }
 
+MainWindow *Application::openPipedView(const QString &mode)
+{
+    try {
+        PipedView piped(stdin);
+        MainWindow *window = openDatabase(piped.database(), mode, nullptr);
+        if (window != nullptr) {
+            piped.showIn(*window);
+        }
+        return window;
+    } catch (const std::exception &error) {
+        qovutil_showError(QString::fromUtf8(error.what()), nullptr);
+        return nullptr;
+    }
+}
+
 MainWindow *Application::openDatabase(const QString &name, const QString &mode, MainWindow *from)
 {
+    if (name == QLatin1String("-")) {
+        return openPipedView(mode);
+    }
     // By the absolute path, so that one database has one name whatever folder the program was started in.
     const QString path = QDir::cleanPath(QFileInfo(name).absoluteFilePath());
     m_problems.collect(); // what is in the error log now is not about this opening

@@ -49,6 +49,7 @@ public:
     // this database already, with TABLE in front, else `from` if it shows none yet, else a new one. When it
     // can't be opened, tells why in a box over `from` (may be null) and returns null. A window that is there
     // already keeps its mode; a box says so when it only reads and "r+" was asked for.
+    // "-" is the text of a saved view on standard input, and opens the database that it is of.
     MainWindow *openDatabase(const QString &name, const QString &mode, MainWindow *from);
 
     // Opens each of the databases, or the start page where that leaves no window. False when a database
@@ -63,6 +64,7 @@ public slots:
     void quit();
 
 private:
+    MainWindow *openPipedView(const QString &mode);
     MainWindow *newWindow();
     MainWindow *showAgain(MainWindow &window, const QString &table, const QString &mode);
     MainWindow *windowOf(const QString &databaseFile) const;

@@ -1,7 +1,5 @@
 #include "progress_dialog.h"
 
-#include <cmath>
-
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
@@ -11,42 +9,9 @@
 namespace {
 
 constexpr int barSteps = 1000;
-constexpr int narrowest = 420;          // pixels
-constexpr qint64 guessAfter = 2000;     // milliseconds: before that a guess would jump about
-constexpr double guessFrom = 0.02;      // of the operation
-constexpr double minuteBegins = 55;     // seconds that are told as a minute
-constexpr double hourBegins = 55 * 60.; // seconds that are told as an hour
-
-// Steps in which people count: every second up to ten, then every five.
-int roundedSeconds(double seconds)
-{
-    const double step = seconds <= 10 ? 1 : 5;
-    return static_cast<int>(std::ceil(seconds / step) * step);
-}
+constexpr int narrowest = 420; // pixels
 
 } // namespace
-
-QString timeLeft(double fraction, qint64 elapsedMilliseconds)
-{
-    if (elapsedMilliseconds < guessAfter || fraction < guessFrom) {
-        return {};
-    }
-    const double seconds = elapsedMilliseconds / 1000.0 * (1 - fraction) / fraction;
-    if (seconds <= 3) {
-        return ProgressDialog::tr("A few seconds left");
-    }
-    if (seconds < minuteBegins) {
-        return ProgressDialog::tr("About %1 seconds left").arg(roundedSeconds(seconds));
-    }
-    if (seconds < hourBegins) {
-        const int minutes = qMax(1, qRound(seconds / 60));
-        return minutes == 1 ? ProgressDialog::tr("About a minute left")
-                            : ProgressDialog::tr("About %1 minutes left").arg(minutes);
-    }
-    const int hours = qMax(1, qRound(seconds / 3600));
-    return hours == 1 ? ProgressDialog::tr("About an hour left")
-                      : ProgressDialog::tr("About %1 hours left").arg(hours);
-}
 
 ProgressDialog::ProgressDialog(const QString &what, QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
@@ -83,8 +48,12 @@ ProgressDialog::ProgressDialog(const QString &what, QWidget *parent)
 
 void ProgressDialog::tell(double fraction, qint64 elapsedMilliseconds)
 {
-    m_fraction->setValue(static_cast<int>(fraction * barSteps));
-    m_timeLeft->setText(timeLeft(fraction, elapsedMilliseconds));
+    if (!m_begin.has_value()) {
+        m_begin = qMin(fraction, 0.999);
+    }
+    m_fraction->setValue(static_cast<int>(qMax(0.0, fraction - *m_begin) / (1 - *m_begin) * barSteps));
+    m_left.note(fraction, elapsedMilliseconds);
+    m_timeLeft->setText(m_left.text());
 }
 
 void ProgressDialog::reject()

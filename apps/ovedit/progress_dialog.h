@@ -2,13 +2,14 @@
 #ifndef OVEDIT_PROGRESS_DIALOG_H
 #define OVEDIT_PROGRESS_DIALOG_H
 
+#include <optional>
+
 #include <QDialog>
+
+#include "time_left.h"
 
 class QLabel;
 class QProgressBar;
-
-// "About 20 seconds left"; empty where that can't be told yet.
-QString timeLeft(double fraction, qint64 elapsedMilliseconds);
 
 // Says what is running, how far it is and how long it will take. Modal for the whole program. Cancel, Esc and
 // the close button of its frame are all the same: reject().
@@ -21,6 +22,7 @@ class ProgressDialog : public QDialog
 public:
     ProgressDialog(const QString &what, QWidget *parent);
 
+    // The bar begins where the operation is at the first call: what it did before took no time to speak of.
     void tell(double fraction, qint64 elapsedMilliseconds);
 
     bool isCancelled() const { return m_cancelled; }
@@ -33,6 +35,8 @@ private:
     QLabel *m_what;
     QProgressBar *m_fraction;
     QLabel *m_timeLeft;
+    TimeLeft m_left;
+    std::optional<double> m_begin; // the first fraction
     bool m_cancelled = false;
 };
 

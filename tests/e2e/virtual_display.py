@@ -12,7 +12,7 @@ def missing_programs():
     return [name for name in PROGRAMS if shutil.which(name) is None]
 
 
-def wait_until(condition, what, seconds=30):
+def wait_until(condition, what, seconds=60):
     """The first true answer of condition(); fails when there is none in time."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:

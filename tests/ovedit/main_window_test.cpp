@@ -23,8 +23,8 @@ TEST_F(RunningProgram, offersToOpenADatabaseWhenItHasNone)
     EXPECT_FALSE(window.hasDatabase());
     EXPECT_NE(window.findChild<StartPage *>(), nullptr);
     EXPECT_EQ(window.windowTitle(), "ovedit");
-    for (const char *name : {"schema", "lookForChanges", "nextTab", "previousTab", "closeTab",
-                             "pageTables", "pageViews", "pageProducts", "problems"}) {
+    for (const char *name : {"schema", "lookForChanges", "nextTab", "previousTab", "closeTab", "pageTables",
+                             "pageViews", "pageProducts", "problems"}) {
         EXPECT_FALSE(action(window, name).isEnabled()) << name;
     }
     EXPECT_TRUE(action(window, "open").isEnabled());

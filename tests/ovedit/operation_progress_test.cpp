@@ -242,15 +242,38 @@ TEST_F(Progress, keepsTheBoxBackThatTellsOfCancelling)
 
 TEST(TimeLeft, isToldOnceItCanBeGuessed)
 {
-    EXPECT_EQ(timeLeft(0.5, 1000), "");
-    EXPECT_EQ(timeLeft(0.01, 10000), "");
-    EXPECT_EQ(timeLeft(0.5, 2000), "A few seconds left");
-    EXPECT_EQ(timeLeft(0.5, 7500), "About 8 seconds left");
-    EXPECT_EQ(timeLeft(0.5, 32000), "About 35 seconds left");
-    EXPECT_EQ(timeLeft(0.5, 60000), "About a minute left");
-    EXPECT_EQ(timeLeft(0.1, 20000), "About 3 minutes left");
-    EXPECT_EQ(timeLeft(0.1, 400000), "About an hour left");
-    EXPECT_EQ(timeLeft(0.02, 400000), "About 5 hours left");
+    TimeLeft left;
+    EXPECT_EQ(left.text(), "");
+    left.note(0.75, 500);
+    left.note(0.75, 900);
+    EXPECT_EQ(left.text(), "") << "nothing moves";
+    left.note(0.76, 1500);
+    EXPECT_EQ(left.text(), "") << "too soon";
+    left.note(0.77, 2500);
+    EXPECT_EQ(left.text(), "About 25 seconds left") << "0.23 at 0.01 a second";
+}
+
+TEST(TimeLeft, goesByTheLastSeconds)
+{
+    TimeLeft left;
+    double fraction = 0;
+    for (qint64 time = 0; time <= 20000; time += 100) {
+        fraction += time < 10000 ? 0.005 : 0.0001; // a quick step, then a slow one
+        left.note(fraction, time);
+    }
+    EXPECT_EQ(left.text(), "About 8 minutes left");
+}
+
+TEST(TimeLeft, isRoundedAsPeopleCount)
+{
+    EXPECT_EQ(timeLeftText(2.5), "A few seconds left");
+    EXPECT_EQ(timeLeftText(7.5), "About 8 seconds left");
+    EXPECT_EQ(timeLeftText(32), "About 35 seconds left");
+    EXPECT_EQ(timeLeftText(60), "About a minute left");
+    EXPECT_EQ(timeLeftText(180), "About 3 minutes left");
+    EXPECT_EQ(timeLeftText(3600), "About an hour left");
+    EXPECT_EQ(timeLeftText(5 * 3600), "About 5 hours left");
+    EXPECT_EQ(timeLeftText(1e9), "More than a day left");
 }
 
 } // namespace

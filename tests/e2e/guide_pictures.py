@@ -63,7 +63,7 @@ def take_tables(session, hands, camera):
     display.key("Escape", "Escape", "Escape")
     hands.by_key("subset")
     hands.dialog("ovedit")
-    hands.types("time > '2018-02-06' && ar")
+    hands.types("time >= '2018-02-06' && ar")
     camera.take("expression")
     display.key("Escape")
     hands.types("rid > 2500")
@@ -92,7 +92,7 @@ def take_tables(session, hands, camera):
 def take_progress(session, hands, camera):
     focus_table(session, "arrival")
     hands.by_key("theta join", 1)
-    hands.give_expression("distance(lat, lon, 0, 0) > time")
+    hands.give_expression("distance(lat, lon, 0, 0) * arid == 100")
     hands.dialog("Get View Name")
     session.display.key("Escape")
     hands.dialog("Working")

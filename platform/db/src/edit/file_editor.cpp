@@ -35,7 +35,7 @@ Status FileEditor::said(const Status &failure, const char *what) const
     return Status(failure.code(), concat(records_.path().shown, ": ", what, ": ", failure.message()));
 }
 
-// ---- Sessions ------------------------------------------------------------------------------------
+// ---- Holding the file ----------------------------------------------------------------------------
 
 bool FileEditor::target_is_current() const
 {
@@ -73,7 +73,7 @@ Status FileEditor::lock_target(Work &work)
 
 // Another program may put another file in the place between any two steps, so that all are gone through until
 // the file that is locked is the one that is there.
-Result<FileEditor::Session> FileEditor::begin(Purpose purpose, Work &work)
+Result<FileEditor::Hold> FileEditor::begin(Purpose purpose, Work &work)
 {
     for (;;) {
         if (!target_.file) {
@@ -92,14 +92,14 @@ Result<FileEditor::Session> FileEditor::begin(Purpose purpose, Work &work)
         if (target_.file) {
             if (Status locked = lock_target(work); !locked.ok())
                 return locked;
-            Session session(*this);
+            Hold hold(*this);
             count_ = records_.count_records();
             if (!records_.refusal().ok())
                 return records_.refusal();
             if (target_is_current()) {
                 if (Status done = take_back_unfinished_change(work); !done.ok())
                     return done;
-                return session;
+                return hold;
             }
             target_ = Target();
         }

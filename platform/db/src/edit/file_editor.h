@@ -22,13 +22,13 @@ public:
     FileEditor(Storage &storage, RecordFile &records, std::int64_t record_size, FilePolicy policy);
 
     // While it lives nobody else who locks changes the file, and what the record file says of it is true.
-    class [[nodiscard]] Session
+    class [[nodiscard]] Hold
     {
     public:
-        explicit Session(FileEditor &editor) : editor_(&editor) {}
-        Session(Session &&other) noexcept : editor_(std::exchange(other.editor_, nullptr)) {}
-        Session &operator=(Session &&) = delete;
-        ~Session()
+        explicit Hold(FileEditor &editor) : editor_(&editor) {}
+        Hold(Hold &&other) noexcept : editor_(std::exchange(other.editor_, nullptr)) {}
+        Hold &operator=(Hold &&) = delete;
+        ~Hold()
         {
             if (editor_)
                 editor_->end();
@@ -44,9 +44,9 @@ public:
         Append, // a table without a file gets one in its first folder
     };
     // Waits for the lock, asking the work's hook. A file that is refused is a failure with its reason.
-    Result<Session> begin(Purpose purpose, Work &work);
+    Result<Hold> begin(Purpose purpose, Work &work);
 
-    // Within a session: ----------------------------------------------------------------------------
+    // While it is held: ----------------------------------------------------------------------------
 
     std::int64_t count() const { return count_; }
     // The text of a record, without its line feed, as it is in the file.
@@ -65,8 +65,8 @@ public:
         Status forced;                      // a failure: it is done, but a machine that stops may undo it
     };
     // Puts a new file in the place of this one, without the records for which `leave_out` is true. At any
-    // moment the one or the other is there, whole; after a failure it is the old one. The session is then one
-    // of the new file.
+    // moment the one or the other is there, whole; after a failure it is the old one. What is held is then
+    // the new file.
     using LeaveOut = std::function<bool(std::string_view record)>;
     Result<Replaced> replace(const LeaveOut &leave_out, Work &work);
 
@@ -75,7 +75,7 @@ private:
         std::unique_ptr<WritableFile> file;
         FileState identity;
         std::string real_path;
-        bool made = false; // by us, for this session
+        bool made = false; // by us, while we hold it
     };
 
     void end();
@@ -101,7 +101,7 @@ private:
     RecordFile &records_;
     const std::int64_t record_size_;
     const FilePolicy policy_;
-    Target target_; // stays open between sessions
+    Target target_; // stays open in between
     std::int64_t count_ = 0;
 };
 

@@ -53,10 +53,10 @@ Status BaseTable::change(std::uint64_t generation, std::int64_t number, Work &wo
 {
     if (Status writable = check_writable(); !writable.ok())
         return writable;
-    auto session = editor_.begin(FileEditor::Purpose::Change, work);
-    if (!session.ok())
-        return session.status();
-    FileEditor &editor = session->editor();
+    auto hold = editor_.begin(FileEditor::Purpose::Change, work);
+    if (!hold.ok())
+        return hold.status();
+    FileEditor &editor = hold->editor();
     // Whoever knows the record by its number means the one that had it before.
     if (file_.generation() != generation)
         return Status(Code::Stale,
@@ -127,10 +127,10 @@ Result<std::int64_t> BaseTable::add(std::string_view record_text, Work &work)
         return writable;
     if (Status fits = rules_.check_record(record_text); !fits.ok())
         return of_file(fits, "a record cannot be added: ");
-    auto session = editor_.begin(FileEditor::Purpose::Append, work);
-    if (!session.ok())
-        return session.status();
-    return append(session->editor(), std::string(record_text));
+    auto hold = editor_.begin(FileEditor::Purpose::Append, work);
+    if (!hold.ok())
+        return hold.status();
+    return append(hold->editor(), std::string(record_text));
 }
 
 Status BaseTable::build_index(FileEditor &editor, Work &work)
@@ -171,10 +171,10 @@ Result<std::int64_t> BaseTable::add_checked(std::string_view record_text, Work &
         return writable;
     if (Status fits = rules_.check_record(record_text); !fits.ok())
         return of_file(fits, "a record cannot be added: ");
-    auto session = editor_.begin(FileEditor::Purpose::Append, work);
-    if (!session.ok())
-        return session.status();
-    FileEditor &editor = session->editor();
+    auto hold = editor_.begin(FileEditor::Purpose::Append, work);
+    if (!hold.ok())
+        return hold.status();
+    FileEditor &editor = hold->editor();
     std::string record(record_text);
     rules_.stamp(record); // it may be part of the key
     if (Status built = build_index(editor, work); !built.ok())
@@ -195,10 +195,10 @@ Result<std::int64_t> BaseTable::count_up(std::size_t key, const FieldValue &valu
     const auto wanted = rules_.field_text(key, value);
     if (!wanted.ok())
         return of_file(wanted.status(), "");
-    auto session = editor_.begin(FileEditor::Purpose::Append, work);
-    if (!session.ok())
-        return session.status();
-    FileEditor &editor = session->editor();
+    auto hold = editor_.begin(FileEditor::Purpose::Append, work);
+    if (!hold.ok())
+        return hold.status();
+    FileEditor &editor = hold->editor();
     std::int64_t found = -1;
     std::string before;
     Status read = editor.for_each_record(0, 1, work, [&](std::int64_t at, std::string_view line) {
@@ -239,10 +239,10 @@ Status BaseTable::crunch(Work &work, const std::function<void(const Crunched &)>
     static_cast<void>(file_.count_records());
     if (!file_.present() && file_.refusal().ok())
         return Status(); // without a file there is nothing to remove
-    auto session = editor_.begin(FileEditor::Purpose::Change, work);
-    if (!session.ok())
-        return session.status();
-    FileEditor &editor = session->editor();
+    auto hold = editor_.begin(FileEditor::Purpose::Change, work);
+    if (!hold.ok())
+        return hold.status();
+    FileEditor &editor = hold->editor();
     Crunched crunched;
     crunched.generation = file_.generation();
     const std::string &nulls = relation_.null_record();

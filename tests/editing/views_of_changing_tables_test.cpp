@@ -209,6 +209,8 @@ private:
             return;
         const std::size_t left = random_() % records_.size();
         const auto size = static_cast<std::size_t>(integer(events(), dbRECORD_SIZE));
+        // A program that never saw the records which go has numbers that still hold.
+        integer(events(), dbRECORD_COUNT);
         // Readers notice when they look; one that doesn't look before the table grew again can't.
         std::filesystem::resize_file(files_.tablePath("event"), left * size);
         integer(events(), dbRECORD_COUNT);

@@ -280,6 +280,8 @@ TEST_F(SavingAs, ThatIsCancelledLeavesTheFileThatWasThere)
 {
     std::vector<TemporaryDatabase::Row> rows(400000, {"AAK", "1517875201.50000", "1", "2018037", "P"});
     database.files.addTable("arrival", rows);
+    window.setModel(nullptr);
+    window.setModel(&database.open());
     window.setFocusTable("arrival");
     dbset_progress_hook([](double, void *) { return 1; }, nullptr);
     const QStringList before = names();
@@ -340,6 +342,8 @@ TEST_F(SavingAs, MoreRowsThanASheetHoldsIsSaidBeforeWriting)
         records += record;
     }
     database.files.writeFile("quakes.event", records);
+    window.setModel(nullptr);
+    window.setModel(&database.open());
     window.setFocusTable("event");
     const QStringList said = save(spreadsheet, path("event.xlsx"));
     ASSERT_EQ(said.size(), 1);

@@ -95,6 +95,10 @@ ExpressionAssistant::ExpressionAssistant(QInputDialog &dialog, OvConfig &config,
     : QObject(&dialog), m_dialog(dialog), m_config(config), m_table(table), m_other(other),
       m_fields(fieldProposals(table, other)), m_history(expressionHistory(config))
 {
+    const auto tableOf = [](const Proposal &field) { return field.insert.section('.', 0, 0); };
+    m_hasSeveralTables = std::any_of(m_fields.cbegin(), m_fields.cend(), [&](const Proposal &field) {
+        return tableOf(field) != tableOf(m_fields.first());
+    });
     dialog.sizeHint(); // makes the edit and the layout, which the dialog puts off
     m_edit = dialog.findChild<QLineEdit *>();
     if (m_edit == nullptr) {
@@ -279,7 +283,7 @@ QList<Proposal> ExpressionAssistant::proposalsFor(const QString &typed) const
         const QString bare = field.insert.section('.', -1);
         if (text.startsWith(typed, Qt::CaseInsensitive) || bare.startsWith(typed, Qt::CaseInsensitive)) {
             proposals.append({text, field.remark, text, QString()});
-        } else if (field.insert.startsWith(typed, Qt::CaseInsensitive)) {
+        } else if (m_hasSeveralTables && field.insert.startsWith(typed, Qt::CaseInsensitive)) {
             ofTables.append({field.insert, field.remark, field.insert, QString()});
         }
     }

@@ -68,6 +68,7 @@ private:
     Dbptr m_table;
     Dbptr m_other;
     QList<Proposal> m_fields;
+    bool m_hasSeveralTables = false;
     QStringList m_history;
     int m_historyAt = -1; // -1: what the user types himself
     QString m_draft;      // that, while the history is looked at

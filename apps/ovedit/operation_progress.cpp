@@ -36,6 +36,13 @@ const Words words[] = {
     {"dbsave_view", T("Saving the view %1"), T("Saving %1 was cancelled.")},
     {"dbunjoin", T("Making a database of the records of %1"), T("Saving %1 was cancelled.")},
     {"spreadsheet", T("Writing the rows of %1 to a spreadsheet"), T("Saving %1 was cancelled.")},
+    {"dbsave_view", T("Saving %1"), T("Saving %1 was cancelled.")},
+    {"dbwrite_view", T("Saving %1"), T("Saving %1 was cancelled.")},
+    {"dbselect", T("Saving %1"), T("Saving %1 was cancelled.")},
+    {"dbselect_hdr", T("Saving %1"), T("Saving %1 was cancelled.")},
+    {"spreadsheet", T("Saving %1"), T("Saving %1 was cancelled.")},
+    {"dbunjoin", T("Making a database of the records of %1"), T("Making a database of %1 was cancelled.")},
+    {"dbcrunch", T("Taking marked rows out of %1"), T("Crunching %1 was cancelled.")},
     {"dbfind", T("Searching %1"), T("Searching %1 was cancelled.")},
 };
 const Words anyWords = {"", T("Working on %1"), T("Working on %1 was cancelled.")};

@@ -35,6 +35,15 @@ std::vector<OrvaneTableView::RowRange> OrvaneTableView::selectedRows() const
     return joined;
 }
 
+int OrvaneTableView::selectedRowCount() const
+{
+    int count = 0;
+    for (const RowRange &range : selectedRows()) {
+        count += range.last - range.first + 1;
+    }
+    return count;
+}
+
 // What of [first, last] lies in none of the ranges, which are in order.
 std::vector<OrvaneTableView::RowRange> OrvaneTableView::rowsBetween(const std::vector<RowRange> &ranges,
                                                                     int first, int last)

@@ -15,6 +15,7 @@
 #include "configuration.h"
 #include "derive_menu.h"
 #include "main_window.h"
+#include "rows_menu.h"
 
 namespace {
 
@@ -139,6 +140,7 @@ void Menus::build()
     m_timeZone = m_window.findChild<QAction *>("timeZone");
 
     m_derive = new DeriveMenu(m_window, bar);
+    m_rows = new RowsMenu(m_window, bar);
 
     QMenu &windowMenu = *bar.addMenu(tr("&Window"));
     addPages(windowMenu);
@@ -262,6 +264,7 @@ void Menus::update()
     m_closeTab->setText(view != nullptr && view->getCurrentStackIndex() == productsPage ? tr("&Close Product")
                                                                                         : tr("&Close View"));
     m_derive->update();
+    m_rows->update();
     m_tables->setEnabled(isMet(Needs::Database));
     m_recent->setEnabled(!m_window.application().settings().recentDatabases().isEmpty());
     m_problems->setEnabled(!m_window.application().problemsFor(m_window).isEmpty());

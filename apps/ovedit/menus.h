@@ -11,6 +11,7 @@ class DeriveMenu;
 class MainWindow;
 class QAction;
 class QMenu;
+class RowsMenu;
 
 // What a command needs to be of use; where that is missing its entry is disabled.
 enum class Needs { Nothing, Database, Table, SeveralTabs, ClosableTab };
@@ -60,6 +61,7 @@ private:
     QAction *m_timeZone = nullptr;
     QAction *m_closeTab = nullptr;
     DeriveMenu *m_derive = nullptr;
+    RowsMenu *m_rows = nullptr;
 };
 
 #endif

@@ -36,6 +36,9 @@ public:
     // Where "Show Row" shows a row; null: the entry is not offered. It must outlive the view or be unset.
     void setOrvaneRowView(OrvaneRowView *rowView);
 
+    // How many rows have a selected cell.
+    int selectedRowCount() const;
+
     // The names of the columns shown, from left to right as they stand on the screen.
     QList<QString> getFieldNamesVisible();
 

@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -175,6 +176,7 @@ QWidget *OrvaneRowView::buildSwitches()
         box->setObjectName(entry.objectName);
         box->setChecked(m_config[entry.key].toBool());
         connect(box, SIGNAL(stateChanged(int)), this, entry.slot);
+        m_switches.insert(entry.key, box);
         parts->addWidget(box);
     }
     parts->addStretch();
@@ -233,6 +235,9 @@ void OrvaneRowView::setModel(OrvaneTableModel *model, int row)
         if (row == dbSCRATCH) {
             setRow(dbNULL);
             copyToScratchRow();
+            if (!m_fields.isEmpty()) {
+                m_editors[m_fields.first()]->setFocus(); // where a new record begins
+            }
         } else {
             setRow(row);
         }
@@ -398,6 +403,10 @@ void OrvaneRowView::reconfigure()
         const bool allowed = m_config["allow_edits"].toBool();
         for (QFieldEdit *editor : qAsConst(m_editors)) {
             editor->setReadOnly(m_row == dbNULL || (m_row != dbSCRATCH && !allowed));
+        }
+        for (auto box = m_switches.cbegin(); box != m_switches.cend(); ++box) {
+            const QSignalBlocker quiet(box.value());
+            box.value()->setChecked(m_config[box.key()].toBool());
         }
         updateControlButtons();
     });

@@ -55,6 +55,7 @@ QFieldEdit::QFieldEdit(OvConfig &config, QString fieldName, bool isPrimaryKey, b
     m_config.configureIfUnset("fieldedit_width_chars", defaultWidth);
     connect(m_editor, SIGNAL(editingFinished()), this, SLOT(applyEdit()));
 
+    m_label->setFont(QLabel().font()); // by which the width of all names was measured
     m_label->setFixedWidth(labelWidth + QFontMetrics(m_label->font()).horizontalAdvance(':'));
     m_label->setBuddy(m_editor);
     m_label->installEventFilter(this);

@@ -315,6 +315,16 @@ TEST_F(RowView, survivesItsModel)
     EXPECT_EQ(header(), "in table '' (0 total rows)");
 }
 
+TEST_F(RowView, itsSwitchesFollowTheConfiguration)
+{
+    show("site", 0);
+    QCheckBox &box = part<QCheckBox>("allowEdits");
+    EXPECT_FALSE(box.isChecked());
+    database.config.configure("allow_edits", true);
+    EXPECT_TRUE(box.isChecked());
+    EXPECT_FALSE(field("lat").isReadOnly());
+}
+
 TEST_F(RowView, dismissHidesTheWindow)
 {
     show("site", 0);

@@ -11,6 +11,7 @@
 
 class OrvaneTableModel;
 class OvConfig;
+class QCheckBox;
 class QFieldEdit;
 class QGridLayout;
 class QLabel;
@@ -93,6 +94,7 @@ private:
     QStringList m_alternateKey;
     QStringList m_foreignKeys;
     QHash<QString, QFieldEdit *> m_editors;
+    QHash<QString, QCheckBox *> m_switches; // by their configuration keys
     QToolButton *m_previous = nullptr;
     QToolButton *m_next = nullptr;
     QPushButton *m_add = nullptr;

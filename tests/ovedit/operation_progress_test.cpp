@@ -141,6 +141,7 @@ TEST_F(Progress, goesOnAfterHalfASecondAndEnds)
     MainWindow &window = opened("site");
     QList<int> steps;
     Hands hands(program.progress(), [&](ProgressDialog &dialog) {
+        steps.clear(); // each operation has a dialog of its own
         QObject::connect(dialog.findChild<QProgressBar *>("fraction"), &QProgressBar::valueChanged,
                          [&](int value) { steps.append(value); });
     });

@@ -16,7 +16,8 @@ PLATFORM_HEADERS = {"orvane/util.h", "orvane/util_export.h", "orvane/db.h", "orv
                     "orvane/tr.h", "orvane/tr_export.h", "orvane/plot.h", "orvane/plot_export.h"}
 WIDGET_HEADERS = {"ovqt_export.h", "qovresponse.h", "qovserver.h", "qovconnection.h", "qdbptr.h", "ovconfig.h",
                   "orvanedatabasemodel.h", "orvanetablemodel.h", "qovutil.h", "orvanetableview.h",
-                  "orvanedatabaseview.h", "qlistchooserdialog.h", "qlistitemchooserdialog.h", "qsaveasdialog.h"}
+                  "orvanedatabaseview.h", "qlistchooserdialog.h", "qlistitemchooserdialog.h", "qsaveasdialog.h",
+                  "orvanerowview.h", "qfieldedit.h"}
 # Of the stand-in for the spreadsheet writer; an installed QXlsx has its own elsewhere.
 XLSX_HEADERS = {"xlsxdocument.h", "xlsxformat.h", "xlsx_export.h"}
 STANDARD_HEADER = re.compile(r"^(Q[A-Za-z]+|[a-z_]+|(stddef|stdint|stdio|math)\.h)$")

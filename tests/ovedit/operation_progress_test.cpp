@@ -149,6 +149,7 @@ TEST_F(Progress, goesOnAfterHalfASecondAndEnds)
     // More and more pairs, until they take a second or two.
     for (int rows = 300; hands.dialogs == 0 || steps.size() < 3; rows *= 2) {
         ASSERT_LE(rows, 40000);
+        steps.clear(); // each operation begins anew
         const QString first = QString("time < %1").arg(rows);
         const Dbptr part = dbsubset(table(window, "arrival"), qPrintable(first), nullptr);
         made = dbtheta(part, table(window, "site"), slowExpression, nullptr);

@@ -42,6 +42,19 @@ const Command table[] = {
      "         since 1970, missing values as null, bundles as \"first-end\", bytes that\n"
      "         are no UTF-8 as U+FFFD\n",
      run_select},
+    {"add", "DB.TABLE", for_add, 1, 1, "add records from the lines of standard input",
+     "A value goes to the field that its column is called after; fields without a column\n"
+     "become null. The timestamp is set to the present time. The first line that is\n"
+     "wrong ends it; what was added before stays, and standard error says how many.\n"
+     "\n"
+     "Formats:\n"
+     "  text   fields in full width, a blank between two: all fields of the table,\n"
+     "         those of --fields, or with --header those of the line of names\n"
+     "  csv    values between commas, quoted as RFC 4180 has it, below a line of names;\n"
+     "         an empty value is null\n"
+     "  tsv    the same between tabs\n"
+     "  json   one object a line, or an array as 'select' writes it\n",
+     run_add},
     {"expr", "[FUNCTION...]", for_expr, 0, any_number, "help on the functions of expressions",
      "", run_expr}, // its help is that of the functions
 };

@@ -31,5 +31,6 @@ void run_tables(const Request &request);
 void run_fields(const Request &request);
 void run_select(const Request &request);
 void run_expr(const Request &request);
+void run_add(const Request &request);
 
 } // namespace ovdb

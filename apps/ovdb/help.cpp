@@ -46,7 +46,7 @@ std::string option_entries(unsigned commands)
 std::string program_help()
 {
     std::string text = "Usage: ovdb COMMAND [arguments]\n"
-                       "Reads flat-file scientific databases.\n"
+                       "Reads and changes flat-file scientific databases.\n"
                        "\n"
                        "Commands:\n";
     for (const Command &command : commands())

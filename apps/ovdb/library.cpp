@@ -64,14 +64,14 @@ void pass_on_notices()
     elog_set_notice_hook(print_notice, nullptr);
 }
 
-Database::Database(const std::string &path) : path_(path)
+Database::Database(const std::string &path, Access access) : path_(path)
 {
     const LongWork opening("opening");
-    if (path == "-") {
+    if (path == "-" && access == Access::Read) {
         pointer_ = dbread_view(dbinvalid(), stdin, nullptr);
         if (pointer_.table < 0)
             fail_with_log("standard input", "'ovdb' reads views from there that were saved, such as DB.VIEW");
-    } else if (dbopen_database(path.c_str(), "r", &pointer_) < 0)
+    } else if (dbopen_database(path.c_str(), access == Access::Read ? "r" : "r+", &pointer_) < 0)
         fail_with_log("cannot open the database",
                       "give the path of a descriptor, or of table files without .TABLE");
     pass_on_remarks();

@@ -31,8 +31,10 @@ void pass_on_notices();
 class Database
 {
 public:
-    // Opens "DB" or "DB.TABLE" for reading; for "-" the view that standard input has, and its database.
-    explicit Database(const std::string &path);
+    enum class Access { Read, Change };
+
+    // Opens "DB" or "DB.TABLE"; to read, for "-" the view that standard input has, and its database.
+    explicit Database(const std::string &path, Access access = Access::Read);
     ~Database();
     Database(const Database &) = delete;
     Database &operator=(const Database &) = delete;

@@ -1,4 +1,4 @@
-// ovdb: reads flat-file databases from the command line.
+// ovdb: reads and changes flat-file databases from the command line.
 #include "command_line.h"
 #include "failure.h"
 #include "help.h"

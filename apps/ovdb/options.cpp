@@ -81,6 +81,11 @@ void set_version(Request &request, const Arguments &)
     request.version = true;
 }
 
+void set_checked(Request &request, const Arguments &)
+{
+    request.checked = true;
+}
+
 constexpr unsigned for_rows = for_tables | for_fields | for_select;
 
 constexpr std::string_view see_fields = "'ovdb fields DB.TABLE' lists the fields of a table";
@@ -112,6 +117,11 @@ const Option table[] = {
     {"--no-header", "", {}, for_rows, "leave the line of names out", set_no_header},
     {"--limit", "", {"N"}, for_select, "write the first N rows at most", set_limit},
     {"--count", "", {}, for_select, "write the number of rows instead of the rows", set_count},
+    {"--fields", "", {"F,F"}, for_add, "the lines have these fields, whatever a line of names says", set_fields},
+    {"--format", "", {"FORMAT"}, for_add, "of the lines: text (the default), csv, tsv or json", set_format},
+    {"--header", "", {}, for_add, "a line of names comes first (csv, tsv: usual)", set_header},
+    {"--no-header", "", {}, for_add, "no line of names comes first (text: usual)", set_no_header},
+    {"--checked", "", {}, for_add, "leave out what has the primary key of a record", set_checked},
     {"--all", "", {}, for_tables, "tables without a file, too", set_all},
     {"--help", "-h", {}, for_all, "show help and exit", set_help},
     {"--version", "-v", {}, for_all, "show the version and exit", set_version},

@@ -18,7 +18,8 @@ enum : unsigned {
     for_fields = 4,
     for_select = 8,
     for_expr = 16,
-    for_all = 31,
+    for_add = 32,
+    for_all = 63,
 };
 
 struct Option {

@@ -32,6 +32,9 @@ struct Request {
     std::optional<std::int64_t> limit; // rows
     bool count = false;
     bool all = false;
+    bool checked = false;    // keys, when records are added
+    std::string schema;      // of a new database
+    std::string description; // of it, too
 };
 
 } // namespace ovdb

@@ -5,7 +5,7 @@ import unittest
 
 from program import SOURCE, ProgramTest
 
-COMMANDS = ["info", "tables", "fields", "select", "expr"]
+COMMANDS = ["info", "tables", "fields", "select", "add", "expr"]
 
 
 class Help(ProgramTest):

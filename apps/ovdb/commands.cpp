@@ -42,6 +42,10 @@ const Command table[] = {
      "         since 1970, missing values as null, bundles as \"first-end\", bytes that\n"
      "         are no UTF-8 as U+FFFD\n",
      run_select},
+    {"create", "PATH", for_create, 1, 1, "make a new database, with no tables yet",
+     "The path is that of its descriptor; a file that is there is never overwritten.\n"
+     "Tables get their files when the first record is added.\n",
+     run_create},
     {"add", "DB.TABLE", for_add, 1, 1, "add records from the lines of standard input",
      "A value goes to the field that its column is called after; fields without a column\n"
      "become null. The timestamp is set to the present time. The first line that is\n"
@@ -55,6 +59,21 @@ const Command table[] = {
      "  tsv    the same between tabs\n"
      "  json   one object a line, or an array as 'select' writes it\n",
      run_add},
+    {"set", "DB.TABLE FIELD=VALUE...", for_set, 2, any_number, "put values into records",
+     "Writes how many records were changed. Values are those of the field's type, NULL\n"
+     "is its null; one that does not fit is refused before anything is changed. An\n"
+     "expression that begins with @ is read from the file behind it.\n",
+     run_set},
+    {"mark", "DB.TABLE", for_mark, 1, 1, "mark records to be removed by crunch",
+     "Writes how many records were marked. A marked record has nothing but nulls; what\n"
+     "it had is gone.\n",
+     run_mark},
+    {"crunch", "DB.TABLE", for_crunch, 1, 1, "remove the records that are marked",
+     "Writes how many were removed. The records behind them get other numbers.\n", run_crunch},
+    {"nextid", "DB ID", for_nextid, 2, 2, "write a new number for an id field, such as orid",
+     "It is greater than any in use in the table that defines the id. Where the schema\n"
+     "has a table lastid it is kept there, and is not given out again.\n",
+     run_nextid},
     {"expr", "[FUNCTION...]", for_expr, 0, any_number, "help on the functions of expressions",
      "", run_expr}, // its help is that of the functions
 };

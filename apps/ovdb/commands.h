@@ -31,6 +31,11 @@ void run_tables(const Request &request);
 void run_fields(const Request &request);
 void run_select(const Request &request);
 void run_expr(const Request &request);
+void run_create(const Request &request);
 void run_add(const Request &request);
+void run_set(const Request &request);
+void run_mark(const Request &request);
+void run_crunch(const Request &request);
+void run_nextid(const Request &request);
 
 } // namespace ovdb

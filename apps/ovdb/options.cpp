@@ -86,6 +86,15 @@ void set_checked(Request &request, const Arguments &)
     request.checked = true;
 }
 
+void set_schema(Request &request, const Arguments &arguments)
+{
+    request.schema = arguments[0];
+}
+void set_description(Request &request, const Arguments &arguments)
+{
+    request.description = arguments[0];
+}
+
 constexpr unsigned for_rows = for_tables | for_fields | for_select;
 
 constexpr std::string_view see_fields = "'ovdb fields DB.TABLE' lists the fields of a table";
@@ -122,6 +131,9 @@ const Option table[] = {
     {"--header", "", {}, for_add, "a line of names comes first (csv, tsv: usual)", set_header},
     {"--no-header", "", {}, for_add, "no line of names comes first (text: usual)", set_no_header},
     {"--checked", "", {}, for_add, "leave out what has the primary key of a record", set_checked},
+    {"--where", "", {"E"}, for_set | for_mark, "the records for which the expression E is true", nullptr, subset, see_terms},
+    {"--schema", "", {"NAME"}, for_create, "the schema of the database", set_schema},
+    {"--description", "", {"TEXT"}, for_create, "what it is, one line", set_description},
     {"--all", "", {}, for_tables, "tables without a file, too", set_all},
     {"--help", "-h", {}, for_all, "show help and exit", set_help},
     {"--version", "-v", {}, for_all, "show the version and exit", set_version},

@@ -19,7 +19,12 @@ enum : unsigned {
     for_select = 8,
     for_expr = 16,
     for_add = 32,
-    for_all = 63,
+    for_set = 64,
+    for_mark = 128,
+    for_crunch = 256,
+    for_create = 512,
+    for_nextid = 1024,
+    for_all = 2047,
 };
 
 struct Option {

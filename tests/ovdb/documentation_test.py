@@ -4,6 +4,7 @@ import os
 import re
 import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 
@@ -13,9 +14,9 @@ PAGE = SOURCE / "docs/ovdb.md"
 BLOCK = re.compile(r"(?<=```console\n)(.*?)(?=```)", re.S)
 
 
-def written(command):
+def written(command, scratch):
     path = f"{Path(OVDB).parent}:{os.environ['PATH']}"
-    result = subprocess.run(["bash", "-c", command], cwd=SOURCE, env=environment(PATH=path), text=True,
+    result = subprocess.run(["bash", "-c", command], cwd=SOURCE, env=environment(PATH=path, TMP=scratch), text=True,
                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
     return result.stdout
 
@@ -23,7 +24,8 @@ def written(command):
 def renewed(block):
     """A block with what its commands write now."""
     commands = [line for line in block.splitlines() if line.startswith("$ ")]
-    return "".join(f"{command}\n{written(command[2:])}" for command in commands)
+    with tempfile.TemporaryDirectory(prefix="ovdb-test-") as scratch:
+        return "".join(f"{command}\n{written(command[2:], scratch)}" for command in commands)
 
 
 class Documentation(unittest.TestCase):

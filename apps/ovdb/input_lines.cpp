@@ -18,12 +18,13 @@ int InputLines::read()
     }
     errno = 0;
     const int c = std::getc(file_);
-    if (c == EOF && std::ferror(file_)) {
-        const std::string reason = std::strerror(errno);
-        stop_if_interrupted();
+    if (c != EOF)
+        return c;
+    const std::string reason = std::strerror(errno);
+    stop_if_interrupted(); // the key ends whoever writes the rows, too: this may not be all of them
+    if (std::ferror(file_))
         throw Failure(ExitCode::Failed, "cannot read the rows: " + reason);
-    }
-    return c;
+    return EOF;
 }
 
 void InputLines::skip_mark()

@@ -58,6 +58,16 @@ class Changes(ProgramTest):
         self.assertEqual(self.output("crunch", self.table("site")), "removed 0 records\n")
         self.assertIn("--where E is missing", self.unchanged(2, "mark", self.table("site")))
 
+    def test_marked_records_are_records_until_they_are_crunched(self):
+        self.output("mark", self.table("site"), "--where", "sta == 'KIV'")
+        self.assertEqual(self.output("set", self.table("site"), "--where", "1==1", "lat=1"), "changed 3 records\n")
+        self.assertEqual(self.output("crunch", self.table("site")), "removed 0 records\n")
+
+    def test_an_expression_comes_from_a_file(self):
+        (self.folder / "which").write_text("sta == 'KIV'\n")
+        self.assertEqual(self.output("mark", self.table("site"), "--where", f"@{self.folder / 'which'}"),
+                         "marked 1 record\n")
+
     def test_of_a_table_without_a_file(self):
         for arguments, wanted in [(("crunch", self.table("lonely")), b"removed 0 records\n"),
                                   (("mark", self.table("lonely"), "--where", "flag==1"), b"marked 0 records\n")]:

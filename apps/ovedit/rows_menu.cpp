@@ -32,7 +32,8 @@ struct RowCommand {
     Of of;
     bool needsSelection;
     // What is asked before, with %1 the table and %2 the number of selected rows; empty where nothing is
-    // lost.
+    // lost. The first is for one row.
+    const char *questionOfOne;
     const char *question;
     void (OrvaneDatabaseView::*run)();
 };
@@ -43,22 +44,24 @@ namespace {
 
 const RowCommand commands[] = {
     {"addRows", T("&Add Rows..."), "Ctrl+Shift+N", T("Put a new row together in the row viewer and add it"),
-     Of::WritableTable, false, "", &OrvaneDatabaseView::addRows},
+     Of::WritableTable, false, "", "", &OrvaneDatabaseView::addRows},
     {"markSelected", T("&Mark Selected Rows For Deletion"), "",
      T("Empty the records of the selected rows; crunching the table removes them"), Of::WritableTable, true,
+     T("Empty 1 row of '%1'? Its values are lost. The row itself goes when the table is crunched."),
      T("Empty %2 rows of '%1'? Their values are lost. The rows themselves go when the table is crunched."),
      &OrvaneDatabaseView::markSelected},
     {"crunch", T("&Crunch Table"), "", T("Remove the empty records of the table"), Of::WritableTable, false,
      T("Remove the empty records of '%1'? The records behind them get other numbers."),
+     T("Remove the empty records of '%1'? The records behind them get other numbers."),
      &OrvaneDatabaseView::crunch},
     {"deleteSelectedRows", T("&Delete Selected Rows From View"), "",
-     T("Take the selected rows out of the view; the records stay"), Of::View, true, "",
+     T("Take the selected rows out of the view; the records stay"), Of::View, true, "", "",
      &OrvaneDatabaseView::deleteSelectedViewRows},
     {"deleteOtherVisibleRows", T("Delete Other &Visible Rows From View"), "",
-     T("Of the rows on the screen keep the selected ones; the records stay"), Of::View, true, "",
+     T("Of the rows on the screen keep the selected ones; the records stay"), Of::View, true, "", "",
      &OrvaneDatabaseView::deleteOtherVisibleViewRows},
     {"deleteAllOtherRows", T("Delete All &Other Rows From View"), "",
-     T("Keep the selected rows alone in the view; the records stay"), Of::View, true, "",
+     T("Keep the selected rows alone in the view; the records stay"), Of::View, true, "", "",
      &OrvaneDatabaseView::deleteAllOtherViewRows},
 };
 
@@ -170,8 +173,9 @@ bool RowsMenu::isWanted(const RowCommand &command)
     if (*command.question == '\0') {
         return true;
     }
-    const QString question = translated(command.question)
-                                 .replace("%2", QLocale(QLocale::English).toString(selectedRows()))
+    const int rows = selectedRows();
+    const QString question = translated(rows == 1 ? command.questionOfOne : command.question)
+                                 .replace("%2", QLocale(QLocale::English).toString(rows))
                                  .replace("%1", table()->getTableName());
     return QMessageBox::question(&m_window, translated(command.text).remove('&'), question,
                                  QMessageBox::Yes | QMessageBox::Cancel,
@@ -185,4 +189,5 @@ void RowsMenu::run(const RowCommand &command)
         return;
     }
     (view->*command.run)();
+    view->updateStatusLabels(); // a view doesn't tell by itself that it has fewer rows
 }

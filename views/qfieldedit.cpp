@@ -44,6 +44,20 @@ void colourLabel(QLabel &label, const QString &colour)
     label.setAutoFillBackground(true);
 }
 
+// Also where the widgets around have another: what a font doesn't say itself is inherited.
+void keepFont(QLabel &label, QFont font)
+{
+    font.setFamily(font.family());
+    if (font.pixelSize() > 0) {
+        font.setPixelSize(font.pixelSize());
+    } else {
+        font.setPointSizeF(font.pointSizeF());
+    }
+    font.setWeight(font.weight());
+    font.setStyle(font.style());
+    label.setFont(font);
+}
+
 } // namespace
 
 QFieldEdit::QFieldEdit(OvConfig &config, QString fieldName, bool isPrimaryKey, bool isAlternateKey,
@@ -55,7 +69,7 @@ QFieldEdit::QFieldEdit(OvConfig &config, QString fieldName, bool isPrimaryKey, b
     m_config.configureIfUnset("fieldedit_width_chars", defaultWidth);
     connect(m_editor, SIGNAL(editingFinished()), this, SLOT(applyEdit()));
 
-    m_label->setFont(QLabel().font()); // by which the width of all names was measured
+    keepFont(*m_label, QLabel().font()); // by which the width of all names was measured
     m_label->setFixedWidth(labelWidth + QFontMetrics(m_label->font()).horizontalAdvance(':'));
     m_label->setBuddy(m_editor);
     m_label->installEventFilter(this);

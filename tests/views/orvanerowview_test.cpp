@@ -141,6 +141,17 @@ TEST_F(RowView, coloursNullsAndTheNamesOfKeys)
     EXPECT_EQ(field("sta").palette().brush(QPalette::Base).style(), Qt::NoBrush);
 }
 
+TEST_F(RowView, showsTheNamesOfFieldsWhole)
+{
+    database.setFontPoints(24);
+    show("site", 0);
+    for (const QFieldEdit *editor : window.findChildren<QFieldEdit *>()) {
+        const auto *label = editor->findChild<QLabel *>(QString(), Qt::FindDirectChildrenOnly);
+        EXPECT_GE(label->width(), label->fontMetrics().horizontalAdvance(label->text()))
+            << label->text().toStdString();
+    }
+}
+
 TEST_F(RowView, stepsThroughTheRows)
 {
     show("site", 0);

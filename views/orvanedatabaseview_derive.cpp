@@ -16,6 +16,7 @@
 
 #include "expression_assistant.h"
 #include "slot_guard.h"
+#include "text_dialog.h"
 #include "view_derivation.h"
 
 namespace {
@@ -31,11 +32,9 @@ Dbptr dbptrOf(const OrvaneTableModel *table)
 
 QString OrvaneDatabaseView::getNewViewName()
 {
-    bool accepted = false;
-    const QString name = QInputDialog::getText(this, OvTranslation::tr("Get View Name"),
-                                               OvTranslation::tr("View name") + OvTranslation::tr(":"),
-                                               QLineEdit::Normal, QString(), &accepted);
-    return accepted ? name : QString();
+    return askForText(this, OvTranslation::tr("Get View Name"),
+                      OvTranslation::tr("View name") + OvTranslation::tr(":"))
+        .value_or(QString());
 }
 
 QString OrvaneDatabaseView::getExpression(QString label)

@@ -6,7 +6,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QHeaderView>
-#include <QInputDialog>
 #include <QItemSelectionModel>
 #include <QMainWindow>
 #include <QMenu>
@@ -19,6 +18,7 @@
 #include <qovutil.h>
 
 #include "slot_guard.h"
+#include "text_dialog.h"
 
 struct OrvaneTableView::CellCommand {
     const char *text;
@@ -240,10 +240,9 @@ void OrvaneTableView::runColumnCommand(int entry, int column)
 bool OrvaneTableView::askForValue(const QString &field, QString &value)
 {
     const auto asked = [&field](const char *text) { return OvTranslation::tr(text) + " '" + field + "':"; };
-    bool accepted = false;
-    value = QInputDialog::getText(this, asked("Get Value for"), asked("Value for"), QLineEdit::Normal,
-                                  QString(), &accepted);
-    return accepted;
+    const std::optional<QString> answer = askForText(this, asked("Get Value for"), asked("Value for"));
+    value = answer.value_or(QString());
+    return answer.has_value();
 }
 
 namespace {

@@ -135,6 +135,8 @@ TEST_F(Deriving, asksForTheNameOfAViewAndTakesItAsTyped)
     user.meets<QInputDialog>([this](QInputDialog &dialog) {
         EXPECT_EQ(dialog.parentWidget(), &window);
         EXPECT_EQ(dialog.windowTitle(), "Get View Name");
+        EXPECT_GT(dialog.width(), dialog.fontMetrics().horizontalAdvance(dialog.windowTitle() + "mmmmm"))
+            << "the title is to be read whole";
         EXPECT_EQ(dialog.labelText(), "View name:");
         EXPECT_EQ(dialog.textValue(), "");
         EXPECT_EQ(dialog.textEchoMode(), QLineEdit::Normal);

@@ -203,6 +203,8 @@ TEST_F(HeaderMenus, ChangeSelectedValues)
     user.choosesEntry(ChangeSelected);
     user.meets<QInputDialog>([](QInputDialog &dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Get Value for 'phase':");
+        EXPECT_GT(dialog.width(), dialog.fontMetrics().horizontalAdvance(dialog.windowTitle() + "mmmmm"))
+            << "the title is to be read whole";
         EXPECT_EQ(dialog.labelText(), "Value for 'phase':");
         QTest::keyClicks(dialog.focusWidget(), "S");
         QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);

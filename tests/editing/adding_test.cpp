@@ -55,6 +55,51 @@ TEST_F(Adding, takes_the_scratch_record)
     EXPECT_EQ(column_of(opened_.table("event"), "prefor"), (Texts{"-1", "-1", "7"}));
 }
 
+TEST_F(Adding, takes_the_scratch_record_that_was_filled_through_a_view_of_the_table)
+{
+    ASSERT_EQ(add("event", {"2", "20", "me"}), 0);
+    ASSERT_EQ(add("event", {"1", "10", "you"}), 1);
+    Tbl *keys = newtbl(1);
+    char evid[] = "evid";
+    pushtbl(keys, evid);
+    Dbptr sorted = dbsort(opened_.table("event"), keys, 0, nullptr);
+    freetbl(keys, nullptr);
+    ASSERT_GE(sorted.table, 0) << take_log();
+    // What the table's own scratch record has shows in the view.
+    EXPECT_EQ(put(opened_.record("event", dbSCRATCH), "auth", "them"), 0);
+    sorted.record = dbSCRATCH;
+    EXPECT_EQ(get(sorted), get(opened_.record("event", dbSCRATCH)));
+    // And the other way round.
+    EXPECT_EQ(put(sorted, "evid", "3"), 0) << take_log();
+    EXPECT_EQ(put(sorted, "evid", "0"), dbERROR_VALUE);
+    EXPECT_NE(take_log().find("scratch record, field evid: the value is out of range"), std::string::npos);
+    EXPECT_EQ(trim(get(opened_.field("event", "evid", dbSCRATCH))), "3");
+    EXPECT_EQ(dbaddchk(opened_.table("event"), nullptr), 2);
+    EXPECT_EQ(column_of(opened_.table("event"), "auth"), (Texts{"me", "you", "them"}));
+    // A row of the view is taken to it.
+    sorted.record = 0;
+    EXPECT_GT(dbget(sorted, nullptr, 0), 0) << take_log();
+    EXPECT_EQ(trim(get(opened_.field("event", "auth", dbSCRATCH))), "you");
+    // The null record is none of them.
+    sorted.record = dbNULL;
+    EXPECT_EQ(get(sorted), get(opened_.record("event", dbNULL)));
+}
+
+TEST_F(Adding, leaves_the_scratch_records_of_the_tables_of_a_join_alone)
+{
+    ASSERT_EQ(add("event", {"2", "20", "me"}), 0);
+    Dbptr joined = dbtheta(opened_.table("event"), opened_.table("origin"), "evid == orid", "pairs");
+    ASSERT_GE(joined.table, 0) << take_log();
+    EXPECT_EQ(put(opened_.record("event", dbSCRATCH), "evid", "3"), 0);
+    joined.record = dbSCRATCH;
+    EXPECT_LT(put(joined, "evid", "4"), 0);
+    EXPECT_NE(take_log().find("view pairs has no scratch record of its own"), std::string::npos);
+    const std::string scratch = get(joined);
+    joined.record = dbNULL;
+    EXPECT_EQ(scratch, get(joined));
+    EXPECT_EQ(trim(get(opened_.field("event", "evid", dbSCRATCH))), "3");
+}
+
 TEST_F(Adding, refuses_a_record_of_nothing_but_nulls)
 {
     EXPECT_EQ(dbadd(opened_.table("event"), nullptr), dbERROR_VALUE);

@@ -47,7 +47,7 @@ typedef struct Dbptr {
 enum {
     dbINVALID = -102, /* points to nothing */
     dbALL = -501,     /* all tables, fields or records */
-    dbSCRATCH = -504, /* the scratch record of a table */
+    dbSCRATCH = -504, /* the scratch record of a table, which a view of that table alone shows too */
     dbNULL = -505     /* the null record of a table; as a query code: a field's null value */
 };
 
@@ -152,7 +152,8 @@ ORVANE_DB_EXPORT int dbquery(Dbptr db, int code, void *answer);
 /* The text of the field, or of the whole record without its line feed, that `db` points to, as it
  * stands in the file and zero-terminated. Returns its length in bytes, or a negative code. When the length
  * is not below `capacity` nothing is written: call again with room for length + 1.
- * With a null buffer the whole record of a base table is copied to the table's scratch record. */
+ * With a null buffer the whole record of a base table, or of a view of one alone, is copied to the table's
+ * scratch record. */
 ORVANE_DB_EXPORT int64_t dbget(Dbptr db, char *buffer, size_t capacity);
 
 /* A value by its field's type. */

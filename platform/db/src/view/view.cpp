@@ -33,7 +33,6 @@ View::View(std::string name, std::vector<ViewMember> members, std::string creati
 {
     for (std::size_t member = 0; member < member_tables_.size(); ++member)
         add_fields_of(static_cast<int>(member));
-    scratch_ = null_record_;
 }
 
 void View::add_fields_of(int member)
@@ -154,14 +153,34 @@ std::optional<Bundle> View::bundle(std::int64_t number, std::size_t field) const
     return member.table->bundle(*record, static_cast<std::size_t>(place.field));
 }
 
-std::string_view View::special_record(SpecialRecord which) const
+// A view of one table has that table's scratch record. A view of several has one of nothing but nulls, as
+// what is put into it could be added to none of them.
+RecordTable *View::table_of_scratch() const
 {
-    return which == SpecialRecord::Scratch ? scratch_ : null_record_;
+    RecordTable &first = *member_tables_.front().table;
+    return member_tables_.size() == 1 && first.has_record_file() ? &first : nullptr;
 }
 
-Status View::set_scratch(std::string_view)
+std::string_view View::special_record(SpecialRecord which) const
 {
+    if (which == SpecialRecord::Null)
+        return null_record_;
+    const RecordTable *table = table_of_scratch();
+    return table ? table->special_record(which) : null_record_;
+}
+
+Status View::set_scratch(std::string_view record_text)
+{
+    if (RecordTable *table = table_of_scratch())
+        return table->set_scratch(record_text);
     return Status(Code::Argument, concat("view ", name_, " has no scratch record of its own; tables have"));
+}
+
+Status View::put_scratch(std::size_t field, const FieldValue &value)
+{
+    RecordTable *table = table_of_scratch();
+    return table ? table->put_scratch(static_cast<std::size_t>(places_[field].field), value)
+                 : Table::put_scratch(field, value);
 }
 
 bool View::is_writable()

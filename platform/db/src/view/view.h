@@ -62,6 +62,7 @@ public:
 
     // Writes the base record. A null record beside which an outer join put a row is none.
     Status put(std::int64_t number, std::size_t field, const FieldValue &value, Work &work) override;
+    Status put_scratch(std::size_t field, const FieldValue &value) override;
     // Flags the row: it stays until the view is crunched.
     Status mark(std::int64_t number, Work &work) override;
     // Removes the flagged rows. Answers as `renumber`; nothing when no row is flagged.
@@ -122,6 +123,7 @@ private:
     void move_rows(const std::vector<RowNumber> &moved);
     Result<RowNumber> record_of(const ViewMember &member, std::int64_t row) const;
     void add_fields_of(int member);
+    RecordTable *table_of_scratch() const;
     void want_rows() const
     {
         if (delayed_)
@@ -137,7 +139,6 @@ private:
     std::vector<FieldPlace> places_;
     std::int64_t record_size_ = 0;
     std::string null_record_;
-    std::string scratch_;
     std::vector<bool> flagged_; // rows; empty: none
     std::string assembled_;     // the record asked for last
     mutable std::shared_ptr<DelayedRows> delayed_;

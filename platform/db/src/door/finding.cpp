@@ -21,7 +21,7 @@ Result<std::int64_t> find_once(const Subject &subject, std::string_view expressi
     if (!condition.ok())
         return condition.status();
     Operand operand(table);
-    if (Status looked = operand.look(); !looked.ok())
+    if (Status looked = operand.look(work.snapshots()); !looked.ok())
         return looked;
     for (const Status &remark : operand.remarks())
         log_failure(remark);
@@ -51,13 +51,13 @@ Result<std::int64_t> find(const Dbptr &db, const char *expression, bool backward
 }
 
 // The table that a pointer points to, as it is now.
-Result<Operand> operand_of(const Dbptr &db)
+Result<Operand> operand_of(const Dbptr &db, Snapshots &snapshots)
 {
     Subject subject;
     if (Status found = find_subject(db, Level::Table, "dbfind_rows", subject); !found.ok())
         return found;
     Operand operand(subject.database->shared_table(db.table));
-    if (Status looked = operand.look(); !looked.ok())
+    if (Status looked = operand.look(snapshots); !looked.ok())
         return named_failure("dbfind_rows", looked);
     return operand;
 }
@@ -79,10 +79,11 @@ int dbfind_rows(Dbptr from, Dbptr to, const int64_t *rows, size_t count, int64_t
     return guarded("dbfind_rows", [&] {
         if (count > 0 && (!rows || !places))
             return code_of(Status(Code::Argument, "dbfind_rows: the rows or their places are null"));
-        const auto source = operand_of(from);
+        Snapshots snapshots;
+        const auto source = operand_of(from, snapshots);
         if (!source.ok())
             return code_of(source.status());
-        const auto target = operand_of(to);
+        const auto target = operand_of(to, snapshots);
         if (!target.ok())
             return code_of(target.status());
         const auto found = same_rows(*source, *target, {rows, count});

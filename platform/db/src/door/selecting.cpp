@@ -75,7 +75,7 @@ Status write_selected(const Selecting &selecting, std::FILE *file)
     TextStream stream(file);
     for (int attempt = 1;; ++attempt) {
         Operand operand(subject.database->shared_table(subject.pointer.table));
-        if (Status looked = operand.look(); !looked.ok())
+        if (Status looked = operand.look(work.snapshots()); !looked.ok())
             return looked;
         const auto rows = rows_of(subject.pointer, *subject.table, operand.row_count());
         for (const Status &remark : operand.remarks())

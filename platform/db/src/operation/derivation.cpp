@@ -74,7 +74,7 @@ std::string Derivation::name_for(const Table &left, const Table *right, std::str
 Result<Operand> Derivation::operand(const std::shared_ptr<Table> &table)
 {
     Operand operand(table);
-    if (Status looked = operand.look(); !looked.ok())
+    if (Status looked = operand.look(work_.snapshots()); !looked.ok())
         return looked;
     for (const Status &remark : operand.remarks())
         remarks_.push_back(remark);

@@ -21,7 +21,7 @@ ViewMember member_of_rows(const Operand::Member &member, const RowNumbers &chose
     RowNumbers rows(chosen.size());
     for (std::size_t i = 0; i < chosen.size(); ++i)
         rows[i] = member.rows ? member.rows[chosen[i]] : chosen[i];
-    return view_member(member.table, std::move(rows), member.generation);
+    return view_member(member.table, std::move(rows), member.snapshot.generation);
 }
 
 // One number per row, equal for rows that are equal in the members; numbers of records to begin with, then of
@@ -95,7 +95,7 @@ Result<std::vector<ViewMember>> separated(const Operand &operand, std::size_t ke
                 rows.push_back(static_cast<RowNumber>(record));
     }
     std::vector<ViewMember> members;
-    members.push_back(view_member(member.table, std::move(rows), member.generation));
+    members.push_back(view_member(member.table, std::move(rows), member.snapshot.generation));
     return members;
 }
 

@@ -49,31 +49,30 @@ Operand::Operand(std::shared_ptr<Table> table) : table_(std::move(table))
     if (auto view = std::dynamic_pointer_cast<View>(table_)) {
         places_ = view->field_places();
         for (const ViewMember &member : view->member_tables())
-            members_.push_back(Member{member.table, member.rows.data(), member.has_null_rows, {}, 0, {}});
+            members_.push_back(Member{member.table, member.rows.data(), member.has_null_rows, {}, {}});
         view_ = std::move(view);
     } else {
         for (std::size_t field = 0; field < table_->fields().size(); ++field)
             places_.push_back({0, static_cast<int>(field)});
-        members_.push_back(Member{std::dynamic_pointer_cast<RecordTable>(table_), nullptr, false, {}, 0, {}});
+        members_.push_back(Member{std::dynamic_pointer_cast<RecordTable>(table_), nullptr, false, {}, {}});
     }
     for (Member &member : members_)
         member.columns.resize(member.table->fields().size());
 }
 
-Status Operand::look()
+Status Operand::look(Snapshots &snapshots)
 {
     looked_ = true;
     if (view_ && !view_->refusal().ok())
         return view_->refusal();
     for (std::size_t i = 0; i < members_.size(); ++i) {
         Member &member = members_[i];
-        member.snapshot = member.table->snapshot();
+        member.snapshot = snapshots.of(member.table);
         if (member.snapshot.records >= max_view_rows)
             return Status(Code::Argument,
                           concat("table ", member.table->name(), " has ", member.snapshot.records,
                                  " records; views can be made of less than ", max_view_rows));
-        member.generation = member.table->generation();
-        if (view_ && view_->member_tables()[i].generation != member.generation)
+        if (view_ && view_->member_tables()[i].generation != member.snapshot.generation)
             return outdated(table_->name(), *member.table);
         if (view_ && view_->member_tables()[i].end > member.snapshot.records) {
             const Status gone(Code::NotFound,
@@ -90,7 +89,7 @@ Status Operand::look()
 Status Operand::load(std::span<const int> fields, Work &work)
 {
     if (!looked_)
-        if (Status looked = look(); !looked.ok())
+        if (Status looked = look(work.snapshots()); !looked.ok())
             return looked;
     for (std::size_t i = 0; i < members_.size(); ++i) {
         Member &member = members_[i];
@@ -135,7 +134,7 @@ Result<std::vector<ViewMember>> Operand::choose(const RowNumbers &chosen, Work &
             });
         if (!done.ok())
             return done;
-        made.push_back(view_member(member.table, std::move(rows), member.generation));
+        made.push_back(view_member(member.table, std::move(rows), member.snapshot.generation));
     }
     return made;
 }

@@ -35,7 +35,6 @@ public:
         const RowNumber *rows = nullptr; // null: row n is record n
         bool has_null_rows = false;
         Snapshot snapshot;
-        std::uint64_t generation = 0;
         std::vector<ColumnPtr> columns; // by field; null where it isn't loaded
     };
 
@@ -46,9 +45,9 @@ public:
     std::int64_t row_count() const { return row_count_; }
     const std::vector<Member> &members() const { return members_; }
 
-    // Looks at the member tables. Fails where records that rows stand for are gone, or a table has too many
-    // records. The rows counted now are those of the operation.
-    Status look();
+    // Looks at the member tables, unless the operation did before. Fails where records that rows stand for
+    // are gone, or a table has too many records. The rows counted now are those of the operation.
+    Status look(Snapshots &snapshots);
     // Decodes fields; `look` goes before where it wasn't called yet.
     Status load(std::span<const int> fields, Work &work);
     // A field that was loaded. Lives as long as the operand.

@@ -29,6 +29,8 @@ struct Wanted {
 class Finding
 {
 public:
+    explicit Finding(Snapshots &snapshots) : snapshots_(snapshots) {}
+
     // All rows.
     Status find(const std::shared_ptr<Table> &table)
     {
@@ -54,7 +56,7 @@ private:
     Status find_in_view(const std::shared_ptr<View> &view, const std::vector<bool> &chosen)
     {
         Operand operand(view); // which looks whether the records are still there
-        if (Status looked = operand.look(); !looked.ok())
+        if (Status looked = operand.look(snapshots_); !looked.ok())
             return looked;
         for (const ViewMember &member : view->member_tables()) {
             std::vector<bool> records(member.end);
@@ -82,7 +84,7 @@ private:
         auto known = std::find_if(wanted_.begin(), wanted_.end(),
                                   [&](const Wanted &wanted) { return wanted.table == table; });
         if (known == wanted_.end()) {
-            wanted_.push_back(Wanted{table, table->snapshot(), {}});
+            wanted_.push_back(Wanted{table, snapshots_.of(table), {}});
             known = wanted_.end() - 1;
             if (!known->snapshot.refusal.ok())
                 return known->snapshot.refusal;
@@ -94,6 +96,7 @@ private:
         return Status();
     }
 
+    Snapshots &snapshots_;
     std::vector<Wanted> wanted_;
 };
 
@@ -291,7 +294,7 @@ Status unjoin(const Database &database, FileSystem &files, const std::shared_ptr
     NewDatabase made(database, files, path);
     if (Status free = made.check_place(); !free.ok())
         return free;
-    Finding finding;
+    Finding finding(work.snapshots());
     if (Status found = finding.find(table); !found.ok())
         return found;
     if (Status written = made.write_schema(); !written.ok())

@@ -90,7 +90,7 @@ private:
     Result<int> add_view(const std::shared_ptr<View> &view)
     {
         Operand operand(view); // which looks whether the records are still there
-        if (Status looked = operand.look(); !looked.ok())
+        if (Status looked = operand.look(snapshots_); !looked.ok())
             return looked;
         SavedPart part = described(*view, PartKind::Rows, view->row_count());
         RowColumnsToSave rows;
@@ -118,6 +118,7 @@ private:
     }
 
     SavedParts &out_;
+    Snapshots snapshots_;
 };
 
 } // namespace

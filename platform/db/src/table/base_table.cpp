@@ -64,7 +64,7 @@ Result<bool> BaseTable::is_present()
 Snapshot BaseTable::snapshot()
 {
     const std::int64_t records = file_.count_records();
-    return Snapshot{records, file_.version(), file_.refusal()};
+    return Snapshot{records, file_.version(), file_.refusal(), file_.generation()};
 }
 
 Result<std::vector<ColumnPtr>> BaseTable::columns(std::span<const int> fields, const Snapshot &as_of,

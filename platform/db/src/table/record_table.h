@@ -2,9 +2,9 @@
 #pragma once
 
 #include "column/column.h"
-#include "storage/block_cache.h"
 #include "storage/file_system.h"
 #include "table/table.h"
+#include "work/snapshots.h"
 #include "work/work.h"
 
 #include <span>
@@ -12,17 +12,10 @@
 
 namespace orvane {
 
-// A table's records at one moment, for an operation.
-struct Snapshot {
-    std::int64_t records = 0;
-    FileVersion version = 0;
-    Status refusal; // why a table that has a file looks as if it had no records
-};
-
 class RecordTable : public Table
 {
 public:
-    // Looks at the file anew.
+    // Looks at the file anew. An operation asks its Snapshots instead.
     virtual Snapshot snapshot() = 0;
     // Whether decoded fields are kept already, or could be without driving out all others.
     virtual bool has_room_for(std::span<const int>, const Snapshot &) const { return true; }

@@ -3,6 +3,7 @@
 
 #include "base/status.h"
 #include "work/progress_hook.h"
+#include "work/snapshots.h"
 
 #include <atomic>
 #include <chrono>
@@ -47,7 +48,15 @@ public:
     // A table changed while it was read: what was made of it is worth nothing, and the operation is begun
     // anew, a few times.
     void meet_change() { changed_ = true; }
-    bool take_change() { return std::exchange(changed_, false); }
+    bool take_change()
+    {
+        if (changed_)
+            snapshots_.forget();
+        return std::exchange(changed_, false);
+    }
+
+    // The tables as the operation sees them. Of the calling thread only.
+    Snapshots &snapshots() { return snapshots_; }
 
     // The fraction that is done, for work that isn't made of blocks.
     void advance_to(double fraction) { fraction_ = fraction; }
@@ -60,6 +69,7 @@ private:
     ProgressHook hook_;
     std::chrono::steady_clock::time_point last_asked_;
     double fraction_ = 0;
+    Snapshots snapshots_;
     bool changed_ = false;
     std::atomic<bool> stopped_ = false;
 };

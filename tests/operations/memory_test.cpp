@@ -39,7 +39,16 @@ void *operator new[](size_t bytes)
 {
     return operator new(bytes);
 }
-// Inlined into each other, the pair above and the ones below look to the compiler like two kinds of memory.
+// The standard library's sorts ask by these, and give back by the common ones.
+void *operator new(size_t bytes, const std::nothrow_t &) noexcept
+{
+    return allocate(bytes);
+}
+void *operator new[](size_t bytes, const std::nothrow_t &) noexcept
+{
+    return allocate(bytes);
+}
+// Inlined into each other, the pairs above and the ones below look to the compiler like two kinds of memory.
 #pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 void operator delete(void *memory) noexcept
 {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <orvane/db.h>
+#include <orvane/tr.h>
 #include <qdbptr.h>
 
 namespace tooltip {
@@ -37,17 +38,17 @@ QString keyText(QDbptr &dbptr, const QString &name)
     const struct {
         const char *kind;
         QStringList elements;
-    } keys[] = {{"Primary", dbptr.getPrimaryKey()},
-                {"Alternate", dbptr.getAlternateKey()},
-                {"Foreign", dbptr.getForeignKeys()}};
+    } keys[] = {{OvTranslation::noop("Primary"), dbptr.getPrimaryKey()},
+                {OvTranslation::noop("Alternate"), dbptr.getAlternateKey()},
+                {OvTranslation::noop("Foreign"), dbptr.getForeignKeys()}};
     for (const auto &key : keys) {
         if (key.elements.contains(name))
-            return tr(key.kind);
+            return OvTranslation::tr(key.kind);
     }
     for (const auto &key : keys) {
         for (const QString &element : key.elements) {
             if (element.contains(name + "::") || element.contains("::" + name))
-                return tr(key.kind) + " (<i>" + element + "</i>)";
+                return OvTranslation::tr(key.kind) + " (<i>" + element + "</i>)";
         }
     }
     return {};
@@ -60,23 +61,25 @@ QString ofField(QDbptr &dbptr)
     const QString name = dbptr.getFieldName();
     const qint64 size = number(dbptr, "field_size");
     const qint64 first = number(dbptr, "field_index");
-    QString text = "<table>\n<tr><td width=160><b>" + label("Field") + "</b></td><td width=250><b><i>" +
-                   shownName(dbptr, name) + "</i></b></td></tr>\n";
-    text += fieldRow("Description", dbptr.getFieldDescription()) + "\n";
-    text += fieldRow("Type", typeName(dbptr.getFieldType()));
+    QString text = "<table>\n<tr><td width=160><b>" + label(OvTranslation::noop("Field")) +
+                   "</b></td><td width=250><b><i>" + shownName(dbptr, name) + "</i></b></td></tr>\n";
+    text += fieldRow(OvTranslation::noop("Description"), dbptr.getFieldDescription()) + "\n";
+    text += fieldRow(OvTranslation::noop("Type"), typeName(dbptr.getFieldType()));
     text += "<tr><td><b>Size:</td><td>" + QString::number(size) + " bytes</td></tr>\n";
-    text += fieldRow("Format", dbptr.getFieldFormat());
+    text += fieldRow(OvTranslation::noop("Format"), dbptr.getFieldFormat());
     // The second number is the one after the last byte: meant.
-    text += fieldRow("Position in row",
+    text += fieldRow(OvTranslation::noop("Position in row"),
                      QString::number(first) + "-" + QString::number(first + size) + " (zero offset)");
-    text += fieldRow("Range", dbptr.getFieldRange().replace("<", "&lt;"));
-    text += fieldRows(dbptr, {{"Units", &QDbptr::getFieldUnits}, {"Null value", &QDbptr::getFieldNull}});
-    text += "<tr><td><b>" + label("Defining for table") + "</td><td><i>" +
+    text += fieldRow(OvTranslation::noop("Range"), dbptr.getFieldRange().replace("<", "&lt;"));
+    text += fieldRows(dbptr, {{OvTranslation::noop("Units"), &QDbptr::getFieldUnits},
+                              {OvTranslation::noop("Null value"), &QDbptr::getFieldNull}});
+    text += "<tr><td><b>" + label(OvTranslation::noop("Defining for table")) + "</td><td><i>" +
             dbptr.getLinkFieldTables().value(name) + "</i></td></tr>\n";
-    text += "<tr><td><b>" + tr("Key type for") + " '<i>" + dbptr.getTableName() + "</i>':</td><td>" +
-            keyText(dbptr, name) + "</td></tr>\n";
-    text += fieldRow("Column empty", dbptr.columnIsProbablyNull() ? tr("Probably") : QStringLiteral("No"));
-    text += "</table>\n<br/><br/>\n<b>" + label("Detailed description") + "</b>\n";
+    text += "<tr><td><b>" + OvTranslation::tr("Key type for") + " '<i>" + dbptr.getTableName() +
+            "</i>':</td><td>" + keyText(dbptr, name) + "</td></tr>\n";
+    text += fieldRow(OvTranslation::noop("Column empty"),
+                     dbptr.columnIsProbablyNull() ? OvTranslation::tr("Probably") : QStringLiteral("No"));
+    text += "</table>\n<br/><br/>\n<b>" + label(OvTranslation::noop("Detailed description")) + "</b>\n";
     return text + "<pre>" + dbptr.getFieldDetail() + "</pre>\n";
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include <orvane/db.h>
+#include <orvane/tr.h>
 #include <orvane/util.h>
 #include <ovconfig.h>
 #include <qdbptr.h>
@@ -77,9 +78,10 @@ QString fieldGrid(QDbptr &dbptr, const OvConfig *config)
 
 QString ofRecord(QDbptr &dbptr, const OvConfig *config)
 {
-    QString text = "<table>\n" + plainRow("Record index", QString::number(dbptr.getIndexRecord()));
+    QString text =
+        "<table>\n" + plainRow(OvTranslation::noop("Record index"), QString::number(dbptr.getIndexRecord()));
     if (!dbptr.tableIsView()) {
-        text += "<tr><td><b>" + label("Record size") + "</b></td><td>" +
+        text += "<tr><td><b>" + label(OvTranslation::noop("Record size")) + "</b></td><td>" +
                 QString::number(number(dbptr, "record_size")) + " bytes</td></tr>\n";
     }
     return text + "</table>\n<hr/>\n" + fieldGrid(dbptr, config);

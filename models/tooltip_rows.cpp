@@ -6,14 +6,10 @@
 
 namespace tooltip {
 
-QString tr(const char *text)
-{
-    return OvTranslation::tr(text);
-}
-
 QString label(const char *text)
 {
-    return tr(text) + tr(":");
+    const QString name = OvTranslation::tr(text);
+    return name + OvTranslation::tr(":");
 }
 
 QString headRow(const char *labelText, const QString &value)
@@ -60,7 +56,8 @@ qint64 number(QDbptr &dbptr, const char *request)
 QString recordCount(QDbptr &dbptr)
 {
     const qint64 count = number(dbptr, "record_count");
-    return QString::number(count) + " " + tr(count == 1 ? "record" : "records");
+    return QString::number(count) + " " +
+           (count == 1 ? OvTranslation::tr("record") : OvTranslation::tr("records"));
 }
 
 } // namespace tooltip

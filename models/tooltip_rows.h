@@ -11,7 +11,6 @@ class OvConfig;
 // met for years: a row whose bold tag is not closed stays so.
 namespace tooltip {
 
-QString tr(const char *text);
 QString label(const char *text); // translated, and the translated colon
 
 QString headRow(const char *labelText, const QString &value); // sets the widths of the columns

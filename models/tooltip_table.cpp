@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "qovutil.h"
+#include <orvane/tr.h>
 #include <orvane/util.h>
 #include <qdbptr.h>
 
@@ -32,8 +33,8 @@ QString modified(double time)
 {
     const OwnedText clock(strlocaltime(time), &std::free);
     const OwnedText age(strtdelta(std_now() - time), &std::free);
-    return QString::fromUtf8(clock.get()) + "(" + tr("%1 ago").arg(QString::fromUtf8(strtrim(age.get()))) +
-           ")";
+    return QString::fromUtf8(clock.get()) + "(" +
+           OvTranslation::tr("%1 ago").arg(QString::fromUtf8(strtrim(age.get()))) + ")";
 }
 
 QString creationHistory(const QString &creation)
@@ -49,37 +50,42 @@ QString creationHistory(const QString &creation)
 
 QString heading(const QString &name, const char *kind)
 {
-    return "<table>\n<tr><td width=160><b>" + label("Table") + "</b></td><td width=400><b><i>" + name +
-           "</i></b></td></tr>\n" + headRow("Table type", tr(kind));
+    return "<table>\n<tr><td width=160><b>" + label(OvTranslation::noop("Table")) +
+           "</b></td><td width=400><b><i>" + name + "</i></b></td></tr>\n" +
+           headRow(OvTranslation::noop("Table type"), OvTranslation::tr(kind));
 }
 
 QString ofView(QDbptr &dbptr)
 {
-    QString text = heading(dbptr.getTableName(), "View") + spacer();
-    text += plainRow("Record count", recordCount(dbptr)) + spacer();
-    text += plainRow("View tables", qovutil_stringList2QString(dbptr.getViewTables())) + spacer();
-    text += "<tr><td><b>" + label("Table creation") + "</b></td><td><b><i>" +
+    QString text = heading(dbptr.getTableName(), OvTranslation::noop("View")) + spacer();
+    text += plainRow(OvTranslation::noop("Record count"), recordCount(dbptr)) + spacer();
+    text += plainRow(OvTranslation::noop("View tables"), qovutil_stringList2QString(dbptr.getViewTables())) +
+            spacer();
+    text += "<tr><td><b>" + label(OvTranslation::noop("Table creation")) + "</b></td><td><b><i>" +
             creationHistory(dbptr.getTableCreation()) + "</i></b></td></tr>\n";
     return text; // The table is left open: meant.
 }
 
 QString ofBaseTable(QDbptr &dbptr)
 {
-    QString text = heading(dbptr.getTableName(), "Base Table");
-    text += plainRows(dbptr,
-                      {{"Description", &QDbptr::getTableDescription}, {"File", &QDbptr::getTableFilename}});
-    text += plainRow("Unix permissions", tr(dbptr.tableIsWritable() ? "Read/Write" : "Read-only"));
-    text += plainRow("Modified", modified(dbptr.getTableModTime())) + spacer();
-    text += plainRow("Table size", byteCount(number(dbptr, "table_size")));
+    QString text = heading(dbptr.getTableName(), OvTranslation::noop("Base Table"));
+    text += plainRows(dbptr, {{OvTranslation::noop("Description"), &QDbptr::getTableDescription},
+                              {OvTranslation::noop("File"), &QDbptr::getTableFilename}});
     text +=
-        plainRow("Record size", QString::number(number(dbptr, "record_size")) + " " + tr("bytes per record"));
-    text += plainRow("Record count", recordCount(dbptr)) + spacer();
-    text += plainRow("Primary keys", qovutil_stringList2QString(dbptr.getPrimaryKey()));
-    text += plainRow("Alternate keys", qovutil_stringList2QString(dbptr.getAlternateKey()));
-    text += plainRow("Foreign keys", qovutil_stringList2QString(dbptr.getForeignKeys()));
+        plainRow(OvTranslation::noop("Unix permissions"),
+                 dbptr.tableIsWritable() ? OvTranslation::tr("Read/Write") : OvTranslation::tr("Read-only"));
+    text += plainRow(OvTranslation::noop("Modified"), modified(dbptr.getTableModTime())) + spacer();
+    text += plainRow(OvTranslation::noop("Table size"), byteCount(number(dbptr, "table_size")));
+    text += plainRow(OvTranslation::noop("Record size"), QString::number(number(dbptr, "record_size")) + " " +
+                                                             OvTranslation::tr("bytes per record"));
+    text += plainRow(OvTranslation::noop("Record count"), recordCount(dbptr)) + spacer();
+    text += plainRow(OvTranslation::noop("Primary keys"), qovutil_stringList2QString(dbptr.getPrimaryKey()));
     text +=
-        "<tr><td><b>" + label("Defines") + "</b></td><td><i>" + dbptr.getUniqueIdName() + "</i></td></tr>\n";
-    text += "</table>\n<br/><br/>\n<b>" + label("Detailed description") + "</b>\n";
+        plainRow(OvTranslation::noop("Alternate keys"), qovutil_stringList2QString(dbptr.getAlternateKey()));
+    text += plainRow(OvTranslation::noop("Foreign keys"), qovutil_stringList2QString(dbptr.getForeignKeys()));
+    text += "<tr><td><b>" + label(OvTranslation::noop("Defines")) + "</b></td><td><i>" +
+            dbptr.getUniqueIdName() + "</i></td></tr>\n";
+    text += "</table>\n<br/><br/>\n<b>" + label(OvTranslation::noop("Detailed description")) + "</b>\n";
     return text + "<pre>" + dbptr.getTableDetail() + "</pre>\n";
 }
 

@@ -97,11 +97,14 @@ void OrvaneDatabaseView::mapCurrent()
             const std::unique_ptr<QDbptr> origin(m_model->getQDbptr()->lookupTable("origin"));
             isPresent = origin->tableIsPresent();
         } catch (const std::runtime_error &) {
-            qovutil_showError(notMapping("Failed to lookup 'origin' table in database '", *m_model), nullptr);
+            qovutil_showError(
+                notMapping(OvTranslation::noop("Failed to lookup 'origin' table in database '"), *m_model),
+                nullptr);
             return;
         }
         if (!isPresent) {
-            qovutil_showError(notMapping("No 'origin' table found in database '", *m_model), nullptr);
+            qovutil_showError(
+                notMapping(OvTranslation::noop("No 'origin' table found in database '"), *m_model), nullptr);
             return;
         }
         QWidget *page = newMapPage(m_model->getDatabaseName()).release();

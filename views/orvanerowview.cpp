@@ -126,8 +126,9 @@ QWidget *OrvaneRowView::buildRowLine()
     connect(m_rowEntry, SIGNAL(editingFinished()), this, SLOT(processRowEntry()));
     auto *label = new QLabel(OvTranslation::tr("Row index"));
     label->setBuddy(m_rowEntry);
-    m_previous = arrow(Qt::LeftArrow, "previousRow", "Previous row", this, SLOT(decrementRow()));
-    m_next = arrow(Qt::RightArrow, "nextRow", "Next row", this, SLOT(incrementRow()));
+    m_previous =
+        arrow(Qt::LeftArrow, "previousRow", OvTranslation::noop("Previous row"), this, SLOT(decrementRow()));
+    m_next = arrow(Qt::RightArrow, "nextRow", OvTranslation::noop("Next row"), this, SLOT(incrementRow()));
 
     auto *line = new QWidget;
     auto *parts = new QHBoxLayout(line);
@@ -141,9 +142,10 @@ QWidget *OrvaneRowView::buildRowLine()
 
 QWidget *OrvaneRowView::buildButtons()
 {
-    m_scratch = button("Scratch Row", "scratchRow", this, SLOT(showScratchRow()));
-    m_null = button("Null Row", "nullRow", this, SLOT(showNullRow()));
-    m_copy = button("Copy to Scratch Row", "copyToScratchRow", this, SLOT(copyToScratchRow()));
+    m_scratch = button(OvTranslation::noop("Scratch Row"), "scratchRow", this, SLOT(showScratchRow()));
+    m_null = button(OvTranslation::noop("Null Row"), "nullRow", this, SLOT(showNullRow()));
+    m_copy = button(OvTranslation::noop("Copy to Scratch Row"), "copyToScratchRow", this,
+                    SLOT(copyToScratchRow()));
 
     auto *line = new QWidget;
     auto *parts = new QHBoxLayout(line);
@@ -164,9 +166,11 @@ QWidget *OrvaneRowView::buildSwitches()
         const char *slot;
     };
     const Switch switches[] = {
-        {"Allow Edits", "allowEdits", "allow_edits", SLOT(setAllowEditsState(int))},
-        {"Readable Times", "readableTimes", "show_readable_times", SLOT(setReadableTimesState(int))},
-        {"Local Timezone", "localTimezone", "show_times_in_local_zone", SLOT(setLocalTimezoneState(int))},
+        {OvTranslation::noop("Allow Edits"), "allowEdits", "allow_edits", SLOT(setAllowEditsState(int))},
+        {OvTranslation::noop("Readable Times"), "readableTimes", "show_readable_times",
+         SLOT(setReadableTimesState(int))},
+        {OvTranslation::noop("Local Timezone"), "localTimezone", "show_times_in_local_zone",
+         SLOT(setLocalTimezoneState(int))},
     };
     auto *line = new QWidget;
     auto *parts = new QHBoxLayout(line);
@@ -185,8 +189,8 @@ QWidget *OrvaneRowView::buildSwitches()
 
 QWidget *OrvaneRowView::buildClosingLine()
 {
-    m_add = button("Add", "add", this, SLOT(addRow()));
-    auto *dismiss = button("Dismiss", "dismiss", this, SLOT(editorDismissed()));
+    m_add = button(OvTranslation::noop("Add"), "add", this, SLOT(addRow()));
+    auto *dismiss = button(OvTranslation::noop("Dismiss"), "dismiss", this, SLOT(editorDismissed()));
 
     auto *line = new QWidget;
     auto *parts = new QHBoxLayout(line);

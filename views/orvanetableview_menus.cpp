@@ -62,9 +62,9 @@ int chooseFrom(const std::vector<MenuEntry> &entries, const char *objectName, co
 void OrvaneTableView::showCellContextMenu(QPoint pos)
 {
     static const CellCommand commands[] = {
-        {"Find Backward", &OrvaneTableView::findBackward},
-        {"Find Forward", &OrvaneTableView::findForward},
-        {"Subset", &OrvaneTableView::requestSubset},
+        {OvTranslation::noop("Find Backward"), &OrvaneTableView::findBackward},
+        {OvTranslation::noop("Find Forward"), &OrvaneTableView::findForward},
+        {OvTranslation::noop("Subset"), &OrvaneTableView::requestSubset},
     };
     showingErrors([&] {
         std::vector<MenuEntry> entries;
@@ -240,7 +240,8 @@ void OrvaneTableView::runColumnCommand(int entry, int column)
 bool OrvaneTableView::askForValue(const QString &field, QString &value)
 {
     const auto asked = [&field](const char *text) { return OvTranslation::tr(text) + " '" + field + "':"; };
-    const std::optional<QString> answer = askForText(this, asked("Get Value for"), asked("Value for"));
+    const std::optional<QString> answer = askForText(this, asked(OvTranslation::noop("Get Value for")),
+                                                     asked(OvTranslation::noop("Value for")));
     value = answer.value_or(QString());
     return answer.has_value();
 }

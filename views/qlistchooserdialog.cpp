@@ -30,7 +30,8 @@ QList<QString> textsOf(const QListWidget &list)
 
 QLabel *captionOf(QListWidget *list, const char *text)
 {
-    auto *label = new QLabel(OvTranslation::tr(text) + OvTranslation::tr(":"));
+    const QString name = OvTranslation::tr(text);
+    auto *label = new QLabel(name + OvTranslation::tr(":"));
     label->setBuddy(list); // readers of the screen name the list after it
     return label;
 }
@@ -85,7 +86,9 @@ void QListChooserDialog::addLists()
         list->setSelectionMode(QAbstractItemView::ExtendedSelection);
         limitToUsableSize(*list);
         const int column = list == m_source ? sourceColumn : chosenColumn;
-        m_layout->addWidget(captionOf(list, list == m_source ? "Fields" : "Chosen"), 0, column);
+        m_layout->addWidget(
+            captionOf(list, list == m_source ? OvTranslation::noop("Fields") : OvTranslation::noop("Chosen")),
+            0, column);
         m_layout->addWidget(list, listRow, column);
         m_layout->setColumnStretch(column, 1);
     }
@@ -94,8 +97,8 @@ void QListChooserDialog::addLists()
 
 void QListChooserDialog::addListButtons()
 {
-    QPushButton *chooseAll = listButton("chooseAll", "Choose all");
-    QPushButton *clear = listButton("clearAll", "Clear all");
+    QPushButton *chooseAll = listButton("chooseAll", OvTranslation::noop("Choose all"));
+    QPushButton *clear = listButton("clearAll", OvTranslation::noop("Clear all"));
     m_layout->addWidget(chooseAll, listRow + 1, sourceColumn);
     m_layout->addWidget(clear, listRow + 1, chosenColumn);
     connect(chooseAll, SIGNAL(clicked()), this, SLOT(selectAll()));
@@ -104,8 +107,8 @@ void QListChooserDialog::addListButtons()
 
 void QListChooserDialog::addOptions()
 {
-    m_reverseBox = option("reverse", "Reverse");
-    m_uniqueBox = option("unique", "Unique");
+    m_reverseBox = option("reverse", OvTranslation::noop("Reverse"));
+    m_uniqueBox = option("unique", OvTranslation::noop("Unique"));
     m_layout->addWidget(m_reverseBox, listRow + 2, sourceColumn);
     m_layout->addWidget(m_uniqueBox, listRow + 2, chosenColumn);
 }

@@ -118,13 +118,13 @@ struct SaveForm {
 };
 
 const SaveForm forms[] = {
-    {"New Database", saveDatabase},
-    {"View", saveView},
-    {"Excel Spreadsheet (*.xlsx)", saveSpreadsheet},
-    {"Text File -- spaces (*.txt)", saveSpaces},
-    {"Text File -- tabs (*.tsv)", saveTabs},
-    {"Text File -- commas (*.csv)", saveCommas},
-    {"Image File (*.png)", savePicture},
+    {OvTranslation::noop("New Database"), saveDatabase},
+    {OvTranslation::noop("View"), saveView},
+    {OvTranslation::noop("Excel Spreadsheet (*.xlsx)"), saveSpreadsheet},
+    {OvTranslation::noop("Text File -- spaces (*.txt)"), saveSpaces},
+    {OvTranslation::noop("Text File -- tabs (*.tsv)"), saveTabs},
+    {OvTranslation::noop("Text File -- commas (*.csv)"), saveCommas},
+    {OvTranslation::noop("Image File (*.png)"), savePicture},
 };
 constexpr int firstForm = 1;
 

@@ -13,11 +13,6 @@ using Asks = ViewDerivation::Asks;
 using Inputs = DerivationInputs;
 using Table = OrvaneTableModel;
 
-QString tr(const char *text)
-{
-    return OvTranslation::tr(text);
-}
-
 // The blank inside the quotes and the missing one before the first field are meant.
 QString onFields(const QString &text, const QString &table, const QList<QString> &fields)
 {
@@ -30,37 +25,39 @@ QString onFields(const QString &text, const QString &table, const QList<QString>
 
 const std::map<Derive, ViewDerivation> derivations = {
     {Derive::Subset,
-     {Asks::Expression, "Subset expression",
+     {Asks::Expression, OvTranslation::noop("Subset expression"),
       [](const QString &table, const Inputs &inputs) {
-          return tr("Subset of '%1' on expression '%2'").arg(table, inputs.expression);
+          return OvTranslation::tr("Subset of '%1' on expression '%2'").arg(table, inputs.expression);
       },
       [](Table &table, const Inputs &inputs, const QString &name) {
           return table.subset(inputs.expression, name);
       }}},
     {Derive::Sort,
-     {Asks::FieldsAndOptions, "Sort fields",
+     {Asks::FieldsAndOptions, OvTranslation::noop("Sort fields"),
       [](const QString &table, const Inputs &inputs) {
-          return onFields(tr("Sort of '%1' on fields"), table, inputs.fields);
+          return onFields(OvTranslation::tr("Sort of '%1' on fields"), table, inputs.fields);
       },
       [](Table &table, const Inputs &inputs, const QString &name) {
           return table.sort(inputs.fields, inputs.reverse, inputs.unique, name);
       }}},
     {Derive::Group,
-     {Asks::Fields, "Group fields",
+     {Asks::Fields, OvTranslation::noop("Group fields"),
       [](const QString &table, const Inputs &inputs) {
-          return onFields(tr("Group of '%1' on fields"), table, inputs.fields);
+          return onFields(OvTranslation::tr("Group of '%1' on fields"), table, inputs.fields);
       },
       [](Table &table, const Inputs &inputs, const QString &name) {
           return table.group(inputs.fields, name);
       }}},
     {Derive::Ungroup,
      {Asks::Nothing, nullptr,
-      [](const QString &table, const Inputs & /*inputs*/) { return tr("Ungroup of '%1'").arg(table); },
+      [](const QString &table, const Inputs & /*inputs*/) {
+          return OvTranslation::tr("Ungroup of '%1'").arg(table);
+      },
       [](Table &table, const Inputs & /*inputs*/, const QString &name) { return table.ungroup(name); }}},
     {Derive::Join,
      {Asks::Nothing, nullptr,
       [](const QString &table, const Inputs &inputs) {
-          return tr("Join of '%1' to '%2'").arg(table, inputs.table);
+          return OvTranslation::tr("Join of '%1' to '%2'").arg(table, inputs.table);
       },
       [](Table &table, const Inputs &inputs, const QString &name) {
           return table.joinTo(inputs.table, name);
@@ -68,7 +65,7 @@ const std::map<Derive, ViewDerivation> derivations = {
     {Derive::OuterJoin,
      {Asks::Nothing, nullptr,
       [](const QString &table, const Inputs &inputs) {
-          return tr("Outer-join of '%1' to '%2'").arg(table, inputs.table);
+          return OvTranslation::tr("Outer-join of '%1' to '%2'").arg(table, inputs.table);
       },
       [](Table &table, const Inputs &inputs, const QString &name) {
           return table.outerJoinTo(inputs.table, name);
@@ -76,7 +73,7 @@ const std::map<Derive, ViewDerivation> derivations = {
     {Derive::LeftJoin,
      {Asks::Nothing, nullptr,
       [](const QString &table, const Inputs &inputs) {
-          return tr("Left-join of '%1' to '%2'").arg(table, inputs.table);
+          return OvTranslation::tr("Left-join of '%1' to '%2'").arg(table, inputs.table);
       },
       [](Table &table, const Inputs &inputs, const QString &name) {
           return table.leftJoinTo(inputs.table, name);
@@ -84,15 +81,15 @@ const std::map<Derive, ViewDerivation> derivations = {
     {Derive::NoJoin,
      {Asks::Nothing, nullptr,
       [](const QString &table, const Inputs &inputs) {
-          return tr("No-join of '%1' to '%2'").arg(table, inputs.table);
+          return OvTranslation::tr("No-join of '%1' to '%2'").arg(table, inputs.table);
       },
       [](Table &table, const Inputs &inputs, const QString &name) {
           return table.noJoinTo(inputs.table, name);
       }}},
     {Derive::ThetaJoin,
-     {Asks::Expression, "Theta-join expression",
+     {Asks::Expression, OvTranslation::noop("Theta-join expression"),
       [](const QString &table, const Inputs &inputs) {
-          return tr("Theta-join of '%1' to '%2' with expression '%3'")
+          return OvTranslation::tr("Theta-join of '%1' to '%2' with expression '%3'")
               .arg(table, inputs.table, inputs.expression);
       },
       [](Table &table, const Inputs &inputs, const QString &name) {
@@ -101,7 +98,7 @@ const std::map<Derive, ViewDerivation> derivations = {
     {Derive::Sever,
      {Asks::Nothing, nullptr,
       [](const QString &table, const Inputs &inputs) {
-          return tr("Sever of table '%1' from '%2'").arg(inputs.table, table);
+          return OvTranslation::tr("Sever of table '%1' from '%2'").arg(inputs.table, table);
       },
       [](Table &table, const Inputs &inputs, const QString &name) {
           return table.sever(inputs.table, name);
@@ -109,7 +106,7 @@ const std::map<Derive, ViewDerivation> derivations = {
     {Derive::Separate,
      {Asks::Nothing, nullptr,
       [](const QString &table, const Inputs &inputs) {
-          return tr("Separate table '%1' from '%2'").arg(inputs.table, table);
+          return OvTranslation::tr("Separate table '%1' from '%2'").arg(inputs.table, table);
       },
       [](Table &table, const Inputs &inputs, const QString &name) {
           return table.separate(inputs.table, name);

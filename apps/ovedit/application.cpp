@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QScreen>
 
+#include <orvane/tr.h>
 #include <orvanedatabasemodel.h>
 #include <orvanedatabaseview.h>
 #include <orvanetablemodel.h>
@@ -27,8 +28,7 @@ constexpr int titleBar = 30;    // about what a window manager adds above a wind
 
 QString openOtherwise(const QString &name)
 {
-    return QCoreApplication::translate(
-               "ovedit",
+    return OvTranslation::tr(
                "The database %1 is open for reading only, and stays so.\n\nTo open it for reading and "
                "writing, close its window first.")
         .arg(QDir::toNativeSeparators(name));
@@ -38,11 +38,10 @@ QString whyNotOpened(const OrvaneDatabaseModel &model, const QString &name)
 {
     QString reason = reasonIn(model.openError(), "Failed to open database");
     if (reason.isEmpty()) {
-        reason = QCoreApplication::translate("ovedit", "The database library gave no reason.");
+        reason = OvTranslation::tr("The database library gave no reason.");
     }
-    return QCoreApplication::translate(
-               "ovedit", "The database %1 can't be opened.\n\n%2\n\nA database is opened by its "
-                         "descriptor, or by one of its table files.")
+    return OvTranslation::tr("The database %1 can't be opened.\n\n%2\n\nA database is opened by its "
+                             "descriptor, or by one of its table files.")
         .arg(QDir::toNativeSeparators(name), reason);
 }
 

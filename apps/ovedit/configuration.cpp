@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <memory>
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QFont>
 #include <QTimeZone>
 
+#include <orvane/tr.h>
 #include <orvane/util.h>
 #include <ovconfig.h>
 
@@ -18,24 +18,24 @@ namespace {
 constexpr double secondsBetweenLooks = 5.0;
 
 const Switch switches[] = {
-    {"show_tooltips", QT_TRANSLATE_NOOP("ovedit", "&Tooltips"),
-     QT_TRANSLATE_NOOP("ovedit", "Describe tables, fields and records when the mouse rests on them")},
-    {"show_readable_times", QT_TRANSLATE_NOOP("ovedit", "&Readable Times"),
-     QT_TRANSLATE_NOOP("ovedit", "Show times as dates instead of epoch seconds")},
-    {"show_times_in_local_zone", QT_TRANSLATE_NOOP("ovedit", "Times in &Local Zone"),
-     QT_TRANSLATE_NOOP("ovedit", "Show times in the chosen time zone instead of UTC")},
-    {"show_raw_nulls", QT_TRANSLATE_NOOP("ovedit", "Raw &Nulls"),
-     QT_TRANSLATE_NOOP("ovedit", "Show missing values as they are stored instead of empty cells")},
-    {"show_nulls_background_colored", QT_TRANSLATE_NOOP("ovedit", "Colo&ured Nulls"),
-     QT_TRANSLATE_NOOP("ovedit", "Mark missing values by the colour of their cells")},
-    {"show_blanks_background_colored", QT_TRANSLATE_NOOP("ovedit", "Coloured &Blanks"),
-     QT_TRANSLATE_NOOP("ovedit", "Mark blank values by the colour of their cells")},
-    {"show_empty_columns", QT_TRANSLATE_NOOP("ovedit", "&Empty Columns"),
-     QT_TRANSLATE_NOOP("ovedit", "Show the columns that hold no values, too")},
-    {"request_view_names", QT_TRANSLATE_NOOP("ovedit", "&Ask for View Names"),
-     QT_TRANSLATE_NOOP("ovedit", "Ask how each derived view is to be called")},
-    {"alternate_row_colors", QT_TRANSLATE_NOOP("ovedit", "&Striped Rows"),
-     QT_TRANSLATE_NOOP("ovedit", "Shade every other row")},
+    {"show_tooltips", OvTranslation::noop("&Tooltips"),
+     OvTranslation::noop("Describe tables, fields and records when the mouse rests on them")},
+    {"show_readable_times", OvTranslation::noop("&Readable Times"),
+     OvTranslation::noop("Show times as dates instead of epoch seconds")},
+    {"show_times_in_local_zone", OvTranslation::noop("Times in &Local Zone"),
+     OvTranslation::noop("Show times in the chosen time zone instead of UTC")},
+    {"show_raw_nulls", OvTranslation::noop("Raw &Nulls"),
+     OvTranslation::noop("Show missing values as they are stored instead of empty cells")},
+    {"show_nulls_background_colored", OvTranslation::noop("Colo&ured Nulls"),
+     OvTranslation::noop("Mark missing values by the colour of their cells")},
+    {"show_blanks_background_colored", OvTranslation::noop("Coloured &Blanks"),
+     OvTranslation::noop("Mark blank values by the colour of their cells")},
+    {"show_empty_columns", OvTranslation::noop("&Empty Columns"),
+     OvTranslation::noop("Show the columns that hold no values, too")},
+    {"request_view_names", OvTranslation::noop("&Ask for View Names"),
+     OvTranslation::noop("Ask how each derived view is to be called")},
+    {"alternate_row_colors", OvTranslation::noop("&Striped Rows"),
+     OvTranslation::noop("Shade every other row")},
 };
 
 } // namespace
@@ -84,9 +84,8 @@ QString loadParameterFile(OvConfig &config, const QString &path)
     const std::unique_ptr<Pf, void (*)(Pf *)> owner(parameters, pffree);
     if (code < 0) {
         const QString reason = takeErrorLog().join('\n');
-        return reason.isEmpty()
-                   ? QCoreApplication::translate("ovedit", "%1: can't be read as a parameter file").arg(path)
-                   : reason;
+        return reason.isEmpty() ? OvTranslation::tr("%1: can't be read as a parameter file").arg(path)
+                                : reason;
     }
     config.configure(parameters);
     return {};

@@ -1,11 +1,11 @@
 #include "derive_menu.h"
 
 #include <QAction>
-#include <QCoreApplication>
 #include <QMenu>
 #include <QMenuBar>
 
 #include <orvane/db.h>
+#include <orvane/tr.h>
 #include <orvanedatabasemodel.h>
 #include <orvanedatabaseview.h>
 #include <orvanetablemodel.h>
@@ -37,46 +37,46 @@ struct DeriveList {
 
 namespace {
 
-#define T(text) QT_TRANSLATE_NOOP("ovedit", text)
-
 const DeriveCommand commands[] = {
-    {"subset", T("&Subset..."), "Ctrl+Shift+S", T("The rows for which an expression is true"), false,
-     &OrvaneDatabaseView::showSubset},
-    {"sort", T("S&ort..."), "Ctrl+Shift+O", T("All rows in the order of some fields"), false,
-     &OrvaneDatabaseView::showSort},
-    {"group", T("&Group..."), "Ctrl+Shift+G", T("One row for all rows that are equal in some fields"), false,
+    {"subset", OvTranslation::noop("&Subset..."), "Ctrl+Shift+S",
+     OvTranslation::noop("The rows for which an expression is true"), false, &OrvaneDatabaseView::showSubset},
+    {"sort", OvTranslation::noop("S&ort..."), "Ctrl+Shift+O",
+     OvTranslation::noop("All rows in the order of some fields"), false, &OrvaneDatabaseView::showSort},
+    {"group", OvTranslation::noop("&Group..."), "Ctrl+Shift+G",
+     OvTranslation::noop("One row for all rows that are equal in some fields"), false,
      &OrvaneDatabaseView::showGroup},
-    {"ungroup", T("&Ungroup"), "Ctrl+Shift+U", T("The rows that the groups are made of"), true,
-     &OrvaneDatabaseView::showUngroup},
+    {"ungroup", OvTranslation::noop("&Ungroup"), "Ctrl+Shift+U",
+     OvTranslation::noop("The rows that the groups are made of"), true, &OrvaneDatabaseView::showUngroup},
 };
 
 const DeriveList lists[] = {
-    {"joinMenu", T("&Join"), T("Each row beside the rows of another table that belong to it"),
-     T("The rows of %1 beside those of %2 that belong to them"), Offers::Joinable, 0,
+    {"joinMenu", OvTranslation::noop("&Join"),
+     OvTranslation::noop("Each row beside the rows of another table that belong to it"),
+     OvTranslation::noop("The rows of %1 beside those of %2 that belong to them"), Offers::Joinable, 0,
      &OrvaneDatabaseView::showJoin},
-    {"outerJoinMenu", T("Ou&ter Join"), T("As a join; rows without a match stay, beside a row of nulls"),
-     T("All rows of %1, beside those of %2 that belong to them or a row of nulls"), Offers::Joinable, 0,
-     &OrvaneDatabaseView::showOuterJoin},
-    {"leftJoinMenu", T("&Left Join"), T("As a join, with the other table first: in the order of its rows"),
-     T("The rows of %2, in order, beside those of %1 that belong to them"), Offers::Joinable, 0,
-     &OrvaneDatabaseView::showLeftJoin},
-    {"noJoinMenu", T("&No Join"), T("The rows that have no match in another table"),
-     T("The rows of %1 that have no match in %2"), Offers::Joinable, 0, &OrvaneDatabaseView::showNoJoin},
-    {"thetaJoinMenu", T("T&heta Join"), T("The pairs of rows for which an expression is true"),
-     T("The pairs of rows of %1 and %2 for which an expression is true"), Offers::AnyOther, 0,
-     &OrvaneDatabaseView::showThetaJoin},
-    {"severMenu", T("Se&ver"), T("The view without one of its tables"), T("%1 without %2"), Offers::Members,
-     2, &OrvaneDatabaseView::showSever},
-    {"separateMenu", T("Se&parate"), T("The rows of one table that occur in the view"),
-     T("The rows of %2 that occur in %1"), Offers::Members, 1, &OrvaneDatabaseView::showSeparate},
+    {"outerJoinMenu", OvTranslation::noop("Ou&ter Join"),
+     OvTranslation::noop("As a join; rows without a match stay, beside a row of nulls"),
+     OvTranslation::noop("All rows of %1, beside those of %2 that belong to them or a row of nulls"),
+     Offers::Joinable, 0, &OrvaneDatabaseView::showOuterJoin},
+    {"leftJoinMenu", OvTranslation::noop("&Left Join"),
+     OvTranslation::noop("As a join, with the other table first: in the order of its rows"),
+     OvTranslation::noop("The rows of %2, in order, beside those of %1 that belong to them"),
+     Offers::Joinable, 0, &OrvaneDatabaseView::showLeftJoin},
+    {"noJoinMenu", OvTranslation::noop("&No Join"),
+     OvTranslation::noop("The rows that have no match in another table"),
+     OvTranslation::noop("The rows of %1 that have no match in %2"), Offers::Joinable, 0,
+     &OrvaneDatabaseView::showNoJoin},
+    {"thetaJoinMenu", OvTranslation::noop("T&heta Join"),
+     OvTranslation::noop("The pairs of rows for which an expression is true"),
+     OvTranslation::noop("The pairs of rows of %1 and %2 for which an expression is true"), Offers::AnyOther,
+     0, &OrvaneDatabaseView::showThetaJoin},
+    {"severMenu", OvTranslation::noop("Se&ver"), OvTranslation::noop("The view without one of its tables"),
+     OvTranslation::noop("%1 without %2"), Offers::Members, 2, &OrvaneDatabaseView::showSever},
+    {"separateMenu", OvTranslation::noop("Se&parate"),
+     OvTranslation::noop("The rows of one table that occur in the view"),
+     OvTranslation::noop("The rows of %2 that occur in %1"), Offers::Members, 1,
+     &OrvaneDatabaseView::showSeparate},
 };
-
-#undef T
-
-QString translated(const char *text)
-{
-    return QCoreApplication::translate("ovedit", text);
-}
 
 // The base tables that a table is made of: those of a view, or itself.
 QStringList membersOf(OrvaneTableModel &table)
@@ -137,11 +137,11 @@ DeriveMenu::DeriveMenu(MainWindow &window, QMenuBar &bar)
 
 void DeriveMenu::addCommand(const DeriveCommand &command)
 {
-    QAction *action = m_menu->addAction(translated(command.text));
+    QAction *action = m_menu->addAction(OvTranslation::tr(command.text));
     action->setObjectName(command.name);
     action->setParent(&m_window);
     action->setShortcut(QKeySequence(command.keys, QKeySequence::PortableText));
-    action->setToolTip(translated(command.tip));
+    action->setToolTip(OvTranslation::tr(command.tip));
     connect(action, &QAction::triggered, this, [this, run = command.run] {
         if (OrvaneDatabaseView *view = m_window.view()) {
             (view->*run)();
@@ -152,10 +152,10 @@ void DeriveMenu::addCommand(const DeriveCommand &command)
 
 void DeriveMenu::addList(const DeriveList &list)
 {
-    QMenu *menu = m_menu->addMenu(translated(list.text));
+    QMenu *menu = m_menu->addMenu(OvTranslation::tr(list.text));
     menu->setObjectName(list.name);
     menu->setToolTipsVisible(true);
-    menu->menuAction()->setToolTip(translated(list.tip));
+    menu->menuAction()->setToolTip(OvTranslation::tr(list.tip));
     connect(menu, &QMenu::triggered, this, [this, run = list.run](QAction *chosen) {
         if (OrvaneDatabaseView *view = m_window.view()) {
             (view->*run)(chosen);
@@ -208,7 +208,7 @@ void DeriveMenu::fill(QMenu &menu, const DeriveList &list, const QString &table,
         text.replace('&', "&&");
         QAction *action = menu.addAction(candidate.keys.isEmpty() ? text : text + "\t" + candidate.keys);
         action->setData(candidate.name);
-        QString tip = translated(list.entryTip).arg(table, candidate.name);
+        QString tip = OvTranslation::tr(list.entryTip).arg(table, candidate.name);
         action->setToolTip(candidate.keys.isEmpty() ? tip : tip + tr(", by %1").arg(candidate.keys));
     }
 }

@@ -2,12 +2,12 @@
 
 #include <QAction>
 #include <QActionGroup>
-#include <QCoreApplication>
 #include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTabWidget>
 
+#include <orvane/tr.h>
 #include <orvanedatabasemodel.h>
 #include <orvanedatabaseview.h>
 
@@ -19,66 +19,75 @@
 
 namespace {
 
-#define T(text) QT_TRANSLATE_NOOP("ovedit", text)
-
-QString translated(const char *text)
-{
-    return QCoreApplication::translate("ovedit", text);
-}
-
-const Command openCommand = {
-    "open", T("&Open..."), "Ctrl+O", T("Open a database"), Needs::Nothing, &MainWindow::openDatabase};
+const Command openCommand = {"open",         OvTranslation::noop("&Open..."),
+                             "Ctrl+O",       OvTranslation::noop("Open a database"),
+                             Needs::Nothing, &MainWindow::openDatabase};
 
 const Command fileCommands[] = {
-    {"saveAs", T("Save &As..."), "Ctrl+S",
-     T("Save the table shown as text, a spreadsheet, a picture, a view or a new database"), Needs::Table,
-     &MainWindow::saveAs},
-    {"close", T("&Close Window"), "Ctrl+W", T("Close this window and its database"), Needs::Nothing,
-     &MainWindow::closeWindow},
-    {"quit", T("&Quit"), "Ctrl+Q", T("Close all windows"), Needs::Nothing, &MainWindow::quit},
+    {"saveAs", OvTranslation::noop("Save &As..."), "Ctrl+S",
+     OvTranslation::noop("Save the table shown as text, a spreadsheet, a picture, a view or a new database"),
+     Needs::Table, &MainWindow::saveAs},
+    {"close", OvTranslation::noop("&Close Window"), "Ctrl+W",
+     OvTranslation::noop("Close this window and its database"), Needs::Nothing, &MainWindow::closeWindow},
+    {"quit", OvTranslation::noop("&Quit"), "Ctrl+Q", OvTranslation::noop("Close all windows"), Needs::Nothing,
+     &MainWindow::quit},
 };
 
 const Command fontCommands[] = {
-    {"fontLarger", T("&Larger"), "Ctrl++", "", Needs::Nothing, &MainWindow::largerFont},
-    {"fontSmaller", T("&Smaller"), "Ctrl+-", "", Needs::Nothing, &MainWindow::smallerFont},
-    {"fontStandard", T("S&tandard"), "Ctrl+0", "", Needs::Nothing, &MainWindow::standardFont},
-    {"fontChoose", T("S&et..."), "", "", Needs::Nothing, &MainWindow::chooseFontSize},
+    {"fontLarger", OvTranslation::noop("&Larger"), "Ctrl++", "", Needs::Nothing, &MainWindow::largerFont},
+    {"fontSmaller", OvTranslation::noop("&Smaller"), "Ctrl+-", "", Needs::Nothing, &MainWindow::smallerFont},
+    {"fontStandard", OvTranslation::noop("S&tandard"), "Ctrl+0", "", Needs::Nothing,
+     &MainWindow::standardFont},
+    {"fontChoose", OvTranslation::noop("S&et..."), "", "", Needs::Nothing, &MainWindow::chooseFontSize},
 };
 
 const Command viewCommands[] = {
-    {"timeZone", T("Time &Zone..."), "", T("Choose the zone in which local times are shown"), Needs::Nothing,
+    {"timeZone", OvTranslation::noop("Time &Zone..."), "",
+     OvTranslation::noop("Choose the zone in which local times are shown"), Needs::Nothing,
      &MainWindow::chooseTimeZone},
-    {"updateInterval", T("Update &Interval..."), "", T("Say how often to look for changed tables"),
-     Needs::Nothing, &MainWindow::chooseUpdateInterval},
+    {"updateInterval", OvTranslation::noop("Update &Interval..."), "",
+     OvTranslation::noop("Say how often to look for changed tables"), Needs::Nothing,
+     &MainWindow::chooseUpdateInterval},
 };
 
 const Command tableCommands[] = {
-    {"arrange", T("Arran&ge Columns..."), "Ctrl+Shift+A", T("Choose the columns shown and their order"),
-     Needs::Table, &MainWindow::arrangeColumns},
-    {"goToRow", T("Go to Ro&w..."), "Ctrl+G", T("Scroll to a row by its number"), Needs::Table,
-     &MainWindow::goToRow},
-    {"eventMap", T("Event &Map"), "Ctrl+M", T("Show the events of the database on a map"), Needs::Database,
+    {"arrange", OvTranslation::noop("Arran&ge Columns..."), "Ctrl+Shift+A",
+     OvTranslation::noop("Choose the columns shown and their order"), Needs::Table,
+     &MainWindow::arrangeColumns},
+    {"goToRow", OvTranslation::noop("Go to Ro&w..."), "Ctrl+G",
+     OvTranslation::noop("Scroll to a row by its number"), Needs::Table, &MainWindow::goToRow},
+    {"eventMap", OvTranslation::noop("Event &Map"), "Ctrl+M",
+     OvTranslation::noop("Show the events of the database on a map"), Needs::Database,
      &MainWindow::showEventMap},
-    {"lookForChanges", T("Look for &Changes"), "F5", T("Look now for changed tables"), Needs::Database,
-     &MainWindow::lookForChanges},
+    {"lookForChanges", OvTranslation::noop("Look for &Changes"), "F5",
+     OvTranslation::noop("Look now for changed tables"), Needs::Database, &MainWindow::lookForChanges},
 };
 
 const Command tabCommands[] = {
-    {"nextTab", T("&Next Tab"), "Ctrl+PgDown", "", Needs::SeveralTabs, &MainWindow::nextTab},
-    {"previousTab", T("P&revious Tab"), "Ctrl+PgUp", "", Needs::SeveralTabs, &MainWindow::previousTab},
-    {"closeTab", T("&Close View"), "Ctrl+F4", T("Close the view or product shown"), Needs::ClosableTab,
-     &MainWindow::closeTab},
+    {"nextTab", OvTranslation::noop("&Next Tab"), "Ctrl+PgDown", "", Needs::SeveralTabs,
+     &MainWindow::nextTab},
+    {"previousTab", OvTranslation::noop("P&revious Tab"), "Ctrl+PgUp", "", Needs::SeveralTabs,
+     &MainWindow::previousTab},
+    {"closeTab", OvTranslation::noop("&Close View"), "Ctrl+F4",
+     OvTranslation::noop("Close the view or product shown"), Needs::ClosableTab, &MainWindow::closeTab},
 };
 
-const Command schemaCommand = {
-    "schema",        T("&Schema Documentation"), "F1", T("Every table and field of the schema, described"),
-    Needs::Database, &MainWindow::showSchema};
+const Command schemaCommand = {"schema",
+                               OvTranslation::noop("&Schema Documentation"),
+                               "F1",
+                               OvTranslation::noop("Every table and field of the schema, described"),
+                               Needs::Database,
+                               &MainWindow::showSchema};
 
-const Command problemsCommand = {
-    "problems",     T("&Problems..."),        "", T("What the libraries have complained about"),
-    Needs::Nothing, &MainWindow::showProblems};
+const Command problemsCommand = {"problems",
+                                 OvTranslation::noop("&Problems..."),
+                                 "",
+                                 OvTranslation::noop("What the libraries have complained about"),
+                                 Needs::Nothing,
+                                 &MainWindow::showProblems};
 
-const Command aboutCommand = {"about", T("&About ovedit"), "", "", Needs::Nothing, &MainWindow::showAbout};
+const Command aboutCommand = {
+    "about", OvTranslation::noop("&About ovedit"), "", "", Needs::Nothing, &MainWindow::showAbout};
 
 struct Page {
     const char *name;
@@ -87,12 +96,10 @@ struct Page {
 };
 // By index in the stack of the database window.
 const Page pages[] = {
-    {"pageTables", T("&Tables"), "Alt+1"},
-    {"pageViews", T("&Views"), "Alt+2"},
-    {"pageProducts", T("&Products"), "Alt+3"},
+    {"pageTables", OvTranslation::noop("&Tables"), "Alt+1"},
+    {"pageViews", OvTranslation::noop("&Views"), "Alt+2"},
+    {"pageProducts", OvTranslation::noop("&Products"), "Alt+3"},
 };
-
-#undef T
 
 constexpr int tablesPage = 0;
 constexpr int productsPage = 2;
@@ -163,12 +170,12 @@ void Menus::build()
 
 void Menus::addCommand(QMenu &menu, const Command &command)
 {
-    QAction *action = menu.addAction(translated(command.text));
+    QAction *action = menu.addAction(OvTranslation::tr(command.text));
     action->setObjectName(command.name);
     action->setParent(&m_window);
     action->setShortcut(QKeySequence(command.keys, QKeySequence::PortableText));
     if (*command.tip != '\0') {
-        action->setToolTip(translated(command.tip));
+        action->setToolTip(OvTranslation::tr(command.tip));
     }
     MainWindow *window = &m_window;
     connect(action, &QAction::triggered, window, [window, run = command.run] { (window->*run)(); });
@@ -178,10 +185,10 @@ void Menus::addCommand(QMenu &menu, const Command &command)
 void Menus::addSwitches(QMenu &menu)
 {
     for (const Switch &known : viewSwitches()) {
-        QAction *action = menu.addAction(translated(known.text));
+        QAction *action = menu.addAction(OvTranslation::tr(known.text));
         const QString key = known.key;
         action->setObjectName(key);
-        action->setToolTip(translated(known.tip));
+        action->setToolTip(OvTranslation::tr(known.tip));
         action->setCheckable(true);
         connect(action, &QAction::triggered, this, [this, key] { flip(key); });
         m_switches.insert(key, action);
@@ -203,7 +210,7 @@ void Menus::addPages(QMenu &menu)
 {
     auto *group = new QActionGroup(this);
     for (const Page &known : pages) {
-        QAction *action = menu.addAction(translated(known.text));
+        QAction *action = menu.addAction(OvTranslation::tr(known.text));
         const int index = m_pages.size();
         action->setObjectName(known.name);
         action->setShortcut(QKeySequence(known.keys, QKeySequence::PortableText));

@@ -6,6 +6,7 @@
 #include <QScopedValueRollback>
 
 #include <orvane/db.h>
+#include <orvane/tr.h>
 
 #include "progress_dialog.h"
 
@@ -20,33 +21,47 @@ struct Words {
     const char *cancelled; // a sentence
 };
 
-#define T(text) QT_TRANSLATE_NOOP("OperationProgress", text)
 const Words words[] = {
-    {"dbsubset", T("Testing the rows of %1"), T("The subset of %1 was cancelled.")},
-    {"dbsort", T("Sorting the rows of %1"), T("Sorting %1 was cancelled.")},
-    {"dbgroup", T("Grouping the rows of %1"), T("Grouping %1 was cancelled.")},
-    {"dbungroup", T("Ungrouping the rows of %1"), T("Ungrouping %1 was cancelled.")},
-    {"dbjoin", T("Joining %1"), T("Joining %1 was cancelled.")},
-    {"dbnojoin", T("Looking for rows of %1 without a match"), T("The no-join of %1 was cancelled.")},
-    {"dbtheta", T("Testing pairs of rows of %1"), T("The theta join of %1 was cancelled.")},
-    {"dbsever", T("Severing a table from %1"), T("Severing a table from %1 was cancelled.")},
-    {"dbseparate", T("Separating a table from %1"), T("Separating a table from %1 was cancelled.")},
-    {"dbselect", T("Writing the rows of %1"), T("Saving %1 was cancelled.")},
-    {"dbwrite_view", T("Saving the view %1"), T("Saving %1 was cancelled.")},
-    {"dbsave_view", T("Saving the view %1"), T("Saving %1 was cancelled.")},
-    {"dbunjoin", T("Making a database of the records of %1"), T("Saving %1 was cancelled.")},
-    {"spreadsheet", T("Writing the rows of %1 to a spreadsheet"), T("Saving %1 was cancelled.")},
-    {"dbsave_view", T("Saving %1"), T("Saving %1 was cancelled.")},
-    {"dbwrite_view", T("Saving %1"), T("Saving %1 was cancelled.")},
-    {"dbselect", T("Saving %1"), T("Saving %1 was cancelled.")},
-    {"dbselect_hdr", T("Saving %1"), T("Saving %1 was cancelled.")},
-    {"spreadsheet", T("Saving %1"), T("Saving %1 was cancelled.")},
-    {"dbunjoin", T("Making a database of the records of %1"), T("Making a database of %1 was cancelled.")},
-    {"dbcrunch", T("Taking marked rows out of %1"), T("Crunching %1 was cancelled.")},
-    {"dbfind", T("Searching %1"), T("Searching %1 was cancelled.")},
+    {"dbsubset", OvTranslation::noop("Testing the rows of %1"),
+     OvTranslation::noop("The subset of %1 was cancelled.")},
+    {"dbsort", OvTranslation::noop("Sorting the rows of %1"),
+     OvTranslation::noop("Sorting %1 was cancelled.")},
+    {"dbgroup", OvTranslation::noop("Grouping the rows of %1"),
+     OvTranslation::noop("Grouping %1 was cancelled.")},
+    {"dbungroup", OvTranslation::noop("Ungrouping the rows of %1"),
+     OvTranslation::noop("Ungrouping %1 was cancelled.")},
+    {"dbjoin", OvTranslation::noop("Joining %1"), OvTranslation::noop("Joining %1 was cancelled.")},
+    {"dbnojoin", OvTranslation::noop("Looking for rows of %1 without a match"),
+     OvTranslation::noop("The no-join of %1 was cancelled.")},
+    {"dbtheta", OvTranslation::noop("Testing pairs of rows of %1"),
+     OvTranslation::noop("The theta join of %1 was cancelled.")},
+    {"dbsever", OvTranslation::noop("Severing a table from %1"),
+     OvTranslation::noop("Severing a table from %1 was cancelled.")},
+    {"dbseparate", OvTranslation::noop("Separating a table from %1"),
+     OvTranslation::noop("Separating a table from %1 was cancelled.")},
+    {"dbselect", OvTranslation::noop("Writing the rows of %1"),
+     OvTranslation::noop("Saving %1 was cancelled.")},
+    {"dbwrite_view", OvTranslation::noop("Saving the view %1"),
+     OvTranslation::noop("Saving %1 was cancelled.")},
+    {"dbsave_view", OvTranslation::noop("Saving the view %1"),
+     OvTranslation::noop("Saving %1 was cancelled.")},
+    {"dbunjoin", OvTranslation::noop("Making a database of the records of %1"),
+     OvTranslation::noop("Saving %1 was cancelled.")},
+    {"spreadsheet", OvTranslation::noop("Writing the rows of %1 to a spreadsheet"),
+     OvTranslation::noop("Saving %1 was cancelled.")},
+    {"dbsave_view", OvTranslation::noop("Saving %1"), OvTranslation::noop("Saving %1 was cancelled.")},
+    {"dbwrite_view", OvTranslation::noop("Saving %1"), OvTranslation::noop("Saving %1 was cancelled.")},
+    {"dbselect", OvTranslation::noop("Saving %1"), OvTranslation::noop("Saving %1 was cancelled.")},
+    {"dbselect_hdr", OvTranslation::noop("Saving %1"), OvTranslation::noop("Saving %1 was cancelled.")},
+    {"spreadsheet", OvTranslation::noop("Saving %1"), OvTranslation::noop("Saving %1 was cancelled.")},
+    {"dbunjoin", OvTranslation::noop("Making a database of the records of %1"),
+     OvTranslation::noop("Making a database of %1 was cancelled.")},
+    {"dbcrunch", OvTranslation::noop("Taking marked rows out of %1"),
+     OvTranslation::noop("Crunching %1 was cancelled.")},
+    {"dbfind", OvTranslation::noop("Searching %1"), OvTranslation::noop("Searching %1 was cancelled.")},
 };
-const Words anyWords = {"", T("Working on %1"), T("Working on %1 was cancelled.")};
-#undef T
+const Words anyWords = {"", OvTranslation::noop("Working on %1"),
+                        OvTranslation::noop("Working on %1 was cancelled.")};
 
 const Words &wordsFor(const char *call)
 {
@@ -118,8 +133,8 @@ void OperationProgress::begin()
     const char *call = dbprogress_operation();
     const Words &said = wordsFor(call == nullptr ? "" : call);
     const QString subject = place.subject.isEmpty() ? tr("the database") : place.subject;
-    m_cancelledText = tr(said.cancelled).arg(subject);
-    m_running = tr(said.running).arg(subject);
+    m_cancelledText = OvTranslation::tr(said.cancelled).arg(subject);
+    m_running = OvTranslation::tr(said.running).arg(subject);
     QApplication::setOverrideCursor(Qt::BusyCursor);
     m_busyCursor = true;
 }

@@ -1,13 +1,13 @@
 #include "rows_menu.h"
 
 #include <QAction>
-#include <QCoreApplication>
 #include <QItemSelectionModel>
 #include <QLocale>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 
+#include <orvane/tr.h>
 #include <orvanedatabasemodel.h>
 #include <orvanedatabaseview.h>
 #include <orvanetablemodel.h>
@@ -40,37 +40,33 @@ struct RowCommand {
 
 namespace {
 
-#define T(text) QT_TRANSLATE_NOOP("ovedit", text)
-
 const RowCommand commands[] = {
-    {"addRows", T("&Add Rows..."), "Ctrl+Shift+N", T("Put a new row together in the row viewer and add it"),
-     Of::WritableTable, false, "", "", &OrvaneDatabaseView::addRows},
-    {"markSelected", T("&Mark Selected Rows For Deletion"), "",
-     T("Empty the records of the selected rows; crunching the table removes them"), Of::WritableTable, true,
-     T("Empty 1 row of '%1'? Its values are lost. The row itself goes when the table is crunched."),
-     T("Empty %2 rows of '%1'? Their values are lost. The rows themselves go when the table is crunched."),
+    {"addRows", OvTranslation::noop("&Add Rows..."), "Ctrl+Shift+N",
+     OvTranslation::noop("Put a new row together in the row viewer and add it"), Of::WritableTable, false, "",
+     "", &OrvaneDatabaseView::addRows},
+    {"markSelected", OvTranslation::noop("&Mark Selected Rows For Deletion"), "",
+     OvTranslation::noop("Empty the records of the selected rows; crunching the table removes them"),
+     Of::WritableTable, true,
+     OvTranslation::noop(
+         "Empty 1 row of '%1'? Its values are lost. The row itself goes when the table is crunched."),
+     OvTranslation::noop(
+         "Empty %2 rows of '%1'? Their values are lost. The rows themselves go when the table is crunched."),
      &OrvaneDatabaseView::markSelected},
-    {"crunch", T("&Crunch Table"), "", T("Remove the empty records of the table"), Of::WritableTable, false,
-     T("Remove the empty records of '%1'? The records behind them get other numbers."),
-     T("Remove the empty records of '%1'? The records behind them get other numbers."),
+    {"crunch", OvTranslation::noop("&Crunch Table"), "",
+     OvTranslation::noop("Remove the empty records of the table"), Of::WritableTable, false,
+     OvTranslation::noop("Remove the empty records of '%1'? The records behind them get other numbers."),
+     OvTranslation::noop("Remove the empty records of '%1'? The records behind them get other numbers."),
      &OrvaneDatabaseView::crunch},
-    {"deleteSelectedRows", T("&Delete Selected Rows From View"), "",
-     T("Take the selected rows out of the view; the records stay"), Of::View, true, "", "",
+    {"deleteSelectedRows", OvTranslation::noop("&Delete Selected Rows From View"), "",
+     OvTranslation::noop("Take the selected rows out of the view; the records stay"), Of::View, true, "", "",
      &OrvaneDatabaseView::deleteSelectedViewRows},
-    {"deleteOtherVisibleRows", T("Delete Other &Visible Rows From View"), "",
-     T("Of the rows on the screen keep the selected ones; the records stay"), Of::View, true, "", "",
-     &OrvaneDatabaseView::deleteOtherVisibleViewRows},
-    {"deleteAllOtherRows", T("Delete All &Other Rows From View"), "",
-     T("Keep the selected rows alone in the view; the records stay"), Of::View, true, "", "",
-     &OrvaneDatabaseView::deleteAllOtherViewRows},
+    {"deleteOtherVisibleRows", OvTranslation::noop("Delete Other &Visible Rows From View"), "",
+     OvTranslation::noop("Of the rows on the screen keep the selected ones; the records stay"), Of::View,
+     true, "", "", &OrvaneDatabaseView::deleteOtherVisibleViewRows},
+    {"deleteAllOtherRows", OvTranslation::noop("Delete All &Other Rows From View"), "",
+     OvTranslation::noop("Keep the selected rows alone in the view; the records stay"), Of::View, true, "",
+     "", &OrvaneDatabaseView::deleteAllOtherViewRows},
 };
-
-#undef T
-
-QString translated(const char *text)
-{
-    return QCoreApplication::translate("ovedit", text);
-}
 
 } // namespace
 
@@ -99,10 +95,10 @@ RowsMenu::RowsMenu(MainWindow &window, QMenuBar &bar)
 
 void RowsMenu::addCommand(const RowCommand &command)
 {
-    QAction *action = m_menu->addAction(translated(command.text));
+    QAction *action = m_menu->addAction(OvTranslation::tr(command.text));
     action->setObjectName(command.name);
     action->setShortcut(QKeySequence(command.keys, QKeySequence::PortableText));
-    action->setToolTip(translated(command.tip));
+    action->setToolTip(OvTranslation::tr(command.tip));
     connect(action, &QAction::triggered, this, [this, &command] { run(command); });
     m_commands.insert(&command, action);
 }
@@ -174,10 +170,10 @@ bool RowsMenu::isWanted(const RowCommand &command)
         return true;
     }
     const int rows = selectedRows();
-    const QString question = translated(rows == 1 ? command.questionOfOne : command.question)
+    const QString question = OvTranslation::tr(rows == 1 ? command.questionOfOne : command.question)
                                  .replace("%2", QLocale(QLocale::English).toString(rows))
                                  .replace("%1", table()->getTableName());
-    return QMessageBox::question(&m_window, translated(command.text).remove('&'), question,
+    return QMessageBox::question(&m_window, OvTranslation::tr(command.text).remove('&'), question,
                                  QMessageBox::Yes | QMessageBox::Cancel,
                                  QMessageBox::Cancel) == QMessageBox::Yes;
 }

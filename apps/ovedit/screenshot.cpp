@@ -1,12 +1,13 @@
 #include "screenshot.h"
 
-#include <QCoreApplication>
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QImageWriter>
 #include <QPixmap>
 #include <QTimer>
 #include <QWidget>
+
+#include <orvane/tr.h>
 
 namespace {
 
@@ -23,8 +24,7 @@ QString writeScreenshot(QWidget &window, const QString &file)
     const QByteArray format = QFileInfo(file).suffix().isEmpty() ? QByteArray("png") : QByteArray();
     QImageWriter writer(file, format);
     if (!writer.write(picture)) {
-        return QCoreApplication::translate("ovedit", "%1: the picture can't be written: %2")
-            .arg(file, writer.errorString());
+        return OvTranslation::tr("%1: the picture can't be written: %2").arg(file, writer.errorString());
     }
     return {};
 }

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include <QCoreApplication>
+#include <orvane/tr.h>
 
 namespace {
 
@@ -10,11 +10,6 @@ constexpr qint64 lookBack = 5000;       // milliseconds over which the pace is t
 constexpr qint64 guessAfter = 1500;     // milliseconds: over less a guess would jump about
 constexpr double minuteBegins = 55;     // seconds that are told as a minute
 constexpr double hourBegins = 55 * 60.; // seconds that are told as an hour
-
-QString translated(const char *text)
-{
-    return QCoreApplication::translate("TimeLeft", text);
-}
 
 // Every second up to ten, then every five.
 int roundedSeconds(double seconds)
@@ -49,21 +44,20 @@ QString TimeLeft::text() const
 QString timeLeftText(double seconds)
 {
     if (seconds <= 3) {
-        return translated(QT_TRANSLATE_NOOP("TimeLeft", "A few seconds left"));
+        return OvTranslation::tr("A few seconds left");
     }
     if (seconds < minuteBegins) {
-        return translated(QT_TRANSLATE_NOOP("TimeLeft", "About %1 seconds left"))
-            .arg(roundedSeconds(seconds));
+        return OvTranslation::tr("About %1 seconds left").arg(roundedSeconds(seconds));
     }
     if (seconds < hourBegins) {
         const int minutes = qMax(1, qRound(seconds / 60));
-        return minutes == 1 ? translated(QT_TRANSLATE_NOOP("TimeLeft", "About a minute left"))
-                            : translated(QT_TRANSLATE_NOOP("TimeLeft", "About %1 minutes left")).arg(minutes);
+        return minutes == 1 ? OvTranslation::tr("About a minute left")
+                            : OvTranslation::tr("About %1 minutes left").arg(minutes);
     }
     const double hours = seconds / 3600;
     if (hours < 1.5) {
-        return translated(QT_TRANSLATE_NOOP("TimeLeft", "About an hour left"));
+        return OvTranslation::tr("About an hour left");
     }
-    return hours < 24 ? translated(QT_TRANSLATE_NOOP("TimeLeft", "About %1 hours left")).arg(qRound(hours))
-                      : translated(QT_TRANSLATE_NOOP("TimeLeft", "More than a day left"));
+    return hours < 24 ? OvTranslation::tr("About %1 hours left").arg(qRound(hours))
+                      : OvTranslation::tr("More than a day left");
 }

@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-#include <QCoreApplication>
+#include <orvane/plot.h>
 
 #include "event_style.h"
 
@@ -26,16 +26,11 @@ static const Scale &scaleOf(LegendForm form)
     return form == LegendForm::Full ? full : compact;
 }
 
-static QString text(const char *source)
-{
-    return QCoreApplication::translate("OvEventMap", source);
-}
-
 static double columnWidth(const QFontMetricsF &metrics)
 {
-    return std::max({metrics.horizontalAdvance(text("Magnitude")),
-                     metrics.horizontalAdvance(text("Depth (km)")),
-                     barWidth + 8 + metrics.horizontalAdvance(text("unknown")),
+    return std::max({metrics.horizontalAdvance(OvEventMap::tr("Magnitude")),
+                     metrics.horizontalAdvance(OvEventMap::tr("Depth (km)")),
+                     barWidth + 8 + metrics.horizontalAdvance(OvEventMap::tr("unknown")),
                      2 * largestRadius + 12 + metrics.horizontalAdvance(QStringLiteral("0"))});
 }
 
@@ -124,7 +119,8 @@ static void drawUnknown(QPainter &painter, QPointF at, const MapColours &colours
     painter.setPen(QPen(colours.coast, 0.8));
     painter.drawRect(QRectF(at.x(), at.y() + (height - barWidth) / 2, barWidth, barWidth));
     painter.setPen(colours.text);
-    painter.drawText(QRectF(at.x() + barWidth + 8, at.y(), 200, height), Qt::AlignVCenter, text("unknown"));
+    painter.drawText(QRectF(at.x() + barWidth + 8, at.y(), 200, height), Qt::AlignVCenter,
+                     OvEventMap::tr("unknown"));
 }
 
 void Legend::draw(QPainter &painter, QPointF corner, const MapColours &colours) const
@@ -143,10 +139,10 @@ void Legend::draw(QPainter &painter, QPointF corner, const MapColours &colours) 
 
     QPointF at = corner + QPointF(padding, padding);
     painter.setPen(colours.text);
-    painter.drawText(at + QPointF(0, metrics.ascent()), text("Magnitude"));
+    painter.drawText(at + QPointF(0, metrics.ascent()), OvEventMap::tr("Magnitude"));
     at.setY(drawSizes(painter, at + QPointF(0, metrics.height() * 1.25), scale, colours) + padding);
     painter.setPen(colours.text);
-    painter.drawText(at + QPointF(0, metrics.ascent()), text("Depth (km)"));
+    painter.drawText(at + QPointF(0, metrics.ascent()), OvEventMap::tr("Depth (km)"));
     at.ry() += metrics.height() * 1.5;
     drawDepths(painter, at, scale, colours);
     if (unknownDepths)

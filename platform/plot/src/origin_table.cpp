@@ -7,19 +7,14 @@
 #include <limits>
 #include <memory>
 
-#include <QCoreApplication>
 #include <QFile>
 
+#include <orvane/plot.h>
 #include <orvane/util.h>
 
 #include "error_log.h"
 
 static constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
-
-static QString text(const char *source)
-{
-    return QCoreApplication::translate("OvEventMap", source);
-}
 
 OriginTable::OriginTable(const QString &path) : m_path(path)
 {
@@ -71,7 +66,7 @@ OriginTable::State OriginTable::state() const
         return state;
     std::int64_t present = 0;
     if (m_table.table < 0 || dbquery(m_table, dbTABLE_PRESENT, &present) != 0 || !present) {
-        state.error = text("The database %1 has no table \"origin\".").arg(m_path);
+        state.error = OvEventMap::tr("The database %1 has no table \"origin\".").arg(m_path);
         return state;
     }
     const char *file = nullptr;

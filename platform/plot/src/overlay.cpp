@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include <QCoreApplication>
 #include <QLocale>
 #include <QPainterPath>
+
+#include <orvane/plot.h>
 
 #include "graticule.h"
 
@@ -131,8 +132,7 @@ QRectF drawDistanceScale(QPainter &painter, const MapFrame &frame, QPointF corne
     const double power = std::pow(10, std::floor(std::log10(longest)));
     const double length = longest >= 5 * power ? 5 * power : longest >= 2 * power ? 2 * power : power;
     const double width = length / kilometresPerDegree * frame.scale;
-    const QString text =
-        QCoreApplication::translate("OvEventMap", "%1 km").arg(QLocale().toString(length, 'g', 6));
+    const QString text = OvEventMap::tr("%1 km").arg(QLocale().toString(length, 'g', 6));
     const QFontMetricsF metrics(painter.font());
     const double space = std::max(width, metrics.horizontalAdvance(text)) + 12;
     const QRectF place(corner.x() - space, corner.y() - metrics.height() - 12, space, metrics.height() + 12);

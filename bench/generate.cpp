@@ -5,8 +5,7 @@
 // catalogue: rising times, magnitudes that fall off by a factor of ten a unit, a tenth of the optional
 // figures missing.
 
-#include <orvane/db.h>
-#include <orvane/util.h>
+#include "table_layout.h"
 
 #include <cinttypes>
 #include <cmath>
@@ -21,48 +20,8 @@
 
 namespace {
 
-struct Column {
-    std::string name;
-    std::string format;
-    std::string null;
-    int64_t type = 0;
-    int64_t width = 0;
-};
-
-void fail(const std::string &what)
-{
-    std::unique_ptr<char, decltype(&std::free)> log(elog_string(0), std::free);
-    std::fprintf(stderr, "generate: %s\n%s\n", what.c_str(), log ? log.get() : "");
-    std::exit(1);
-}
-
-std::string text(Dbptr at, int code)
-{
-    const char *answer = nullptr;
-    if (dbquery(at, code, &answer) < 0)
-        fail("the schema does not answer");
-    return answer;
-}
-
-int64_t number(Dbptr at, int code)
-{
-    int64_t answer = 0;
-    if (dbquery(at, code, &answer) < 0)
-        fail("the schema does not answer");
-    return answer;
-}
-
-std::vector<Column> columnsOf(Dbptr table)
-{
-    std::vector<Column> columns;
-    for (int64_t field = 0; field < number(table, dbFIELD_COUNT); ++field) {
-        Dbptr at = table;
-        at.field = field;
-        columns.push_back({text(at, dbFIELD_NAME), text(at, dbFIELD_FORMAT), text(at, dbNULL),
-                           number(at, dbFIELD_TYPE), number(at, dbFIELD_SIZE)});
-    }
-    return columns;
-}
+using bench::Column;
+using bench::fail;
 
 std::string formatted(const Column &column, double value)
 {
@@ -111,19 +70,8 @@ int main(int argc, char **argv)
         return low + (high - low) * static_cast<double>(random() >> 11) * 0x1p-53;
     };
 
-    std::FILE *descriptor = std::fopen(path.c_str(), "w");
-    if (descriptor == nullptr)
-        fail("cannot write " + path);
-    std::fprintf(descriptor,
-                 "schema: css3.0\ndbpath: [.]\nlocks: local\nidserver: \"\"\n"
-                 "description: %" PRId64
-                 " generated origins\ndetail: Generated values, for measurements only.\n",
-                 rows);
-    std::fclose(descriptor);
-    Dbptr db;
-    if (dbopen_database(path.c_str(), "r", &db) < 0)
-        fail("cannot open " + path);
-    const std::vector<Column> columns = columnsOf(dblookup(db, nullptr, "origin", nullptr, nullptr));
+    const Dbptr db = bench::new_database(path, std::to_string(rows) + " generated origins");
+    const std::vector<Column> columns = bench::columns_of(dblookup(db, nullptr, "origin", nullptr, nullptr));
 
     double time = 0;
     double magnitude = 0;

@@ -21,19 +21,45 @@ int QDbptr::dbFind(QString expression, bool backwards)
     return answerTo<int>(this, "dbFind", QStringLiteral("dbfind"), {std::move(expression), backwards});
 }
 
+namespace {
+
+// Passed on as one argument, not as a list of arguments.
+QVariant listOf(const QVector<qint64> &numbers)
+{
+    QVariantList list;
+    list.reserve(numbers.size());
+    for (const qint64 number : numbers)
+        list.append(number);
+    return list;
+}
+
+QVector<qint64> numbersOf(const QVariantList &list)
+{
+    QVector<qint64> numbers;
+    numbers.reserve(list.size());
+    for (const QVariant &number : list)
+        numbers.append(number.toLongLong());
+    return numbers;
+}
+
+} // namespace
+
+QDbptr::TableState QDbptr::getTableState()
+{
+    const auto state = answerTo<QVariantList>(this, "getTableState", QStringLiteral("table_state"));
+    return {state.value(0).toLongLong(), state.value(1).toLongLong()};
+}
+
+QVector<qint64> QDbptr::movedRecords(qint64 numbering, const QVector<qint64> &records)
+{
+    return numbersOf(answerTo<QVariantList>(this, "movedRecords", QStringLiteral("moved_records"),
+                                            {numbering, listOf(records)}));
+}
+
 QVector<qint64> QDbptr::findRows(QString table, const QVector<qint64> &rows)
 {
-    QVariantList numbers;
-    numbers.reserve(rows.size());
-    for (const qint64 row : rows)
-        numbers.append(row);
-    const auto places = answerTo<QVariantList>(this, "findRows", QStringLiteral("find_rows"),
-                                               {std::move(table), QVariant(numbers)});
-    QVector<qint64> found;
-    found.reserve(places.size());
-    for (const QVariant &place : places)
-        found.append(place.toLongLong());
-    return found;
+    return numbersOf(answerTo<QVariantList>(this, "findRows", QStringLiteral("find_rows"),
+                                            {std::move(table), listOf(rows)}));
 }
 
 QDbptr *QDbptr::joinTable(QString table, QString viewName)

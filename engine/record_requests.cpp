@@ -166,24 +166,53 @@ void findRecord(const RequestCall &call)
     call.response->setValue<long>(dbfind(call.input, expression.constData(), backwards, nullptr));
 }
 
+namespace {
+
+std::vector<int64_t> numbersOf(const QVariant &list)
+{
+    const QVariantList numbers = list.toList();
+    std::vector<int64_t> result;
+    result.reserve(static_cast<std::size_t>(numbers.size()));
+    for (const QVariant &number : numbers)
+        result.push_back(number.toLongLong());
+    return result;
+}
+
+QVariantList listOf(const std::vector<int64_t> &numbers)
+{
+    QVariantList list;
+    list.reserve(static_cast<int>(numbers.size()));
+    for (const int64_t number : numbers)
+        list.append(static_cast<qlonglong>(number));
+    return list;
+}
+
+} // namespace
+
+// That nobody knows where records are is an answer, too: an empty list.
+void movedRecords(const RequestCall &call)
+{
+    std::vector<int64_t> records = numbersOf(call.arguments[1]);
+    const int answer = dbmoved_records(call.input, call.arguments[0].toLongLong(), records.data(),
+                                       records.size(), records.data());
+    if (answer == dbERROR_STALE)
+        call.response->setValue(QVariantList());
+    else if (answer < 0)
+        call.fail(QLatin1String(call.row.failure), LibraryLog::With);
+    else
+        call.response->setValue(listOf(records));
+}
+
 void findRows(const RequestCall &call)
 {
     const QByteArray name = call.arguments[0].toString().toUtf8();
     const Dbptr other = dblookup(call.input, "", name.constData(), "dbALL", "dbALL");
-    const QVariantList numbers = call.arguments[1].toList();
-    std::vector<int64_t> rows;
-    rows.reserve(static_cast<std::size_t>(numbers.size()));
-    for (const QVariant &number : numbers)
-        rows.push_back(number.toLongLong());
+    std::vector<int64_t> rows = numbersOf(call.arguments[1]);
     if (other.table < 0 || dbfind_rows(call.input, other, rows.data(), rows.size(), rows.data()) < 0) {
         call.fail(QLatin1String(call.row.failure), LibraryLog::With);
         return;
     }
-    QVariantList places;
-    places.reserve(numbers.size());
-    for (const int64_t place : rows)
-        places.append(static_cast<qlonglong>(place));
-    call.response->setValue(places);
+    call.response->setValue(listOf(rows));
 }
 
 } // namespace requests

@@ -21,6 +21,7 @@ void linkFields(const RequestCall &call);
 
 /* table_requests.cpp: what is gathered over tables */
 void tableModTime(const RequestCall &call);
+void tableState(const RequestCall &call);
 void tableModTimes(const RequestCall &call);
 void tableFields(const RequestCall &call);
 void baseTablesPresent(const RequestCall &call);
@@ -56,6 +57,7 @@ void separateTable(const RequestCall &call);
 void getText(const RequestCall &call);
 void getValues(const RequestCall &call);
 void findRecord(const RequestCall &call);
+void movedRecords(const RequestCall &call);
 void findRows(const RequestCall &call);
 
 /* record_changes.cpp */

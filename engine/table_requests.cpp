@@ -68,6 +68,18 @@ void tableModTimes(const RequestCall &call)
     call.response->setValue(times);
 }
 
+void tableState(const RequestCall &call)
+{
+    int64_t numbering = 0;
+    int64_t version = 0;
+    if (dbquery(call.input, dbTABLE_NUMBERING, &numbering) < 0 ||
+        dbquery(call.input, dbTABLE_VERSION, &version) < 0) {
+        call.fail(QStringLiteral("dbquery failed for dbTABLE_VERSION"), LibraryLog::With);
+        return;
+    }
+    call.response->setValue(QVariantList{static_cast<qlonglong>(numbering), static_cast<qlonglong>(version)});
+}
+
 void tableFields(const RequestCall &call)
 {
     int64_t view = 0;

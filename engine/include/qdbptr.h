@@ -173,6 +173,15 @@ public:
      * expression is true; from a table the first, backwards the last. Negative when there is none and when
      * the search fails. */
     int dbFind(QString expression, bool backwards);
+    /* What tells whether the handle's table is as it was. */
+    struct TableState {
+        qint64 numbering = -1; /* another one when record numbers stand for other records */
+        qint64 version = -1;   /* another one when another program may have changed records */
+    };
+    TableState getTableState();
+    /* Where the records are now that had these numbers at a numbering, -1 for those that are gone. Empty when
+     * nobody knows: another program put another file in the table's place. */
+    QVector<qint64> movedRecords(qint64 numbering, const QVector<qint64> &records);
     /* The rows of another table or view that have the same records as these rows of the handle's table; -1
      * where there is none. Throws when the two are not made of the same member tables. */
     QVector<qint64> findRows(QString table, const QVector<qint64> &rows);

@@ -302,7 +302,7 @@ TEST_F(QueryTest, fails_for_every_code_on_a_stale_pointer)
 TEST_F(QueryTest, fails_for_an_unknown_code_and_for_no_place)
 {
     for (const int code :
-         {0, 1, -300, -302, -306, -311, -322, -369, -501, -504, -506, INT32_MIN, INT32_MAX}) {
+         {0, 1, -300, -302, -306, -311, -322, -371, -501, -504, -506, INT32_MIN, INT32_MAX}) {
         int64_t answer = 5;
         elog_clear();
         EXPECT_EQ(dbquery(lat(), code, &answer), dbERROR_ARGUMENT) << code;

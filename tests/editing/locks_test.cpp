@@ -10,7 +10,9 @@
 #include <csignal>
 #include <filesystem>
 #include <sys/time.h>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace orvane;
 
@@ -59,7 +61,56 @@ TEST_F(Locked, changes_wait_until_the_lock_is_let_go)
     EXPECT_EQ(dbadd(opened.table("event"), record("3").c_str()), 2);
     letting_go.join();
     EXPECT_EQ(take_log(), "");
-    EXPECT_NE(notices_.find("quakes.event: is locked by another program; waiting"), std::string::npos);
+    EXPECT_NE(notices_.find("quakes.event: is locked by this program itself (process " +
+                            std::to_string(::getpid()) +
+                            "), which has it open once more; waiting until it is free"),
+              std::string::npos)
+        << notices_;
+}
+
+TEST_F(Locked, hooks_are_told_who_holds_the_lock_that_is_waited_for)
+{
+    // Another program, which locks the table and waits to be killed.
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t other = ::fork();
+    if (other == 0) {
+        const auto held = lock();
+        static_cast<void>(::write(ready[1], "x", 1) == 1);
+        ::pause();
+        ::_exit(0);
+    }
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    Opened opened(files_.path(), "r+");
+    struct Told {
+        int before = 0; // calls without a word of waiting
+        std::string waiting;
+    } told;
+    dbset_progress_hook(
+        [](double, void *data) {
+            auto &seen = *static_cast<Told *>(data);
+            if (!dbprogress_waiting()) {
+                ++seen.before;
+                return 0;
+            }
+            seen.waiting = dbprogress_waiting();
+            return 1;
+        },
+        &told);
+    EXPECT_EQ(put(opened.record("event", 0), "evid", "7"), dbERROR_CANCELLED);
+    const std::string holder = "(process " + std::to_string(other) + ")";
+    EXPECT_GT(told.before, 5) << "short waits are not worth a word";
+    EXPECT_NE(told.waiting.find("quakes.event: is locked by editing_tests " + holder), std::string::npos)
+        << told.waiting;
+    EXPECT_NE(take_log().find("was locked by editing_tests " + holder), std::string::npos);
+    EXPECT_EQ(dbprogress_waiting(), nullptr);
+    ::kill(other, SIGKILL);
+    ::waitpid(other, nullptr, 0);
+    ::close(ready[0]);
+    ::close(ready[1]);
+    dbset_progress_hook(nullptr, nullptr);
+    EXPECT_EQ(put(opened.record("event", 0), "evid", "7"), 0) << "a killed program holds no locks";
 }
 
 TEST_F(Locked, changes_are_given_up_by_the_hook)
@@ -73,7 +124,7 @@ TEST_F(Locked, changes_are_given_up_by_the_hook)
     EXPECT_EQ(asked, 2);
     const std::string log = take_log();
     EXPECT_NE(log.find("dbadd: cancelled"), std::string::npos) << log;
-    EXPECT_NE(log.find("quakes.event: was locked by another program"), std::string::npos) << log;
+    EXPECT_NE(log.find("quakes.event: was locked by this program itself"), std::string::npos) << log;
     EXPECT_EQ(dbaddchk(opened.table("event"), record("3").c_str()), dbERROR_CANCELLED);
     EXPECT_EQ(put(opened.record("event", 0), "evid", "7"), dbERROR_CANCELLED);
     EXPECT_EQ(dbmark(opened.record("event", 0)), dbERROR_CANCELLED);

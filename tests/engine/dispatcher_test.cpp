@@ -78,6 +78,8 @@ const char *const allRequests[] = {"database_name",
                                    "dbgetv",
                                    "dbfind",
                                    "find_rows",
+                                   "moved_records",
+                                   "table_state",
                                    "dbfree",
                                    "close_database",
                                    "no_such_request"};
@@ -233,6 +235,7 @@ INSTANTIATE_TEST_SUITE_P(Requests, CountedArguments,
                                          Count{"dbget", 1, "one (scratch-flag)"},
                                          Count{"dbgetv", 1, "one (list of fields to get)"},
                                          Count{"dbfind", 2, "two (expression, backwards-flag)"},
+                                         Count{"moved_records", 2, "two (numbering, list of record numbers)"},
                                          Count{"find_rows", 2,
                                                "two (name of table to find them in, list of row numbers)"}));
 

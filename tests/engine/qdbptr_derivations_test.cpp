@@ -169,6 +169,21 @@ TEST(Finding, TellsWhereRowsAreInAView)
     EXPECT_NE(fails("nowhere"), std::string::npos);
 }
 
+TEST(Records, AreFollowedThroughACrunch)
+{
+    const OpenDatabase open("r+");
+    const Handle origin = open.at(OriginTable);
+    const QDbptr::TableState before = origin->getTableState();
+    const Handle first(origin->lookupRecord(0));
+    first->dbMark();
+    EXPECT_EQ(origin->getTableState().numbering, before.numbering);
+    EXPECT_EQ(origin->movedRecords(before.numbering, {0, 2}), (QVector<qint64>{0, 2}));
+    origin->dbCrunch();
+    EXPECT_NE(origin->getTableState().numbering, before.numbering);
+    EXPECT_EQ(origin->movedRecords(before.numbering, {0, 2, -3}), (QVector<qint64>{-1, 1, -1}));
+    EXPECT_EQ(origin->movedRecords(before.numbering - 7, {0, 2}), QVector<qint64>()) << "nobody knows";
+}
+
 TEST(Freeing, AnnouncesAChange)
 {
     const OpenDatabase open;

@@ -59,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Derivations, NullHandle,
                                          CALL(sort, "orid", "", false, false), CALL(group, {"orid"}, ""),
                                          CALL(ungroup, ""), CALL(subset, "true", ""),
                                          CALL(dbFind, "true", false), CALL(findRows, "origin", {1}),
-                                         CALL(dbFree)));
+                                         CALL(getTableState), CALL(movedRecords, 0, {1}), CALL(dbFree)));
 
 INSTANTIATE_TEST_SUITE_P(TextGetters, NullHandle,
                          testing::Values(CALL(getDatabaseFileName), CALL(getDatabaseFilename),

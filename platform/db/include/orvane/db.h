@@ -97,7 +97,9 @@ enum {
     dbSCHEMA_TABLES = -358,        /* Tbl * of char *: base tables in schema order, then views */
     dbIDSERVER = -361,             /* const char * */
     dbLOCKS = -362,                /* const char *: "local" or "none" */
-    dbTABLE_CREATION = -368        /* const char *: one line per operation, oldest first */
+    dbTABLE_CREATION = -368,       /* const char *: one line per operation, oldest first */
+    dbTABLE_NUMBERING = -369,      /* int64_t: another one when record numbers stand for other records */
+    dbTABLE_VERSION = -370         /* int64_t: another one when another program may have changed records */
 };
 
 /* Field types, as answered to dbFIELD_TYPE. */
@@ -274,34 +276,34 @@ ORVANE_DB_EXPORT Dbptr dbrow_range(Dbptr db, int64_t first, int64_t end);
 
 /* ---- Saving -------------------------------------------------------------------------------------
  *
- * A saved view is a text of the view's record numbers (docs/formats/saved-view.md). A database shows those that
- * lie beside its descriptor, as files QUAKES.NAME, behind its tables from when it is opened; their rows are read
- * when they are first asked for. Where a member table has changed since the view was saved a notice says so, and
- * rows that stand for records that are gone are left out. A damaged one is refused: a notice, or as with a table
- * of a wrong form the error log, says where it is wrong.
+ * A saved view is a text of the view's record numbers (docs/formats/saved-view.md). A database shows those
+ * that lie beside its descriptor, as files QUAKES.NAME, behind its tables from when it is opened; their rows
+ * are read when they are first asked for. Where a member table has changed since the view was saved a notice
+ * says so, and rows that stand for records that are gone are left out. A damaged one is refused: a notice, or
+ * as with a table of a wrong form the error log, says where it is wrong.
  *
- * The calls return 0 or a negative code; the pointer's field and record count for nothing. They call the progress
- * hook. */
+ * The calls return 0 or a negative code; the pointer's field and record count for nothing. They call the
+ * progress hook. */
 
-/* Writes the table or view to a stream, which stays the caller's, as a saved view; a base table as the view of
- * all its records. A null stream is an error. */
+/* Writes the table or view to a stream, which stays the caller's, as a saved view; a base table as the view
+ * of all its records. A null stream is an error. */
 ORVANE_DB_EXPORT int dbwrite_view(Dbptr db, FILE *stream);
 
-/* Saves the view beside its database's descriptor, under its name and in place of the view that was saved under
- * that before; a base table as NAME_view1. No other file is replaced. It needs no more than the right to write
- * to the folder. When it fails what was there stays as it was. */
+/* Saves the view beside its database's descriptor, under its name and in place of the view that was saved
+ * under that before; a base table as NAME_view1. No other file is replaced. It needs no more than the right
+ * to write to the folder. When it fails what was there stays as it was. */
 ORVANE_DB_EXPORT int dbsave_view(Dbptr db);
 
-/* Reads a saved view from a stream, up to its end, and makes it a view of `database`; where that is the invalid
- * pointer, of the database that it was saved from, which is opened to read and is the caller's to close.
- * `name` is that of the view; null or empty stands for the one that it was saved under, or one like it. Answers
- * as dbsubset does. */
+/* Reads a saved view from a stream, up to its end, and makes it a view of `database`; where that is the
+ * invalid pointer, of the database that it was saved from, which is opened to read and is the caller's to
+ * close. `name` is that of the view; null or empty stands for the one that it was saved under, or one like
+ * it. Answers as dbsubset does. */
 ORVANE_DB_EXPORT Dbptr dbread_view(Dbptr database, FILE *stream, const char *name);
 
-/* Writes the records that the table's or view's rows stand for, of each member table once and in their order, as
- * a new database: a descriptor at the path, and table files. Where the schema would not be found from there it
- * is copied beside it. A path at which there is a descriptor or a table file is refused. `flag` is 0. When it
- * fails or is cancelled nothing is left. */
+/* Writes the records that the table's or view's rows stand for, of each member table once and in their order,
+ * as a new database: a descriptor at the path, and table files. Where the schema would not be found from
+ * there it is copied beside it. A path at which there is a descriptor or a table file is refused. `flag` is
+ * 0. When it fails or is cancelled nothing is left. */
 ORVANE_DB_EXPORT int dbunjoin(Dbptr db, const char *path, int flag);
 
 /* ---- Progress ----------------------------------------------------------------------------------- */
@@ -317,9 +319,13 @@ ORVANE_DB_EXPORT void dbset_progress_hook(dbprogress_hook hook, void *data);
 /* For hooks: the name of the call that is running, "dbsort"; null outside of hooks. */
 ORVANE_DB_EXPORT const char *dbprogress_operation(void);
 
-/* Tells the hook, at most every 100 ms, how far something is that reads many records by itself, such as writing a
- * spreadsheet of them; `operation` names it for dbprogress_operation. Returns 0, or dbERROR_CANCELLED when the
- * hook says to stop, with nothing in the error log. */
+/* For hooks: what the call that is running waits for, as a sentence ("/data/quakes.origin is locked by ovdb
+ * (process 4711); waiting until it is free"); null while it waits for nothing. */
+ORVANE_DB_EXPORT const char *dbprogress_waiting(void);
+
+/* Tells the hook, at most every 100 ms, how far something is that reads many records by itself, such as
+ * writing a spreadsheet of them; `operation` names it for dbprogress_operation. Returns 0, or
+ * dbERROR_CANCELLED when the hook says to stop, with nothing in the error log. */
 ORVANE_DB_EXPORT int dbreport_progress(const char *operation, double fraction);
 
 /* ---- Expressions --------------------------------------------------------------------------------
@@ -368,8 +374,8 @@ ORVANE_DB_EXPORT int dbfind_rows(Dbptr from, Dbptr to, const int64_t *rows, size
  * Of a database opened with "r+". A change is there whole when its call returns, for other programs too, and
  * survives the end of this one; with `durability: disk` in the descriptor that of the machine. A call that
  * fails leaves the table as it was. Writers lock the table's file (unless the descriptor says `locks: none`):
- * a call waits for another one's lock, asks the process's progress hook meanwhile and is given up with
- * dbERROR_CANCELLED. Details are in docs/editing.md.
+ * a call waits for another one's lock, asks the process's progress hook meanwhile (dbprogress_waiting) and is
+ * given up with dbERROR_CANCELLED. Details are in docs/editing.md.
  *
  * A record is known by its number. When another program crunched or replaced the table since this one last
  * read of it, a change by number fails with dbERROR_STALE: read the table again.
@@ -405,6 +411,14 @@ ORVANE_DB_EXPORT int dbmark(Dbptr db);
  * over the table follow: rows whose records are gone go, bundles without rows too. A table's file is replaced
  * by a new one. Returns 0 or a negative code. */
 ORVANE_DB_EXPORT int dbcrunch(Dbptr db);
+
+/* For each of `count` record numbers that the table or view had at the numbering `numbering`
+ * (dbTABLE_NUMBERING), the number that the record has now, in places[] (which may be `numbers`); -1 where it
+ * is gone. Known of the last time that this program crunched: dbERROR_STALE where another program replaced
+ * the table, or it was crunched more than once since. Returns 0, or a negative code with `places` as it was
+ * and, of dbERROR_STALE, nothing in the error log. */
+ORVANE_DB_EXPORT int dbmoved_records(Dbptr db, int64_t numbering, const int64_t *numbers, size_t count,
+                                     int64_t *places);
 
 /* A new number for the id field `name` ("orid"), greater than any in use in the table that defines it and,
  * where the schema has the table lastid, than any given out before, also by other programs; else the caller

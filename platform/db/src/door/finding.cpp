@@ -1,4 +1,4 @@
-// dbfind, dbfind_rows and dbfree.
+// dbfind, dbfind_rows, dbmoved_records and dbfree.
 #include "door/derivations.h"
 
 #include "base/concat.h"
@@ -90,6 +90,25 @@ int dbfind_rows(Dbptr from, Dbptr to, const int64_t *rows, size_t count, int64_t
         if (!found.ok())
             return code_of(named_failure("dbfind_rows", found.status()));
         std::copy(found->begin(), found->end(), places);
+        return 0;
+    });
+}
+
+int dbmoved_records(Dbptr db, int64_t numbering, const int64_t *numbers, size_t count, int64_t *places)
+{
+    return guarded("dbmoved_records", [&] {
+        if (count > 0 && (!numbers || !places))
+            return code_of(Status(Code::Argument, "dbmoved_records: the numbers or their places are null"));
+        Subject subject;
+        if (Status found = find_subject(db, Level::Table, "dbmoved_records", subject); !found.ok())
+            return code_of(found);
+        const std::int64_t now = subject.table->numbering();
+        const RecordMoves &moves = subject.table->last_moves();
+        if (numbering != now && (numbering != moves.from || now != moves.to))
+            return static_cast<int>(dbERROR_STALE); // what became of them nobody knows, which is no failure
+        std::transform(numbers, numbers + count, places, [&](std::int64_t number) {
+            return numbering == now ? number : moves.place_of(number);
+        });
         return 0;
     });
 }

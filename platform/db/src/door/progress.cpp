@@ -1,4 +1,4 @@
-// dbset_progress_hook, dbprogress_operation and dbreport_progress.
+// dbset_progress_hook, dbprogress_operation, dbprogress_waiting and dbreport_progress.
 #include "work/work.h"
 
 #include <orvane/db.h>
@@ -17,6 +17,11 @@ void dbset_progress_hook(dbprogress_hook hook, void *data)
 const char *dbprogress_operation(void)
 {
     return operation_told_of();
+}
+
+const char *dbprogress_waiting(void)
+{
+    return waited_for();
 }
 
 int dbreport_progress(const char *operation, double fraction)

@@ -131,13 +131,15 @@ const QueryRow rows[] = {
     {dbIDSERVER, "id server", Level::Database, [](S s) -> const std::string & { return s.database->descriptor().idserver; }},
     {dbLOCKS, "locks", Level::Database, [](S s) -> std::string { return s.database->descriptor().locks == Locks::Local ? "local" : "none"; }},
     {dbTABLE_CREATION, "table creation", Level::Table, [](S s) { return s.table->creation(); }},
+    {dbTABLE_NUMBERING, "table numbering", Level::Table, [](S s, Answer &) { return s.table->numbering(); }},
+    {dbTABLE_VERSION, "table version", Level::Table, [](S s, Answer &) { return s.table->version(); }},
     {dbNULL, "field null", Level::Field, [](S s) -> const std::string & { return s.field->attribute->null; }},
 };
 // clang-format on
 
 // Rows by code, so that a question costs no search. All codes but dbNULL lie in this span.
 constexpr int first_code = dbTABLE_COUNT;
-constexpr int last_code = dbTABLE_CREATION;
+constexpr int last_code = dbTABLE_VERSION;
 using RowByCode = std::array<const QueryRow *, first_code - last_code + 1>;
 
 RowByCode index_rows()

@@ -1,6 +1,7 @@
 #include "storage/file_locks.h"
 
 #include "base/concat.h"
+#include "storage/lock_holder.h"
 
 #include <orvane/util.h>
 
@@ -22,21 +23,27 @@ constexpr auto patience = std::chrono::seconds(1);
 Status wait_for_lock(RandomAccessFile &file, LockRange range, const std::string &shown, Work &work)
 {
     const auto start = std::chrono::steady_clock::now();
-    bool told = false;
+    std::string waiting; // told from when it has taken long
+    const char *const before = waited_for();
+    const auto restore = [&](Status result) {
+        waited_for() = before;
+        return result;
+    };
     for (auto pause = shortest_pause;; pause = std::min(2 * pause, longest_pause)) {
         const auto locked = file.try_lock(LockKind::Exclusive, range);
         if (!locked.ok())
-            return Status(locked.status().code(),
-                          concat(shown, ": ", locked.status().message(),
-                                 "; where one program alone writes, 'locks: none' in the descriptor goes "
-                                 "without"));
+            return restore(Status(locked.status().code(),
+                                  concat(shown, ": ", locked.status().message(),
+                                         "; where one program alone writes, 'locks: none' in the descriptor "
+                                         "goes without")));
         if (*locked)
-            return Status();
+            return restore(Status());
         if (Status asked = work.poll(); !asked.ok())
-            return asked.with_line(concat(shown, ": was locked by another program"));
-        if (!told && std::chrono::steady_clock::now() - start > patience) {
-            elog_notice("%s: is locked by another program; waiting until it is free", shown.c_str());
-            told = true;
+            return restore(asked.with_line(concat(shown, ": was locked by ", lock_holder(file))));
+        if (waiting.empty() && std::chrono::steady_clock::now() - start > patience) {
+            waiting = concat(shown, ": is locked by ", lock_holder(file), "; waiting until it is free");
+            elog_notice("%s", waiting.c_str());
+            waited_for() = waiting.c_str();
         }
         std::this_thread::sleep_for(pause);
     }

@@ -35,6 +35,18 @@ RecordCount BaseTable::count_records()
     return RecordCount{records, file_.refusal()};
 }
 
+std::int64_t BaseTable::numbering()
+{
+    static_cast<void>(file_.count_records());
+    return static_cast<std::int64_t>(file_.generation());
+}
+
+std::int64_t BaseTable::version()
+{
+    static_cast<void>(file_.count_records());
+    return static_cast<std::int64_t>(file_.version());
+}
+
 Result<std::string_view> BaseTable::record(std::int64_t number)
 {
     return file_.record(number);

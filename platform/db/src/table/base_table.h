@@ -28,6 +28,8 @@ public:
     std::int64_t record_size() const override { return relation_.record_size(); }
 
     RecordCount count_records() override;
+    std::int64_t numbering() override;
+    std::int64_t version() override;
     Result<std::string_view> record(std::int64_t number) override;
     std::string_view special_record(SpecialRecord which) const override;
     Status set_scratch(std::string_view record_text) override;

@@ -252,8 +252,10 @@ Status BaseTable::crunch(Work &work, const std::function<void(const Crunched &)>
         return replaced.status();
     crunched.records = replaced->records;
     crunched.gone = std::move(replaced->left_out);
-    if (!crunched.gone.empty())
+    if (!crunched.gone.empty()) {
+        last_moves_ = RecordMoves{static_cast<std::int64_t>(crunched.generation), numbering(), crunched.gone};
         renumber(crunched);
+    }
     return replaced->forced;
 }
 

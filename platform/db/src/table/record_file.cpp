@@ -90,7 +90,9 @@ void RecordFile::take(const Found &found)
     // An unfinished last line that goes is no record that goes.
     if (looked_ && present() && (!same_file || found.state.size / record_size_ < state_.size / record_size_))
         ++generation_;
-    young_ = was_young(found.state);
+    // What was certain of this very state stays certain, as after a change of our own.
+    const bool certain = looked_ && !young_ && found.place == place_ && found.state == state_;
+    young_ = !certain && was_young(found.state);
     place_ = found.place;
     state_ = found.state;
     looked_ = true;

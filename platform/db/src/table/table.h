@@ -5,6 +5,7 @@
 #include "base/status.h"
 #include "schema/relation.h"
 #include "table/field_value.h"
+#include "table/record_moves.h"
 #include "work/work.h"
 
 #include <cstdint>
@@ -58,6 +59,12 @@ public:
 
     // Looks at the file anew.
     virtual RecordCount count_records() = 0;
+    // Looks at the files anew, too. Changes when records have other numbers; and when another program may
+    // have changed records.
+    virtual std::int64_t numbering() = 0;
+    virtual std::int64_t version() = 0;
+    // How records were numbered anew when this program crunched the last time.
+    const RecordMoves &last_moves() const { return last_moves_; }
     // The text of a record without its line feed, valid until the next call of a member of any table of
     // the database.
     virtual Result<std::string_view> record(std::int64_t number) = 0;
@@ -88,6 +95,9 @@ public:
     virtual std::string creation() const = 0;
     virtual std::string description() const = 0;
     virtual std::string detail() const = 0;
+
+protected:
+    RecordMoves last_moves_;
 };
 
 } // namespace orvane

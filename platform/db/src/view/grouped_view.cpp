@@ -145,6 +145,7 @@ Result<std::vector<ColumnPtr>> GroupedView::columns(std::span<const int> fields,
 std::vector<RowNumber> GroupedView::renumber(std::span<const RowNumber> moved)
 {
     std::vector<RowNumber> renumbered(static_cast<std::size_t>(bundle_count()), null_row);
+    RecordMoves moves{source_->last_moves().from, source_->last_moves().to, {}};
     RowNumbers firsts;
     RowNumber left = 0; // rows of the source that are left up to here
     for (std::size_t bundle = 0; bundle + 1 < firsts_.size(); ++bundle) {
@@ -152,13 +153,16 @@ std::vector<RowNumber> GroupedView::renumber(std::span<const RowNumber> moved)
         for (RowNumber row = firsts_[bundle]; row < firsts_[bundle + 1]; ++row)
             if (row < moved.size() && moved[row] != null_row)
                 ++left;
-        if (left == first)
+        if (left == first) {
+            moves.gone.push_back(static_cast<std::int64_t>(bundle));
             continue;
+        }
         renumbered[bundle] = static_cast<RowNumber>(firsts.size());
         firsts.push_back(first);
     }
     firsts.push_back(left);
     firsts_.swap(firsts);
+    last_moves_ = std::move(moves);
     return renumbered;
 }
 

@@ -28,6 +28,9 @@ public:
         const std::int64_t bundles = bundle_count();
         return RecordCount{bundles, refusal_};
     }
+    // Bundles are numbered anew whenever the rows are that they stand for.
+    std::int64_t numbering() override { return source_->numbering(); }
+    std::int64_t version() override { return source_->version(); }
     Result<std::string_view> record(std::int64_t number) override;
     std::string_view special_record(SpecialRecord which) const override;
     Status set_scratch(std::string_view record_text) override;

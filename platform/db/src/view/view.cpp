@@ -234,11 +234,37 @@ std::vector<RowNumber> View::crunch()
     return moved;
 }
 
+std::int64_t View::numbering()
+{
+    std::int64_t replaced = 0;
+    for (const ViewMember &member : member_tables()) {
+        static_cast<void>(member.table->snapshot());
+        replaced += static_cast<std::int64_t>(member.table->generation() - member.generation);
+    }
+    // The two halves don't meet: nobody crunches a view two thousand million times.
+    return (replaced << 31) + moved_rows_;
+}
+
+std::int64_t View::version()
+{
+    std::int64_t version = moved_rows_;
+    for (const ViewMember &member : member_tables())
+        version += member.table->version(); // each of them only grows
+    return version;
+}
+
 void View::move_rows(const std::vector<RowNumber> &moved)
 {
+    RecordMoves moves;
+    moves.from = moved_rows_;
+    moves.to = ++moved_rows_;
     std::size_t kept = 0;
-    for (const RowNumber row : moved)
-        kept += row != null_row ? 1 : 0;
+    for (std::size_t row = 0; row < moved.size(); ++row)
+        if (moved[row] != null_row)
+            ++kept;
+        else
+            moves.gone.push_back(static_cast<std::int64_t>(row));
+    last_moves_ = std::move(moves);
     for (ViewMember &member : member_tables_) {
         for (std::size_t row = 0; row < moved.size(); ++row)
             if (moved[row] != null_row)

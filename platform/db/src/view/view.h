@@ -54,6 +54,9 @@ public:
         const std::int64_t rows = row_count();
         return RecordCount{rows, refusal_};
     }
+    // Of the rows; and whether they can be read at all.
+    std::int64_t numbering() override;
+    std::int64_t version() override;
     Result<std::string_view> record(std::int64_t number) override;
     std::string_view special_record(SpecialRecord which) const override;
     Status set_scratch(std::string_view record_text) override;
@@ -139,8 +142,9 @@ private:
     std::vector<FieldPlace> places_;
     std::int64_t record_size_ = 0;
     std::string null_record_;
-    std::vector<bool> flagged_; // rows; empty: none
-    std::string assembled_;     // the record asked for last
+    std::vector<bool> flagged_;   // rows; empty: none
+    std::string assembled_;       // the record asked for last
+    std::int64_t moved_rows_ = 0; // how often
     mutable std::shared_ptr<DelayedRows> delayed_;
     Status refusal_;
 };

@@ -13,5 +13,7 @@ ProgressHook &process_progress_hook();
 
 // While a hook is called: the name of the operation. Else null.
 const char *&operation_told_of();
+// What the operation waits for, as a sentence; null while it waits for nothing.
+const char *&waited_for();
 
 } // namespace orvane

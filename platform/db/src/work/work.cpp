@@ -46,6 +46,12 @@ const char *&operation_told_of()
     return name;
 }
 
+const char *&waited_for()
+{
+    static const char *sentence = nullptr;
+    return sentence;
+}
+
 Work::Work(const char *call, ProgressHook hook)
     : call_(call), hook_(hook), last_asked_(std::chrono::steady_clock::now())
 {

@@ -69,6 +69,6 @@ function(orvane_tests name)
     target_compile_definitions(${target} PRIVATE
         ORVANE_SOURCE_DIR="${PROJECT_SOURCE_DIR}" ORVANE_BINARY_DIR="${PROJECT_BINARY_DIR}")
     gtest_discover_tests(${target} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
-        PROPERTIES TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TZ=UTC"
+        PROPERTIES TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TZ=UTC;LANGUAGE=en"
         DISCOVERY_MODE PRE_TEST)
 endfunction()

@@ -12,11 +12,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <orvane/tr.h>
+
 namespace {
 
 [[noreturn]] void failed(const QByteArray &path, int error)
 {
-    throw std::runtime_error(path.toStdString() + ": cannot be written: " + std::strerror(error));
+    throw std::runtime_error(OvTranslation::tr("%1: cannot be written: %2")
+                                 .arg(QFile::decodeName(path), QString::fromLocal8Bit(std::strerror(error)))
+                                 .toStdString());
 }
 
 } // namespace

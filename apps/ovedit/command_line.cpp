@@ -3,6 +3,8 @@
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 
+#include <orvane/language.h>
+
 QString programVersion()
 {
     return QStringLiteral(OVEDIT_VERSION);
@@ -21,6 +23,8 @@ QString commandLineHelp()
         "Options:\n"
         "  --config FILE        take settings from a parameter file (YAML); they win over what\n"
         "                       was chosen in the menus before\n"
+        "  --language CODE      show texts in this language, such as en or de, whatever was chosen\n"
+        "                       in the menus and the environment asks for\n"
         "  --read-only          open databases for reading (the default)\n"
         "  --read-write         open databases for reading and writing\n"
         "  --screenshot FILE    write a picture of the window when it is loaded, and exit; works\n"
@@ -36,13 +40,14 @@ QString commandLineHelp()
 CommandLine parseCommandLine(const QStringList &arguments)
 {
     const QCommandLineOption config("config", QString(), "FILE");
+    const QCommandLineOption language("language", QString(), "CODE");
     const QCommandLineOption screenshot("screenshot", QString(), "FILE");
     const QCommandLineOption readOnly("read-only");
     const QCommandLineOption readWrite("read-write");
     const QCommandLineOption help(QStringList{"h", "help"});
     const QCommandLineOption version(QStringList{"v", "version"});
     QCommandLineParser parser;
-    parser.addOptions({config, screenshot, readOnly, readWrite, help, version});
+    parser.addOptions({config, language, screenshot, readOnly, readWrite, help, version});
 
     CommandLine wanted;
     const bool understood = parser.parse(arguments);
@@ -51,6 +56,7 @@ CommandLine parseCommandLine(const QStringList &arguments)
     wanted.databases = parser.positionalArguments();
     wanted.configFile = parser.value(config);
     wanted.screenshot = parser.value(screenshot);
+    wanted.language = OvLanguage::forWish(parser.value(language));
     wanted.openMode = parser.isSet(readWrite) ? "r+" : "r";
     if (!understood) {
         wanted.error = parser.errorText();
@@ -58,6 +64,9 @@ CommandLine parseCommandLine(const QStringList &arguments)
         wanted.error = "--read-only and --read-write exclude each other.";
     } else if (parser.isSet(config) && wanted.configFile.isEmpty()) {
         wanted.error = "--config needs the name of a file.";
+    } else if (parser.isSet(language) && wanted.language.isEmpty()) {
+        wanted.error = QString("--language doesn't know '%1'; it knows %2.")
+                           .arg(parser.value(language), OvLanguage::known().join(", "));
     } else if (parser.isSet(screenshot) && wanted.screenshot.isEmpty()) {
         wanted.error = "--screenshot needs the name of a file.";
     } else if (parser.isSet(screenshot) && wanted.databases.size() > 1) {

@@ -9,6 +9,7 @@ struct CommandLine {
     QStringList databases;  // each DATABASE or DATABASE.TABLE
     QString configFile;     // empty: none
     QString screenshot;     // empty: none
+    QString language;       // code of a language that there is; empty: none was asked for
     QString openMode = "r"; // "r" reads, "r+" reads and writes
     bool help = false;
     bool version = false;

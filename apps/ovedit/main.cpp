@@ -11,6 +11,7 @@
 #include "screenshot.h"
 #include "unattended.h"
 
+#include <orvane/language.h>
 #include <qovutil.h>
 
 namespace {
@@ -48,6 +49,16 @@ void setIdentity()
     }
     QApplication::setWindowIcon(icon);
     QGuiApplication::setDesktopFileName("ovedit");
+}
+
+// What was asked for now comes before what was chosen in the menu, and that before the environment.
+void useLanguage(const CommandLine &wanted, const Settings &settings)
+{
+    const QString chosen = OvLanguage::forWish(settings.language());
+    const QString code = !wanted.language.isEmpty() ? wanted.language
+                         : !chosen.isEmpty()        ? chosen
+                                                    : OvLanguage::ofEnvironment();
+    OvLanguage::use(code);
 }
 
 ExitCode takeScreenshot(Application &application, const CommandLine &wanted)
@@ -101,6 +112,7 @@ int main(int argc, char **argv)
     }
 
     Settings settings;
+    useLanguage(wanted, settings);
     Application application(settings);
     if (!wanted.configFile.isEmpty()) {
         const QString failure = loadParameterFile(application.config(), wanted.configFile);

@@ -14,6 +14,7 @@
 #include "application.h"
 #include "configuration.h"
 #include "derive_menu.h"
+#include "language_menu.h"
 #include "main_window.h"
 #include "rows_menu.h"
 
@@ -140,6 +141,7 @@ void Menus::build()
     for (const Command &command : viewCommands) {
         addCommand(view, command);
     }
+    new LanguageMenu(m_window, view);
     view.addSeparator();
     for (const Command &command : tableCommands) {
         addCommand(view, command);
@@ -203,7 +205,8 @@ void Menus::addFontSize(QMenu &menu)
     }
     // On most keyboards the plus shares its key with the equals sign.
     m_window.findChild<QAction *>("fontLarger")
-        ->setShortcuts({QKeySequence("Ctrl++"), QKeySequence("Ctrl+=")});
+        ->setShortcuts({QKeySequence("Ctrl++", QKeySequence::PortableText),
+                        QKeySequence("Ctrl+=", QKeySequence::PortableText)});
 }
 
 void Menus::addPages(QMenu &menu)

@@ -47,8 +47,9 @@ void NoticeBar::showProblems()
 {
     const int size = style()->pixelMetric(QStyle::PM_SmallIconSize);
     m_sign->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(size));
-    m_text->setText(m_count == 1 ? tr("1 problem was found. Everything else can be used.")
-                                 : tr("%1 problems were found. Everything else can be used.").arg(m_count));
+    m_text->setText(m_count == 1
+                        ? tr("1 problem was found. Everything else can be used.")
+                        : tr("%n problems were found. Everything else can be used.", nullptr, m_count));
     m_details->show();
     setVisible(m_count > m_dismissed);
 }

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include <orvane/db.h>
+#include <orvane/tr.h>
 
 #include <orvanedatabasemodel.h>
 #include <orvanedatabaseview.h>
@@ -17,9 +18,9 @@ namespace {
 std::runtime_error failure()
 {
     const std::unique_ptr<char, decltype(&std::free)> log(elog_string(0), &std::free);
-    const std::string reason = log == nullptr ? "" : log.get();
+    const QString reason = log == nullptr ? QString() : QString::fromUtf8(log.get());
     elog_clear();
-    return std::runtime_error("Standard input: " + reason);
+    return std::runtime_error(OvTranslation::tr("Standard input: %1").arg(reason).toStdString());
 }
 
 QString textAnswer(Dbptr about, int code)
@@ -44,7 +45,9 @@ PipedView::PipedView(std::FILE *stream) : m_text(std::tmpfile())
         isWritten = std::fwrite(piece, 1, got, m_text.get()) == got;
     }
     if (!isWritten || std::ferror(stream) != 0 || std::fflush(m_text.get()) != 0) {
-        throw std::runtime_error(std::string("Standard input: cannot be kept: ") + std::strerror(errno));
+        throw std::runtime_error(OvTranslation::tr("Standard input: cannot be kept: %1")
+                                     .arg(QString::fromLocal8Bit(std::strerror(errno)))
+                                     .toStdString());
     }
     std::rewind(m_text.get());
     const Dbptr view = dbread_view(dbinvalid(), m_text.get(), nullptr);

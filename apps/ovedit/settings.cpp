@@ -8,6 +8,7 @@ namespace {
 
 const QString recentKey = QStringLiteral("recentDatabases");
 const QString geometryKey = QStringLiteral("window/geometry");
+const QString languageKey = QStringLiteral("language");
 const QString folderKey = QStringLiteral("lastFolder");
 const QString chosenGroup = QStringLiteral("chosen/");
 
@@ -50,6 +51,20 @@ QByteArray Settings::windowGeometry() const
 void Settings::setWindowGeometry(const QByteArray &geometry)
 {
     m_store.setValue(geometryKey, geometry);
+}
+
+QString Settings::language() const
+{
+    return m_store.value(languageKey).toString();
+}
+
+void Settings::setLanguage(const QString &code)
+{
+    if (code.isEmpty()) {
+        m_store.remove(languageKey);
+    } else {
+        m_store.setValue(languageKey, code);
+    }
 }
 
 QString Settings::lastFolder() const

@@ -28,6 +28,10 @@ public:
     QByteArray windowGeometry() const;
     void setWindowGeometry(const QByteArray &geometry);
 
+    // The code of the language chosen; empty: as the environment asks.
+    QString language() const;
+    void setLanguage(const QString &code);
+
     QString lastFolder() const;
     void setLastFolder(const QString &folder);
 

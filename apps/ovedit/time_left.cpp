@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include <orvane/tr.h>
-
 namespace {
 
 constexpr qint64 lookBack = 5000;       // milliseconds over which the pace is taken
@@ -44,20 +42,20 @@ QString TimeLeft::text() const
 QString timeLeftText(double seconds)
 {
     if (seconds <= 3) {
-        return OvTranslation::tr("A few seconds left");
+        return TimeLeft::tr("A few seconds left");
     }
     if (seconds < minuteBegins) {
-        return OvTranslation::tr("About %1 seconds left").arg(roundedSeconds(seconds));
+        return TimeLeft::tr("About %n seconds left", nullptr, roundedSeconds(seconds));
     }
     if (seconds < hourBegins) {
         const int minutes = qMax(1, qRound(seconds / 60));
-        return minutes == 1 ? OvTranslation::tr("About a minute left")
-                            : OvTranslation::tr("About %1 minutes left").arg(minutes);
+        return minutes == 1 ? TimeLeft::tr("About a minute left")
+                            : TimeLeft::tr("About %n minutes left", nullptr, minutes);
     }
     const double hours = seconds / 3600;
     if (hours < 1.5) {
-        return OvTranslation::tr("About an hour left");
+        return TimeLeft::tr("About an hour left");
     }
-    return hours < 24 ? OvTranslation::tr("About %1 hours left").arg(qRound(hours))
-                      : OvTranslation::tr("More than a day left");
+    return hours < 24 ? TimeLeft::tr("About %n hours left", nullptr, qRound(hours))
+                      : TimeLeft::tr("More than a day left");
 }

@@ -4,12 +4,15 @@
 
 #include <deque>
 
+#include <QCoreApplication>
 #include <QString>
 
 // Goes by the last seconds and not by the whole: an operation has steps, and how its fraction is shared out
 // between them says little about their durations.
 class TimeLeft
 {
+    Q_DECLARE_TR_FUNCTIONS(TimeLeft)
+
 public:
     // Notes how far the operation is at a time.
     void note(double fraction, qint64 milliseconds);

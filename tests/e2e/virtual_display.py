@@ -59,7 +59,7 @@ class Display:
             number = answer.readline().strip()
         if not number:
             raise AssertionError("Xvfb did not start")
-        self.environment = dict(os.environ, DISPLAY=":" + number, LC_ALL="C.UTF-8", TZ="UTC")
+        self.environment = dict(os.environ, DISPLAY=":" + number, LC_ALL="C.UTF-8", LANGUAGE="", TZ="UTC")
         self.environment.pop("QT_QPA_PLATFORM", None)
         self.environment.pop("WAYLAND_DISPLAY", None)
         self.start(["openbox"])

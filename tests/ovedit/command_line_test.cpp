@@ -35,6 +35,16 @@ TEST(CommandLine, takesOptionsWithTheirFiles)
     EXPECT_EQ(line.error, "");
 }
 
+TEST(CommandLine, takesALanguageThatThereIs)
+{
+    EXPECT_EQ(parsed({}).language, "");
+    EXPECT_EQ(parsed({"--language", "de_AT"}).language, "de");
+    EXPECT_EQ(parsed({"--language=en"}).language, "en");
+    EXPECT_TRUE(parsed({"--language=xx"}).error.contains("'xx'; it knows en, de"));
+    EXPECT_NE(parsed({"--language="}).error, "");
+    EXPECT_NE(parsed({"--language"}).error, "");
+}
+
 TEST(CommandLine, opensForWritingOnlyWhenAsked)
 {
     EXPECT_EQ(parsed({"--read-only", "q"}).openMode, "r");

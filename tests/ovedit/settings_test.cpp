@@ -32,6 +32,15 @@ TEST_F(StoredSettings, putTheLastDatabaseFirstAndKeepEachOnce)
     EXPECT_TRUE(settings.recentDatabases().isEmpty());
 }
 
+TEST_F(StoredSettings, keepTheLanguageChosen)
+{
+    EXPECT_EQ(Settings(file()).language(), "");
+    Settings(file()).setLanguage("de");
+    EXPECT_EQ(Settings(file()).language(), "de");
+    Settings(file()).setLanguage(QString());
+    EXPECT_EQ(Settings(file()).language(), "");
+}
+
 TEST_F(StoredSettings, keepABoundedNumberOfDatabases)
 {
     Settings settings(file());

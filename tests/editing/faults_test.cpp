@@ -40,6 +40,18 @@ const Action actions[] = {
      [](const Opened &opened, const auto &) -> int64_t {
          return dbmark(opened.record("event", on_two_pages));
      }},
+    {"put_rows", true, "",
+     [](const Opened &opened, const auto &) -> int64_t {
+         const std::string author = "another author";
+         const DbValue value = text_value(author);
+         const DbRows rows[] = {{3, 60}, {70, 90}};
+         return dbputv_rows(opened.table("event"), "auth", &value, rows, 2, nullptr);
+     }},
+    {"mark_rows", true, "",
+     [](const Opened &opened, const auto &) -> int64_t {
+         const DbRows rows[] = {{3, 60}, {70, 90}};
+         return dbmark_rows(opened.table("event"), rows, 2, nullptr);
+     }},
     {"add", true, "",
      [](const Opened &opened, const TemporaryDatabase &files) {
          return dbadd(opened.table("event"), files.record("event", {"900", "1", "new"}).c_str());
@@ -236,7 +248,8 @@ std::vector<std::tuple<Action, Mode, const char *>> all_cases()
         for (const Mode &mode : modes) {
             cases.emplace_back(action, mode, "process");
             const std::string name = action.name;
-            if (name == "put_on_two_pages" || name == "add_to_no_file" || name == "crunch")
+            if (name == "put_on_two_pages" || name == "put_rows" || name == "add_to_no_file" ||
+                name == "crunch")
                 cases.emplace_back(action, mode, "disk");
         }
     return cases;

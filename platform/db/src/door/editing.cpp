@@ -1,68 +1,13 @@
 // dbputv, dbadd, dbaddchk, dbmark, dbcrunch and dbnextid.
-#include "door/guard.h"
-#include "door/subject.h"
-
-#include "base/concat.h"
-#include "operation/derivation.h"
+#include "door/change.h"
 
 #include <orvane/db.h>
 
-#include <optional>
 #include <string>
 
 using namespace orvane;
 
 namespace {
-
-// What every change has in common: the table, and that nothing else runs in the database.
-struct Change {
-    Change(const Dbptr &db, const char *call)
-        : work(call), status(find_subject(db, Level::Table, call, subject))
-    {
-        if (status.ok()) {
-            running.emplace(*subject.database);
-            status = running->status().ok() ? Status() : named(running->status());
-        }
-    }
-
-    Status named(const Status &failure) const
-    {
-        return failure.ok() ? failure : named_failure(work.call(), failure);
-    }
-    std::int64_t answer(const Result<std::int64_t> &result) const
-    {
-        return result.ok() ? *result : static_cast<std::int64_t>(code_of(named(result.status())));
-    }
-
-    Work work;
-    Subject subject;
-    Status status;
-    std::optional<OperationGuard> running;
-};
-
-constexpr FieldType all_types[] = {FieldType::Boolean, FieldType::Integer, FieldType::Real, FieldType::Time,
-                                   FieldType::Yearday, FieldType::String,  FieldType::Dbptr};
-
-Result<FieldValue> value_of(const DbValue *value)
-{
-    if (!value)
-        return Status(Code::Argument, "the value is null");
-    for (const FieldType type : all_types) {
-        if (static_cast<std::int64_t>(type) != value->type)
-            continue;
-        FieldValue out;
-        out.type = type;
-        out.integer = value->integer;
-        out.real = value->real;
-        if (type == FieldType::String && !value->text)
-            return Status(Code::Argument, "the text of the value is null");
-        if (type == FieldType::String)
-            out.text = value->text;
-        out.dbptr = {value->dbptr.database, value->dbptr.table, value->dbptr.field, value->dbptr.record};
-        return out;
-    }
-    return Status(Code::Argument, concat("there is no type ", value->type, " of values"));
-}
 
 Status put(Change &change, const char *field_name, const DbValue *db_value)
 {
@@ -71,24 +16,16 @@ Status put(Change &change, const char *field_name, const DbValue *db_value)
     const auto value = value_of(db_value);
     if (!value.ok())
         return value.status();
-    int field = db.field >= 0 && db.field < static_cast<std::int64_t>(table.fields().size())
-                    ? static_cast<int>(db.field)
-                    : -1;
-    if (field_name) {
-        field = table.field_index(field_name, field);
-        if (field < 0)
-            return Status(Code::NotFound, concat("no field '", field_name, "' in table ", table.name()));
-    }
-    if (field < 0)
-        return Status(Code::Argument, concat("the pointer ", pointer_text(db),
-                                             " does not point to a field of table ", table.name()));
+    const auto field = field_of(change.subject, field_name);
+    if (!field.ok())
+        return field.status();
     if (db.record == dbSCRATCH)
-        return table.put_scratch(static_cast<std::size_t>(field), *value);
+        return table.put_scratch(*field, *value);
     if (db.record < 0)
         return Status(Code::Argument,
                       concat("the pointer ", pointer_text(db), " does not point to a record of table ",
                              table.name(), " that could be changed"));
-    return table.put(db.record, static_cast<std::size_t>(field), *value, change.work);
+    return table.put(db.record, *field, *value, change.work);
 }
 
 Result<std::int64_t> add(Change &change, const char *record, bool checked)

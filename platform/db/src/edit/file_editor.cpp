@@ -117,7 +117,7 @@ void FileEditor::end()
 
 // What was derived from the records stays true if nobody else's change can hide behind ours. Times that the
 // system gives have a coarse tick; one with all its digits differs from any that follows.
-void FileEditor::finish(std::int64_t changed_record)
+void FileEditor::finish(std::int64_t first_changed, std::int64_t end_changed)
 {
     std::int64_t stamp = now_in_nanoseconds();
     if (stamp == records_.state().modification_time)
@@ -126,28 +126,44 @@ void FileEditor::finish(std::int64_t changed_record)
     const auto state = target_.file->state();
     if (!state.ok())
         return; // the next look will find a change
-    records_.adopt(*state, changed_record, stamped && state->modification_time == stamp);
+    records_.adopt(*state, first_changed, end_changed, stamped && state->modification_time == stamp);
     count_ = state->size / record_size_;
+}
+
+Status FileEditor::read_run(std::int64_t first, std::int64_t count, std::string &lines)
+{
+    if (first < 0 || first + count > count_)
+        return Status(Code::NotFound,
+                      concat(records_.path().shown, ": record ", first < 0 ? first : std::max(first, count_),
+                             " is not there: the file has ", count_, count_ == 1 ? " record" : " records"));
+    lines.resize(static_cast<std::size_t>(count * record_size_));
+    const auto got = target_.file->read_at(first * record_size_, std::span<char>(lines));
+    if (!got.ok())
+        return said(got.status(), "a record cannot be read");
+    if (*got < lines.size())
+        return Status(Code::NotFound, concat(records_.path().shown, ": record ",
+                                             first + static_cast<std::int64_t>(*got) / record_size_,
+                                             " is gone: the file was cut short"));
+    return Status();
+}
+
+Status FileEditor::check_line(std::int64_t number, std::string_view line) const
+{
+    if (line.find('\n') == line.size() - 1)
+        return Status();
+    return Status(Code::Format, concat(records_.path().shown, ": record ", number,
+                                       " has a line feed out of its place; mend the file"));
 }
 
 Result<std::string> FileEditor::record(std::int64_t number)
 {
-    if (number < 0 || number >= count_)
-        return Status(Code::NotFound,
-                      concat(records_.path().shown, ": record ", number, " is not there: the file has ",
-                             count_, count_ == 1 ? " record" : " records"));
-    std::string text(static_cast<std::size_t>(record_size_), '\0');
-    const auto got = target_.file->read_at(number * record_size_, std::span<char>(text));
-    if (!got.ok())
-        return said(got.status(), "a record cannot be read");
-    if (*got < text.size())
-        return Status(Code::NotFound,
-                      concat(records_.path().shown, ": record ", number, " is gone: the file was cut short"));
-    if (text.find('\n') != text.size() - 1)
-        return Status(Code::Format, concat(records_.path().shown, ": record ", number,
-                                           " has a line feed out of its place; mend the file"));
-    text.pop_back();
-    return text;
+    std::string line;
+    if (Status read = read_run(number, 1, line); !read.ok())
+        return read;
+    if (Status checked = check_line(number, line); !checked.ok())
+        return checked;
+    line.pop_back();
+    return line;
 }
 
 // ---- Appending -----------------------------------------------------------------------------------
@@ -229,7 +245,7 @@ Result<std::int64_t> FileEditor::append(std::string_view text)
         if (!forced.ok())
             return undo_append(size, said(forced, "a record cannot be added"));
     }
-    finish(number);
+    finish(number, number + 1);
     return number;
 }
 
@@ -295,17 +311,15 @@ Status FileEditor::write_settled(std::int64_t offset, std::string_view bytes, Wo
 }
 
 Status FileEditor::overwrite_span(std::int64_t offset, std::string_view before, std::string_view after,
-                                  Work &work)
+                                  Note note, Work &work, bool &begun)
 {
     bool noted = false;
     if (may_be_cut_in_two(offset, after.size())) {
-        Status note = write_note(UndoNote{target_.identity, offset, std::string(before)});
-        noted = note.ok();
-        // In a folder where nothing can be made records can be changed all the same.
-        if (!noted && note.code() != Code::Permission)
-            return note;
+        Status written = write_note(UndoNote{target_.identity, offset, std::string(before)});
+        noted = written.ok();
+        if (!noted && (note == Note::Needed || written.code() != Code::Permission))
+            return written;
     }
-    bool begun = false;
     Status done = write_settled(offset, after, work, begun);
     if (done.ok() && policy_.force_to_disk)
         done = target_.file->sync();
@@ -326,7 +340,9 @@ Status FileEditor::overwrite_span(std::int64_t offset, std::string_view before, 
     return done;
 }
 
-Status FileEditor::overwrite(std::int64_t number, std::string_view before, std::string_view after, Work &work)
+// Nothing where all bytes are the same.
+Status FileEditor::overwrite_differing(std::int64_t offset, std::string_view before, std::string_view after,
+                                       Note note, Work &work, bool &begun)
 {
     const auto first = static_cast<std::size_t>(
         std::mismatch(before.begin(), before.end(), after.begin()).first - before.begin());
@@ -335,12 +351,52 @@ Status FileEditor::overwrite(std::int64_t number, std::string_view before, std::
     std::size_t end = before.size();
     while (before[end - 1] == after[end - 1])
         --end;
-    Status done = overwrite_span(number * record_size_ + static_cast<std::int64_t>(first),
-                                 before.substr(first, end - first), after.substr(first, end - first), work);
+    return overwrite_span(offset + static_cast<std::int64_t>(first), before.substr(first, end - first),
+                          after.substr(first, end - first), note, work, begun);
+}
+
+Status FileEditor::overwrite(std::int64_t number, std::string_view before, std::string_view after, Work &work)
+{
+    if (before == after)
+        return Status();
+    bool begun = false;
+    Status done = overwrite_differing(number * record_size_, before, after, Note::IfPossible, work, begun);
     if (!done.ok())
         return done.code() == Code::Cancelled ? done : said(done, "a record cannot be changed");
-    finish(number);
+    finish(number, number + 1);
     return Status();
+}
+
+Status FileEditor::overwrite_each(std::int64_t first, std::string_view before, std::string_view after,
+                                  Work &work, std::int64_t &done)
+{
+    const auto size = static_cast<std::size_t>(record_size_);
+    for (std::size_t at = 0; at < before.size(); at += size, ++done) {
+        bool begun = false;
+        if (Status changed = overwrite_differing((first + done) * record_size_, before.substr(at, size),
+                                                 after.substr(at, size), Note::IfPossible, work, begun);
+            !changed.ok())
+            return changed;
+    }
+    return Status();
+}
+
+Status FileEditor::overwrite_run(std::int64_t first, std::string_view before, std::string_view after,
+                                 Work &work, std::int64_t &done)
+{
+    done = 0;
+    const std::int64_t count = static_cast<std::int64_t>(before.size()) / record_size_;
+    bool begun = false;
+    Status changed = overwrite_differing(first * record_size_, before, after, Note::Needed, work, begun);
+    if (changed.ok())
+        done = count;
+    else if (!begun && changed.code() == Code::Permission)
+        changed = overwrite_each(first, before, after, work, done);
+    if (done > 0)
+        finish(first, first + done);
+    if (changed.ok() || changed.code() == Code::Cancelled)
+        return changed;
+    return said(changed, "records cannot be changed");
 }
 
 } // namespace orvane

@@ -51,6 +51,10 @@ public:
     std::int64_t count() const { return count_; }
     // The text of a record, without its line feed, as it is in the file.
     Result<std::string> record(std::int64_t number);
+    // The lines of the records [first, first + count), each with its line feed where it should be: who takes
+    // one asks check_line.
+    Status read_run(std::int64_t first, std::int64_t count, std::string &lines);
+    Status check_line(std::int64_t number, std::string_view line) const;
     // Goes through all records, each with its line feed, and tells the work's hook how far that is.
     using TakeRecord = std::function<Status(std::int64_t number, std::string_view line)>;
     Status for_each_record(double share_done, double share, Work &work, const TakeRecord &take);
@@ -59,6 +63,11 @@ public:
     // Puts a record's text in the place of another one of the same length. After a failure the file is as it
     // was.
     Status overwrite(std::int64_t number, std::string_view before, std::string_view after, Work &work);
+    // The same for the lines of neighbouring records from `first` on, all at once: after a failure all are as
+    // they were. Where no note can be made (docs/editing.md) the records are changed one after the other, and
+    // the first of them may be done after a failure. Answers in `done` how many are.
+    Status overwrite_run(std::int64_t first, std::string_view before, std::string_view after, Work &work,
+                         std::int64_t &done);
     struct Replaced {
         std::int64_t records = 0;           // of the old file
         std::vector<std::int64_t> left_out; // of these, ascending; none: nothing was done
@@ -88,9 +97,18 @@ private:
     Status undo_append(std::int64_t size, Status failure);
     bool may_be_cut_in_two(std::int64_t offset, std::size_t length) const;
     Status write_note(const UndoNote &note);
-    Status overwrite_span(std::int64_t offset, std::string_view before, std::string_view after, Work &work);
+    enum class Note {
+        IfPossible, // in a folder where nothing can be made the bytes are changed without one
+        Needed,     // without one nothing is changed, and the failure says Permission
+    };
+    Status overwrite_span(std::int64_t offset, std::string_view before, std::string_view after, Note note,
+                          Work &work, bool &begun);
+    Status overwrite_differing(std::int64_t offset, std::string_view before, std::string_view after,
+                               Note note, Work &work, bool &begun);
+    Status overwrite_each(std::int64_t first, std::string_view before, std::string_view after, Work &work,
+                          std::int64_t &done);
     Status write_settled(std::int64_t offset, std::string_view bytes, Work &work, bool &begun);
-    void finish(std::int64_t changed_record);
+    void finish(std::int64_t first_changed, std::int64_t end_changed);
     Status said(const Status &failure, const char *what) const;
 
     Status copy_others(const std::vector<std::int64_t> &left_out, WritableFile &to, Work &work);

@@ -44,16 +44,21 @@ void RecordRules::put(std::string &record, std::size_t field, std::string_view t
 
 void RecordRules::stamp(std::string &record) const
 {
+    if (timestamp_ >= 0)
+        put(record, static_cast<std::size_t>(timestamp_), stamp_text());
+}
+
+std::string RecordRules::stamp_text() const
+{
     if (timestamp_ < 0)
-        return;
-    const auto field = static_cast<std::size_t>(timestamp_);
+        return {};
     FieldValue now;
     now.type = FieldType::Time;
     now.real = std_now();
     // A schema whose timestamp has no room for the present time leaves it unset.
-    const Attribute &attribute = *relation_.fields()[field].attribute;
+    const Attribute &attribute = *relation_.fields()[static_cast<std::size_t>(timestamp_)].attribute;
     const auto text = orvane::field_text(attribute, now);
-    put(record, field, text.ok() ? *text : null_field(attribute));
+    return text.ok() ? *text : null_field(attribute);
 }
 
 bool RecordRules::is_marked(std::string_view record) const

@@ -29,6 +29,9 @@ public:
 
     // Puts the present time into the record's timestamp, if it has one.
     void stamp(std::string &record) const;
+    // The place of the timestamp among the fields, or -1, and the text that it has now.
+    int timestamp() const { return timestamp_; }
+    std::string stamp_text() const;
     // Whether every field, the timestamp too, is null: such a record counts as marked.
     bool is_marked(std::string_view record) const;
 

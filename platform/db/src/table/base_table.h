@@ -3,6 +3,7 @@
 
 #include "edit/file_editor.h"
 #include "edit/key_index.h"
+#include "edit/record_change.h"
 #include "edit/record_rules.h"
 #include "schema/schema.h"
 #include "table/record_file.h"
@@ -61,6 +62,18 @@ public:
                      const FieldValue &value, Work &work) override;
     Status put_scratch(std::size_t field, const FieldValue &value) override;
     Status mark(std::int64_t number, Work &work) override;
+    // Many records are changed a window of neighbouring ones at a time. The lock is let go of now and then.
+    Status put_many(std::span<const RecordRun> records, std::size_t field, const FieldValue &value,
+                    Work &work, std::int64_t &done) override;
+    Status put_many_as_of(std::uint64_t generation, std::span<const RecordRun> records, std::size_t field,
+                          const FieldValue &value, Work &work, std::int64_t &done) override;
+    Status mark_many(std::span<const RecordRun> records, Work &work, std::int64_t &done) override;
+
+    // Where records hold the texts on one side of a change that was told, those of the other side are put.
+    // What timestamps say does not count; they are set anew, except in a record that becomes one of nulls.
+    // `left` counts the records that hold something else by now, and are left alone.
+    enum class Direction { Back, Again };
+    Status exchange(const RecordChange &change, Direction direction, Work &work, std::int64_t &left);
     // Appends a record and answers its number.
     Result<std::int64_t> add(std::string_view record_text, Work &work);
     // Answers the number of the first record with the same primary key, or appends one.
@@ -82,10 +95,26 @@ public:
 private:
     // The new text of a record for the one that it has.
     using Edit = std::function<Result<std::string>(const std::string &before)>;
-    Status change(std::uint64_t generation, std::int64_t number, Work &work, const Edit &edit);
+    // `field`: whose value is put; -1: the record is marked.
+    Status change(std::uint64_t generation, std::int64_t number, int field, Work &work, const Edit &edit);
+    Status stale(std::int64_t number) const;
+    void tell_change(std::int64_t number, int field, std::string_view before, std::string_view after,
+                     const Work &work) const;
+
+    struct BulkEdit; // base_table_bulk.cpp
+    struct BulkPut;
+    struct BulkMark;
+    struct BulkExchange;
+    struct BulkWindow;
+    Status change_many(std::uint64_t generation, std::span<const RecordRun> records, BulkEdit &edit,
+                       Work &work, std::int64_t &done);
+    Status change_window(FileEditor &editor, const BulkWindow &window, BulkEdit &edit, Work &work,
+                         std::int64_t &done);
+    void follow_window(FileVersion version_before, const BulkWindow &window, std::string_view before,
+                       std::string_view after);
     Status check_writable() const;
     Status of_file(const Status &failure, std::string_view what) const;
-    Result<std::int64_t> append(FileEditor &editor, std::string record);
+    Result<std::int64_t> append(FileEditor &editor, std::string record, const Work *told = nullptr);
     Status overwrite(FileEditor &editor, std::int64_t number, const std::string &before,
                      const std::string &after, Work &work);
     Status build_index(FileEditor &editor, Work &work);

@@ -49,7 +49,39 @@ Status BaseTable::overwrite(FileEditor &editor, std::int64_t number, const std::
     return Status();
 }
 
-Status BaseTable::change(std::uint64_t generation, std::int64_t number, Work &work, const Edit &edit)
+Status BaseTable::stale(std::int64_t number) const
+{
+    return Status(Code::Stale,
+                  concat(file_.path().shown,
+                         ": another program replaced the table or cut it short since it was ",
+                         "read; record ", number, " may be another one now: look at the table again"));
+}
+
+void BaseTable::tell_change(std::int64_t number, int field, std::string_view before, std::string_view after,
+                            const Work &work) const
+{
+    // The timestamp is set by every change, so that there is nothing in it that could be put back.
+    if (!work.listener() || (field >= 0 && field == rules_.timestamp()))
+        return;
+    const bool was_marked = before == relation_.null_record();
+    const bool whole = field < 0 || was_marked;
+    const auto text = [&](std::string_view record) {
+        return whole ? record : rules_.field_of(record, static_cast<std::size_t>(field));
+    };
+    if (text(before) == text(after))
+        return;
+    (*work.listener())({.kind = field < 0 ? RecordChange::Kind::Mark : RecordChange::Kind::Values,
+                        .relation = relation_,
+                        .generation = file_.generation(),
+                        .field = field,
+                        .whole_records = whole,
+                        .records = {&number, 1},
+                        .before = text(before),
+                        .after = text(after)});
+}
+
+Status BaseTable::change(std::uint64_t generation, std::int64_t number, int field, Work &work,
+                         const Edit &edit)
 {
     if (Status writable = check_writable(); !writable.ok())
         return writable;
@@ -59,17 +91,17 @@ Status BaseTable::change(std::uint64_t generation, std::int64_t number, Work &wo
     FileEditor &editor = hold->editor();
     // Whoever knows the record by its number means the one that had it before.
     if (file_.generation() != generation)
-        return Status(Code::Stale,
-                      concat(file_.path().shown,
-                             ": another program replaced the table or cut it short since it was ",
-                             "read; record ", number, " may be another one now: look at the table again"));
+        return stale(number);
     const auto before = editor.record(number);
     if (!before.ok())
         return before.status();
     const auto after = edit(*before);
     if (!after.ok())
         return of_file(after.status(), concat("record ", number, ", "));
-    return overwrite(editor, number, *before, *after, work);
+    if (Status done = overwrite(editor, number, *before, *after, work); !done.ok())
+        return done;
+    tell_change(number, field, *before, *after, work);
+    return Status();
 }
 
 Status BaseTable::put(std::int64_t number, std::size_t field, const FieldValue &value, Work &work)
@@ -86,12 +118,13 @@ Status BaseTable::put_as_of(std::uint64_t generation, std::int64_t number, std::
     const auto text = rules_.field_text(field, value);
     if (!text.ok())
         return of_file(text.status(), concat("record ", number, ", "));
-    return change(generation, number, work, [&](const std::string &before) -> Result<std::string> {
-        std::string after = before;
-        rules_.put(after, field, *text);
-        rules_.stamp(after);
-        return after;
-    });
+    return change(generation, number, static_cast<int>(field), work,
+                  [&](const std::string &before) -> Result<std::string> {
+                      std::string after = before;
+                      rules_.put(after, field, *text);
+                      rules_.stamp(after);
+                      return after;
+                  });
 }
 
 Status BaseTable::put_scratch(std::size_t field, const FieldValue &value)
@@ -105,19 +138,28 @@ Status BaseTable::put_scratch(std::size_t field, const FieldValue &value)
 
 Status BaseTable::mark(std::int64_t number, Work &work)
 {
-    return change(file_.generation(), number, work,
+    return change(file_.generation(), number, -1, work,
                   [this](const std::string &) -> Result<std::string> { return relation_.null_record(); });
 }
 
 // ---- Adding --------------------------------------------------------------------------------------
 
-Result<std::int64_t> BaseTable::append(FileEditor &editor, std::string record)
+Result<std::int64_t> BaseTable::append(FileEditor &editor, std::string record, const Work *told)
 {
     rules_.stamp(record);
     const FileVersion version = file_.version();
     const auto number = editor.append(record);
-    if (number.ok())
-        follow(version, *number, {}, record);
+    if (!number.ok())
+        return number;
+    follow(version, *number, {}, record);
+    if (told && told->listener())
+        (*told->listener())({.kind = RecordChange::Kind::Add,
+                             .relation = relation_,
+                             .generation = file_.generation(),
+                             .whole_records = true,
+                             .records = {&*number, 1},
+                             .before = relation_.null_record(), // what it becomes when it is taken back
+                             .after = record});
     return number;
 }
 
@@ -130,7 +172,7 @@ Result<std::int64_t> BaseTable::add(std::string_view record_text, Work &work)
     auto hold = editor_.begin(FileEditor::Purpose::Append, work);
     if (!hold.ok())
         return hold.status();
-    return append(hold->editor(), std::string(record_text));
+    return append(hold->editor(), std::string(record_text), &work);
 }
 
 Status BaseTable::build_index(FileEditor &editor, Work &work)
@@ -182,7 +224,7 @@ Result<std::int64_t> BaseTable::add_checked(std::string_view record_text, Work &
     const auto same = find_key(editor, index_.key_of(record));
     if (!same.ok() || *same >= 0)
         return same;
-    return append(editor, std::move(record));
+    return append(editor, std::move(record), &work);
 }
 
 // ---- Counting and crunching ----------------------------------------------------------------------
@@ -255,6 +297,10 @@ Status BaseTable::crunch(Work &work, const std::function<void(const Crunched &)>
     if (!crunched.gone.empty()) {
         last_moves_ = RecordMoves{static_cast<std::int64_t>(crunched.generation), numbering(), crunched.gone};
         renumber(crunched);
+        if (work.listener())
+            (*work.listener())({.kind = RecordChange::Kind::Renumbering,
+                                .relation = relation_,
+                                .generation = file_.generation()});
     }
     return replaced->forced;
 }

@@ -122,13 +122,15 @@ Status RecordFile::look_now_and_then()
     return look();
 }
 
-void RecordFile::adopt(const FileState &state, std::int64_t changed_record, bool certain)
+void RecordFile::adopt(const FileState &state, std::int64_t first, std::int64_t end, bool certain)
 {
-    const std::int64_t block = changed_record / records_per_block_;
-    storage_.blocks.drop(version_, block);
-    if (block_first_ == block * records_per_block_) {
-        block_.reset();
-        block_first_ = block_end_ = 0;
+    const std::int64_t last_block = (end - 1) / records_per_block_;
+    for (std::int64_t block = first / records_per_block_; block <= last_block; ++block) {
+        storage_.blocks.drop(version_, block);
+        if (block_first_ == block * records_per_block_) {
+            block_.reset();
+            block_first_ = block_end_ = 0;
+        }
     }
     state_ = state;
     young_ = !certain && was_young(state);

@@ -56,10 +56,10 @@ public:
     // or this one became shorter. Growth and changes in place leave it.
     std::uint64_t generation() const { return generation_; }
 
-    // This process changed one record in place, or appended it, and nobody else anything since the last look,
-    // as who holds the writers' lock knows. What was derived from other records still holds. `certain` says
-    // that any later change will show in the file's state.
-    void adopt(const FileState &state, std::int64_t changed_record, bool certain);
+    // This process changed records in place, some of [first, end), or appended them, and nobody else anything
+    // since the last look, as who holds the writers' lock knows. What was derived from other records still
+    // holds. `certain` says that any later change will show in the file's state.
+    void adopt(const FileState &state, std::int64_t first, std::int64_t end, bool certain);
 
     // Opens the file once more, to read all of it beside what goes on here: null when it is not in the state
     // of the last look any more.

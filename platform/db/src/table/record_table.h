@@ -32,6 +32,8 @@ public:
     // As Table::put, if record numbers still stand for what they did at that generation.
     virtual Status put_as_of(std::uint64_t generation, std::int64_t number, std::size_t field,
                              const FieldValue &value, Work &work);
+    virtual Status put_many_as_of(std::uint64_t generation, std::span<const RecordRun> records,
+                                  std::size_t field, const FieldValue &value, Work &work, std::int64_t &done);
     // Decoded fields of all records, in the order asked for. When the table is no longer as it was at the
     // snapshot it is a failure, and a change that the work met.
     virtual Result<std::vector<ColumnPtr>> columns(std::span<const int> fields, const Snapshot &as_of,

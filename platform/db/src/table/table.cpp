@@ -39,6 +39,22 @@ Status Table::mark(std::int64_t, Work &)
     return unchangeable(*this);
 }
 
+Status Table::put_many(std::span<const RecordRun>, std::size_t, const FieldValue &, Work &, std::int64_t &)
+{
+    return unchangeable(*this);
+}
+
+Status Table::mark_many(std::span<const RecordRun>, Work &, std::int64_t &)
+{
+    return unchangeable(*this);
+}
+
+Status RecordTable::put_many_as_of(std::uint64_t, std::span<const RecordRun>, std::size_t, const FieldValue &,
+                                   Work &, std::int64_t &)
+{
+    return unchangeable(*this);
+}
+
 Status RecordTable::put_as_of(std::uint64_t, std::int64_t, std::size_t, const FieldValue &, Work &)
 {
     return unchangeable(*this);

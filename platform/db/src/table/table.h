@@ -6,11 +6,13 @@
 #include "schema/relation.h"
 #include "table/field_value.h"
 #include "table/record_moves.h"
+#include "table/record_run.h"
 #include "work/work.h"
 
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -83,6 +85,12 @@ public:
     virtual Status put_scratch(std::size_t field, const FieldValue &value);
     // Makes a record of a base table one of nothing but nulls; flags a row of a view.
     virtual Status mark(std::int64_t number, Work &work);
+    // The same for many records or rows, given by ascending runs. What was done before a failure, or before
+    // the work was cancelled, stays; `done` counts it, in records that were changed or rows that were
+    // flagged.
+    virtual Status put_many(std::span<const RecordRun> rows, std::size_t field, const FieldValue &value,
+                            Work &work, std::int64_t &done);
+    virtual Status mark_many(std::span<const RecordRun> rows, Work &work, std::int64_t &done);
 
     // Whether the table has a file; a view is always present. A failure says why that can't be told.
     virtual Result<bool> is_present() = 0;

@@ -213,6 +213,49 @@ Status View::put(std::int64_t number, std::size_t field, const FieldValue &value
                                    work);
 }
 
+Status View::put_many(std::span<const RecordRun> rows, std::size_t field, const FieldValue &value, Work &work,
+                      std::int64_t &done)
+{
+    done = 0;
+    const FieldPlace place = places_[field];
+    const ViewMember &member = member_tables_[static_cast<std::size_t>(place.member)];
+    RowNumbers records;
+    std::int64_t without = 0;
+    for (const RecordRun &run : rows)
+        for (std::int64_t row = run.first; row < run.end; ++row) {
+            const auto record = record_of(member, row);
+            if (!record.ok())
+                return record.status();
+            if (*record == null_row)
+                ++without;
+            else
+                records.push_back(*record);
+        }
+    if (!std::is_sorted(records.begin(), records.end()))
+        std::sort(records.begin(), records.end());
+    std::vector<RecordRun> runs;
+    for (const RowNumber record : records)
+        if (runs.empty() || runs.back().end <= record) // of one record there may be several rows
+            append_number(runs, record);
+    if (Status put = member.table->put_many_as_of(member.generation, runs,
+                                                  static_cast<std::size_t>(place.field), value, work, done);
+        !put.ok() || without == 0)
+        return put;
+    return Status(Code::Argument,
+                  concat("view ", name_, ": ", without, without == 1 ? " row has" : " rows have",
+                         " no record of table ", member.table->name(), " that could be changed"));
+}
+
+Status View::mark_many(std::span<const RecordRun> rows, Work &work, std::int64_t &done)
+{
+    done = 0;
+    for (const RecordRun &run : rows)
+        for (std::int64_t row = run.first; row < run.end; ++row, ++done)
+            if (Status marked = mark(row, work); !marked.ok())
+                return marked;
+    return Status();
+}
+
 Status View::mark(std::int64_t number, Work &)
 {
     if (const auto record = record_of(member_tables_.front(), number); !record.ok())

@@ -65,9 +65,13 @@ public:
 
     // Writes the base record. A null record beside which an outer join put a row is none.
     Status put(std::int64_t number, std::size_t field, const FieldValue &value, Work &work) override;
+    // Rows without a record of the field's table are left out, and told at the end as a failure.
+    Status put_many(std::span<const RecordRun> rows, std::size_t field, const FieldValue &value, Work &work,
+                    std::int64_t &done) override;
     Status put_scratch(std::size_t field, const FieldValue &value) override;
     // Flags the row: it stays until the view is crunched.
     Status mark(std::int64_t number, Work &work) override;
+    Status mark_many(std::span<const RecordRun> rows, Work &work, std::int64_t &done) override;
     // Removes the flagged rows. Answers as `renumber`; nothing when no row is flagged.
     std::vector<RowNumber> crunch();
 

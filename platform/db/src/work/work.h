@@ -13,6 +13,12 @@
 
 namespace orvane {
 
+struct RecordChange;
+
+// Told of every change of records when it is in the file and nobody else can make one; shall not make any
+// itself.
+using ChangeListener = std::function<void(const RecordChange &)>;
+
 // The number of threads that an operation uses: the processors, or $ORVANE_THREADS.
 unsigned thread_limit();
 
@@ -58,6 +64,11 @@ public:
     // The tables as the operation sees them. Of the calling thread only.
     Snapshots &snapshots() { return snapshots_; }
 
+    // Who is told of changes of records; null: nobody, and nothing is put together for him. Has to outlive
+    // the object.
+    void set_listener(const ChangeListener *listener) { listener_ = listener; }
+    const ChangeListener *listener() const { return listener_; }
+
     // The fraction that is done, for work that isn't made of blocks.
     void advance_to(double fraction) { fraction_ = fraction; }
 
@@ -70,6 +81,7 @@ private:
     std::chrono::steady_clock::time_point last_asked_;
     double fraction_ = 0;
     Snapshots snapshots_;
+    const ChangeListener *listener_ = nullptr;
     bool changed_ = false;
     std::atomic<bool> stopped_ = false;
 };

@@ -29,9 +29,27 @@ std::size_t character_length(std::string_view text)
 void append_escaped(std::string &out, unsigned code)
 {
     constexpr char digits[] = "0123456789abcdef";
-    out.append("\\x");
-    out.push_back(digits[code >> 4]);
-    out.push_back(digits[code & 15]);
+    out.append(code > 0xff ? "\\u" : "\\x");
+    for (int shift = code > 0xff ? 12 : 4; shift >= 0; shift -= 4)
+        out.push_back(digits[(code >> shift) & 15]);
+}
+
+// What a reader would take for the end of a line, for a mark at the beginning of the text, or for nothing
+// that a text may hold.
+bool has_to_be_escaped(unsigned code)
+{
+    return code < 0x20 || (code >= 0x7f && code < 0xa0) || code == 0x2028 || code == 0x2029 ||
+           code == 0xfeff || code == 0xfffe || code == 0xffff;
+}
+
+// The code of a character of that length, up to three bytes; 0 for one of four.
+unsigned code_of(std::string_view text, std::size_t length)
+{
+    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    return length == 1   ? byte(0)
+           : length == 2 ? (byte(0) & 0x1fu) << 6 | (byte(1) & 0x3fu)
+           : length == 3 ? (byte(0) & 0x0fu) << 12 | (byte(1) & 0x3fu) << 6 | (byte(2) & 0x3fu)
+                         : 0;
 }
 
 } // namespace
@@ -41,15 +59,13 @@ std::string yaml_quoted(std::string_view text)
     std::string out = "\"";
     while (!text.empty()) {
         const std::size_t length = character_length(text);
-        const auto code = static_cast<unsigned char>(text.front());
+        const unsigned code = code_of(text, length);
         if (length == 0)
             out.push_back('?');
         else if (code == '"' || code == '\\')
             out.append({'\\', text.front()});
-        else if (code < 0x20 || code == 0x7f)
+        else if (length < 4 && has_to_be_escaped(code))
             append_escaped(out, code);
-        else if (length == 2 && code == 0xc2 && static_cast<unsigned char>(text[1]) < 0xa0)
-            append_escaped(out, static_cast<unsigned char>(text[1])); // C1 controls
         else
             out.append(text.substr(0, length));
         text.remove_prefix(length == 0 ? 1 : length);

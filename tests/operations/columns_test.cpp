@@ -197,6 +197,24 @@ TEST_F(Columns, OfARecordWithoutALineFeedAtItsEndAreRefused)
     EXPECT_THAT(take_log(), HasSubstr("record 1, bytes"));
 }
 
+// As it is when its fields are asked for one by one.
+TEST_F(Columns, OfARecordWithALineFeedWithinAreRefused)
+{
+    files.addTable("event", {{"1", "1", "a"}, {"2", "2", "b"}, {"3", "3", "c"}});
+    std::string text = TemporaryDatabase::readFile(files.tablePath("event"));
+    const size_t size = text.size() / 3;
+    text[2 * size + 10] = '\n';
+    files.writeFile("quakes.event", text);
+    const auto complaint = HasSubstr("record 2, bytes " + std::to_string(2 * size) + " to " +
+                                     std::to_string(3 * size - 1) + ", has a line feed at byte " +
+                                     std::to_string(2 * size + 10) + ", before its end; mend the file");
+    const Opened open(files.path());
+    EXPECT_LT(dbsubset(open.table("event"), "evid > 5", nullptr).table, 0);
+    EXPECT_THAT(take_log(), complaint);
+    EXPECT_EQ(get(open.field("event", "evid", 2)), "(-4)");
+    EXPECT_THAT(take_log(), complaint);
+}
+
 TEST_F(Columns, AreKeptAndReadOnce)
 {
     WatchedFileSystem watched;

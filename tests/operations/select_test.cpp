@@ -135,9 +135,10 @@ TEST_F(Select, TrimsAndQuotesWhereNeeded)
 
 TEST_F(Select, QuotesEndsOfLinesAndAnEmptyTextThatIsAlone)
 {
-    files.addTable("event", {{"1", "-1", "a\rb"}, {"2", "-1", ""}, {"3", "-1", "c\nd"}});
-    EXPECT_EQ(selected(table("event"), Names{"auth"}, ",", 1), "\"a\rb\"\n\"\"\n\"c\nd\"\n");
-    EXPECT_EQ(selected(table("event"), Names{"evid", "auth"}, ",", 1), "1,\"a\rb\"\n2,\n3,\"c\nd\"\n");
+    // A line feed can't be in a record that is whole.
+    files.addTable("event", {{"1", "-1", "a\rb"}, {"2", "-1", ""}});
+    EXPECT_EQ(selected(table("event"), Names{"auth"}, ",", 1), "\"a\rb\"\n\"\"\n");
+    EXPECT_EQ(selected(table("event"), Names{"evid", "auth"}, ",", 1), "1,\"a\rb\"\n2,\n");
 }
 
 TEST_F(Select, WritesNamesInTheSameForm)

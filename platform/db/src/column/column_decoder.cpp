@@ -139,6 +139,25 @@ private:
 
 } // namespace
 
+namespace {
+
+// The failure of the first of the records, from `begin` on, that has a line feed before its end.
+Status line_feed_within(const RecordSpan &records, std::int64_t begin, std::string_view bytes)
+{
+    const auto size = static_cast<std::size_t>(records.record_size);
+    std::size_t at = bytes.find('\n');
+    while (at % size == size - 1)
+        at = bytes.find('\n', at + 1);
+    const std::int64_t record = begin + static_cast<std::int64_t>(at / size);
+    const std::int64_t start = record * records.record_size;
+    return Status(Code::Format,
+                  concat(records.shown, ": record ", record, ", bytes ", start, " to ",
+                         start + records.record_size - 1, ", has a line feed at byte ",
+                         start + static_cast<std::int64_t>(at % size), ", before its end; mend the file"));
+}
+
+} // namespace
+
 Result<bool> read_records(const RecordSpan &records, std::int64_t begin, std::int64_t end,
                           std::vector<char> &buffer)
 {
@@ -156,6 +175,8 @@ Result<bool> read_records(const RecordSpan &records, std::int64_t begin, std::in
                           concat(records.shown, ": record ", record, ", bytes ", record * records.record_size,
                                  " to ", (record + 1) * records.record_size - 1,
                                  ", has no line feed at its end; mend the file"));
+    if (std::count(buffer.begin(), buffer.end(), '\n') != end - begin)
+        return line_feed_within(records, begin, {buffer.data(), buffer.size()});
     return true;
 }
 

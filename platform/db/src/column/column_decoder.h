@@ -20,7 +20,8 @@ struct RecordSpan {
     const std::string &shown; // the file, in messages
 };
 
-// Reads the records [begin, end) into the buffer. Answers false when the file has become shorter.
+// Reads the records [begin, end) into the buffer. Answers false when the file has become shorter; a record
+// whose line feed isn't its last byte alone is a failure.
 Result<bool> read_records(const RecordSpan &records, std::int64_t begin, std::int64_t end,
                           std::vector<char> &buffer);
 

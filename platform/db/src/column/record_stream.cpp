@@ -42,6 +42,8 @@ void RecordStream::start_texts(std::size_t field)
 
 Result<bool> RecordStream::read(std::int64_t begin, std::int64_t end)
 {
+    if (begin == end)
+        return true;
     const auto read = read_records(records_, begin, end, buffer_);
     if (!read.ok() || !*read)
         return read;

@@ -50,6 +50,31 @@ TEST_F(Crunching, marks_records_by_nulls_and_removes_them)
               4); // nothing is left over
 }
 
+TEST_F(Crunching, ends_a_last_line_that_wants_nothing_but_its_end)
+{
+    mark(1);
+    const std::string whole = TemporaryDatabase::readFile(files_.tablePath("event"));
+    files_.writeFile("quakes.event", whole + files_.record("event", {"6"}));
+    crunch();
+    EXPECT_EQ(column_of(opened_.table("event"), "evid"), (Texts{"1", "3", "4", "5", "6"}));
+    files_.writeFile("quakes.event", whole + files_.record("event", {})); // nothing but nulls
+    crunch();
+    EXPECT_EQ(column_of(opened_.table("event"), "evid"), (Texts{"1", "3", "4", "5"}));
+}
+
+TEST_F(Crunching, leaves_a_file_that_it_refuses_as_it_is)
+{
+    mark(1);
+    std::string text = TemporaryDatabase::readFile(files_.tablePath("event"));
+    text[text.size() / 2] = '\n'; // within a record
+    for (const std::string &tail : {std::string("unfinished"), files_.record("event", {"6"})}) {
+        files_.writeFile("quakes.event", text + tail);
+        EXPECT_EQ(dbcrunch(opened_.table("event")), dbERROR_FORMAT);
+        EXPECT_NE(take_log().find("record 2 has a line feed out of its place"), std::string::npos);
+        EXPECT_EQ(TemporaryDatabase::readFile(files_.tablePath("event")), text + tail);
+    }
+}
+
 TEST_F(Crunching, may_leave_nothing)
 {
     for (int64_t number = 0; number < 5; ++number)

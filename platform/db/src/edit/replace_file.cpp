@@ -116,10 +116,7 @@ Status FileEditor::put_in_place(Target replacement, const std::string &temporary
 
 Result<FileEditor::Replaced> FileEditor::replace(const LeaveOut &leave_out, Work &work)
 {
-    if (Status mended = mend_end(); !mended.ok())
-        return mended;
     Replaced replaced;
-    replaced.records = count_;
     const auto failed = [this](const Status &why) {
         return why.code() == Code::Cancelled ? why : said(why, "cannot be crunched");
     };
@@ -130,6 +127,18 @@ Result<FileEditor::Replaced> FileEditor::replace(const LeaveOut &leave_out, Work
     });
     if (!done.ok())
         return failed(done);
+    // Not before it is known that the records are whole: a file that can't be crunched stays as it is.
+    const std::int64_t read = count_;
+    if (Status mended = mend_end(); !mended.ok())
+        return mended;
+    for (std::int64_t number = read; number < count_; ++number) {
+        const auto text = record(number);
+        if (!text.ok())
+            return failed(text.status());
+        if (leave_out(*text))
+            replaced.left_out.push_back(number);
+    }
+    replaced.records = count_;
     if (replaced.left_out.empty())
         return replaced;
     const auto slash = target_.real_path.rfind('/');

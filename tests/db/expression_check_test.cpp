@@ -68,6 +68,10 @@ TEST_F(ExpressionCheck, tells_what_is_wrong_and_where)
     const Checked cut = check(open.table("site"), "lat >");
     EXPECT_EQ(cut.offset, 5u);
     EXPECT_EQ(cut.reason.find('\n'), std::string::npos);
+
+    const Checked half = check(open.table("site"), "site.");
+    EXPECT_EQ(half.offset, 5u);
+    EXPECT_EQ(half.length, 0u) << "nothing stands there";
     EXPECT_EQ(take_log(), "");
 }
 

@@ -187,7 +187,8 @@ Token Lexer::name()
     std::string field = name_part();
     if (at(position_) == '.') {
         if (!starts_name(at(position_ + 1)))
-            return wrong("expected a field's name after the table and the point", position_ + 1, 1);
+            return wrong("expected a field's name after the table and the point", position_ + 1,
+                         position_ + 1 < text_.size() ? 1 : 0);
         ++position_;
         table = std::move(field);
         field = name_part();

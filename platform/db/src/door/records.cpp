@@ -61,7 +61,7 @@ std::int64_t get_text(const Dbptr &db, char *buffer, std::size_t capacity)
     if (!text.ok())
         return code_of(text.status());
     if (text->size() < capacity) {
-        std::memcpy(buffer, text->data(), text->size());
+        text->copy(buffer, text->size());
         buffer[text->size()] = '\0';
     }
     return static_cast<std::int64_t>(text->size());
@@ -92,7 +92,7 @@ Status hand_over(const FieldValue &value, DbValue &out)
         filled.text = static_cast<char *>(std::malloc(value.text.size() + 1));
         if (!filled.text)
             return Status(Code::Memory, "dbgetv: out of memory");
-        std::memcpy(filled.text, value.text.data(), value.text.size());
+        value.text.copy(filled.text, value.text.size());
         filled.text[value.text.size()] = '\0';
     }
     out = filled;

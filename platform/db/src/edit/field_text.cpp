@@ -94,9 +94,9 @@ std::optional<double> number(const Attribute &attribute, const FieldValue &value
     if (is_real(value.type))
         return std::isfinite(value.real) ? std::optional(value.real) : std::nullopt;
     if (is_integer(value.type)) {
-        const auto real = static_cast<double>(value.integer);
         constexpr std::int64_t exact = std::int64_t{1} << 53;
-        return std::abs(value.integer) <= exact ? std::optional(real) : std::nullopt;
+        const bool is_exact = value.integer >= -exact && value.integer <= exact;
+        return is_exact ? std::optional(static_cast<double>(value.integer)) : std::nullopt;
     }
     if (value.type != FieldType::String)
         return std::nullopt;

@@ -29,12 +29,24 @@ QString byteCount(qint64 bytes)
     return QString::number(bytes) + " bytes";
 }
 
+// "1.5 minutes", with its unit translated.
+QString spoken(const QString &age)
+{
+    [[maybe_unused]] static constexpr const char *units[] = {
+        OvTranslation::noop("second"),  OvTranslation::noop("seconds"), OvTranslation::noop("minute"),
+        OvTranslation::noop("minutes"), OvTranslation::noop("hour"),    OvTranslation::noop("hours"),
+        OvTranslation::noop("day"),     OvTranslation::noop("days"),    OvTranslation::noop("year"),
+        OvTranslation::noop("years")};
+    const int unit = age.indexOf(' ') + 1;
+    return age.left(unit) + OvTranslation::tr(age.mid(unit).toUtf8().constData());
+}
+
 QString modified(double time)
 {
     const OwnedText clock(strlocaltime(time), &std::free);
     const OwnedText age(strtdelta(std_now() - time), &std::free);
     return QString::fromUtf8(clock.get()) + "(" +
-           OvTranslation::tr("%1 ago").arg(QString::fromUtf8(strtrim(age.get()))) + ")";
+           OvTranslation::tr("%1 ago").arg(spoken(QString::fromUtf8(strtrim(age.get())))) + ")";
 }
 
 QString creationHistory(const QString &creation)

@@ -41,7 +41,10 @@ QString timeText(double epoch, OvConfig &config)
 QString ageText(double epoch)
 {
     const OwnedText text(strtdelta(std_now() - epoch));
-    return QString::fromUtf8(strtrim(text.get()));
+    const QString age = QString::fromUtf8(strtrim(text.get()));
+    const int unit =
+        age.indexOf(' ') + 1; // one of those that the tooltip of a table names for the catalogues
+    return age.left(unit) + OvTranslation::tr(age.mid(unit).toUtf8().constData());
 }
 
 } // namespace

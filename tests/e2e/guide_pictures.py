@@ -89,6 +89,19 @@ def take_tables(session, hands, camera):
     hands.back()
 
 
+def take_german(display, arguments, home, camera):
+    session = Session(display, arguments, home)
+    session.environment["LANGUAGE"] = "de"
+    session.start()
+    fill_screen(session)
+    focus_table(session, "arrival")
+    Hands(session).open_menu("b")
+    display.key("v")
+    camera.take("german")
+    display.key("Escape", "Escape", "Escape")
+    session.end()
+
+
 def take_progress(session, hands, camera):
     focus_table(session, "arrival")
     hands.by_key("theta join", 1)
@@ -120,6 +133,7 @@ def main():
         fill_screen(session)
         take_tables(session, Hands(session), camera)
         session.end()
+        take_german(display, arguments, home, camera)
         arguments.database = make_large(arguments.database, home)
         session = Session(display, arguments, home)
         session.start()

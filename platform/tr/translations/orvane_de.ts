@@ -1225,7 +1225,7 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message>
         <source>Database dbpath</source>
-        <translation>Datenbankpfad (dbpath)</translation>
+        <translation>Datenbankpfad</translation>
     </message>
     <message>
         <source>Launch path</source>
@@ -1297,7 +1297,7 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message>
         <source>Defining for table</source>
-        <translation>Definierend für Tabelle</translation>
+        <translation>Definiert in</translation>
     </message>
     <message>
         <source>Key type for</source>
@@ -1341,7 +1341,7 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message>
         <source>Record count</source>
-        <translation>Anzahl der Datensätze</translation>
+        <translation>Datensätze</translation>
     </message>
     <message>
         <source>View tables</source>
@@ -1349,7 +1349,7 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message>
         <source>Table creation</source>
-        <translation>Entstehung der Tabelle</translation>
+        <translation>Entstehung</translation>
     </message>
     <message>
         <source>Base Table</source>
@@ -1410,6 +1410,46 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>%1: cannot be written: %2</source>
         <translation>%1: kann nicht geschrieben werden: %2</translation>
+    </message>
+    <message>
+        <source>second</source>
+        <translation>Sekunde</translation>
+    </message>
+    <message>
+        <source>seconds</source>
+        <translation>Sekunden</translation>
+    </message>
+    <message>
+        <source>minute</source>
+        <translation>Minute</translation>
+    </message>
+    <message>
+        <source>minutes</source>
+        <translation>Minuten</translation>
+    </message>
+    <message>
+        <source>hour</source>
+        <translation>Stunde</translation>
+    </message>
+    <message>
+        <source>hours</source>
+        <translation>Stunden</translation>
+    </message>
+    <message>
+        <source>day</source>
+        <translation>Tag</translation>
+    </message>
+    <message>
+        <source>days</source>
+        <translation>Tagen</translation>
+    </message>
+    <message>
+        <source>year</source>
+        <translation>Jahr</translation>
+    </message>
+    <message>
+        <source>years</source>
+        <translation>Jahren</translation>
     </message>
 </context>
 <context>

@@ -26,8 +26,8 @@ public:
 
     // Loads the catalogues of a known language for the application object, which must exist: ours, and the
     // toolkit's for its standard buttons and dialogs. Texts that were translated before stay as they are, so
-    // this comes before the first window. What was loaded before is dropped; "en" has nothing to load. False
-    // when our catalogue can't be loaded: then the texts are English.
+    // this comes before the first window. What was loaded before is dropped; of "en" only the toolkit has
+    // one. False when our catalogue can't be loaded: then the texts are English.
     static bool use(const QString &code);
 };
 

@@ -7,15 +7,15 @@
 #include <QFontMetrics>
 #include <QHeaderView>
 #include <QItemSelectionModel>
-#include <QPainter>
 #include <QSignalBlocker>
 
-#include <orvane/tr.h>
 #include <orvanerowview.h>
 #include <orvanetablemodel.h>
 #include <ovconfig.h>
 
 #include "cell_delegate.h"
+#include "cell_painter.h"
+#include "row_header.h"
 #include "slot_guard.h"
 
 namespace {
@@ -50,9 +50,13 @@ void registerDefaults(OvConfig &config)
 
 } // namespace
 
-OrvaneTableView::OrvaneTableView(OvConfig &config) : m_config(config)
+OrvaneTableView::~OrvaneTableView() = default;
+
+OrvaneTableView::OrvaneTableView(OvConfig &config)
+    : m_config(config), m_painter(std::make_unique<CellPainter>(*this))
 {
     registerDefaults(config);
+    makeHeaders();
     setAlternatingRowColors(m_config["alternate_row_colors"].toBool());
     setWordWrap(false); // a row is one line high: a longer text is cut with dots, not broken out of sight
     horizontalHeader()->setSectionsMovable(true);
@@ -68,6 +72,19 @@ OrvaneTableView::OrvaneTableView(OvConfig &config) : m_config(config)
             SLOT(showRowContextMenu(QPoint)));
     setItemDelegate(new CellDelegate(this));
     connect(&m_config, SIGNAL(configurationChanged()), this, SLOT(reconfigure()));
+}
+
+void OrvaneTableView::makeHeaders()
+{
+    setHorizontalHeader(new TableHeader(Qt::Horizontal, this));
+    m_rows = new RowHeader(this);
+    setVerticalHeader(m_rows);
+    // Sections of a window are not the rows of the same number.
+    disconnect(m_rows, SIGNAL(sectionPressed(int)), this, SLOT(selectRow(int)));
+    disconnect(m_rows, SIGNAL(sectionEntered(int)), this, SLOT(_q_selectRow(int)));
+    connect(m_rows, SIGNAL(rowPressed(int)), this, SLOT(selectRow(int)));
+    connect(m_rows, SIGNAL(rowEntered(int)), this, SLOT(_q_selectRow(int)));
+    connect(m_rows, SIGNAL(rowsChanged()), this, SLOT(followRows()));
 }
 
 void OrvaneTableView::reconfigure()
@@ -224,26 +241,6 @@ void OrvaneTableView::resizeColumns()
                            m_model->headerData(column, Qt::Horizontal, Qt::SizeHintRole).toSize().width());
         }
         columns.setStretchLastSection(true);
-    });
-}
-
-void OrvaneTableView::paintEvent(QPaintEvent *event)
-{
-    QTableView::paintEvent(event);
-    if (m_model == nullptr) {
-        return;
-    }
-    loggingErrors("OrvaneTableView::paintEvent", [this] {
-        const QHeaderView &columns = *horizontalHeader();
-        const bool noRows = verticalHeader()->count() == 0;
-        if (!noRows && columns.hiddenSectionCount() < columns.count()) {
-            return;
-        }
-        // A blank page would leave open whether anything is still to come.
-        QPainter painter(viewport());
-        painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
-        painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
-                         noRows ? OvTranslation::tr("No records") : OvTranslation::tr("No column is shown"));
     });
 }
 

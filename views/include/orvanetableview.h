@@ -2,22 +2,34 @@
 #define ORVANETABLEVIEW_H
 
 #include <QList>
+#include <QPersistentModelIndex>
 #include <QPointer>
 #include <QString>
 #include <QTableView>
+#include <memory>
 #include <vector>
 
 #include <ovqt_export.h>
 
+class CellPainter;
 class OrvaneRowView;
 class OrvaneTableModel;
 class OvConfig;
+class RowHeader;
+struct Page;
 
 // A table or view of a database as a grid: decides which columns are visible, in what order, and how wide
 // they are. A click on a header sorts, and a menu over a cell finds or asks for more of its kind.
 //
 // The view owns neither its configuration nor its model. When the model is destroyed the view emits
 // modelUnset() and shows nothing; its owner drops or replaces it then. No slot lets an exception out.
+//
+// Tables of any length: of one with more than a million rows the vertical header has sections for the rows in
+// sight only, and the row functions of this class take its place. They hide the toolkit's, which are not
+// virtual. In such a table rows can't be hidden, moved or given heights one by one.
+//
+// The view paints its cells itself, as its style and delegate would: cells with another delegate, and cells
+// of which the model says more than a text, an alignment and a background, are painted by the delegate.
 class OVQT_EXPORT OrvaneTableView : public QTableView
 {
     Q_OBJECT
@@ -25,6 +37,7 @@ class OVQT_EXPORT OrvaneTableView : public QTableView
 public:
     // Registers the defaults of the keys it depends on; `config` must outlive the view.
     explicit OrvaneTableView(OvConfig &config);
+    ~OrvaneTableView() override;
 
     // Shows `model`, with all columns or only those that hold values (key show_empty_columns), sized to the
     // model's hints. A null model is only remembered: what was shown stays.
@@ -35,6 +48,16 @@ public:
 
     // Where "Show Row" shows a row; null: the entry is not offered. It must outlive the view or be unset.
     void setOrvaneRowView(OrvaneRowView *rowView);
+
+    // Rows and places of the viewport, as the toolkit's; -1 where there is no row.
+    int rowAt(int y) const;
+    int rowViewportPosition(int row) const;
+    int rowHeight(int row) const;
+
+    QModelIndex indexAt(const QPoint &place) const override;
+    QRect visualRect(const QModelIndex &index) const override;
+    void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
+    void doItemsLayout() override;
 
     // How many rows have a selected cell.
     int selectedRowCount() const;
@@ -87,9 +110,23 @@ protected:
     // Says so where there is nothing to show.
     void paintEvent(QPaintEvent *event) override;
 
+    bool viewportEvent(QEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void updateGeometries() override;
+    void scrollContentsBy(int dx, int dy) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    QRegion visualRegionForSelection(const QItemSelection &selection) const override;
+    bool isIndexHidden(const QModelIndex &index) const override;
+    int verticalOffset() const override;
+    void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
+
 private slots:
     // Takes the arrow back from a column by which the model could not sort.
     void checkSortIndicator();
+
+    // Takes in that the table has another number of rows.
+    void followRows();
 
 private:
     struct CellCommand;
@@ -110,6 +147,18 @@ private:
     void changeSelected(const QString &value);
     void changeAll(int column, const QString &value);
 
+    bool isLong() const;
+    int rowsInView() const;
+    qint64 pixelsAbove(int row) const;
+    void placeRows();
+
+    bool paintsByItself() const;
+    void paintPage(const QRegion &region);
+    Page pageWithin(const QRect &area) const;
+    void paintGrid(QPainter &painter, const Page &page, const QStyleOptionViewItem &option);
+    void paintWhatIsMissing();
+
+    void makeHeaders();
     void setRowHeight(int pixels);
     void applyFont();
     void startWithoutOrder();
@@ -122,6 +171,16 @@ private:
     OvConfig &m_config;
     OrvaneTableModel *m_model = nullptr;
     QPointer<OrvaneRowView> m_rowView;
+    std::unique_ptr<CellPainter> m_painter;
+    QPersistentModelIndex m_hovered;
+
+    // Of tables with more rows than sections in the header.
+    QPointer<RowHeader> m_rows;
+    bool m_updatingGeometries = false;
+    qint64 m_topPixel = 0;         // of the table, at the upper edge
+    qint64 m_pressedAt = 0;        // the same when the mouse was pressed
+    mutable int m_rowFarAbove = 0; // the rows last asked for that are too far away for pixels
+    mutable int m_rowFarBelow = 0;
 };
 
 #endif

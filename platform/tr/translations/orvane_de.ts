@@ -50,7 +50,7 @@
         <translation>Aktualisierungsintervall</translation>
     </message>
     <message>
-        <source>Seconds between looks for changed tables (0: don't look):</source>
+        <source>Seconds between looks for changed tables (0: don&apos;t look):</source>
         <translation>Sekunden zwischen den Suchen nach geänderten Tabellen (0: nicht suchen):</translation>
     </message>
     <message>
@@ -140,7 +140,10 @@
     </message>
     <message numerus="yes">
         <source>%n problems were found. Everything else can be used.</source>
-        <translation><numerusform>%n Problem wurde gefunden. Alles andere ist benutzbar.</numerusform><numerusform>%n Probleme wurden gefunden. Alles andere ist benutzbar.</numerusform></translation>
+        <translation>
+            <numerusform>%n Problem wurde gefunden. Alles andere ist benutzbar.</numerusform>
+            <numerusform>%n Probleme wurden gefunden. Alles andere ist benutzbar.</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -196,7 +199,7 @@
         <translation>Erdbebenkarte</translation>
     </message>
     <message>
-        <source>The map can't be drawn: %1</source>
+        <source>The map can&apos;t be drawn: %1</source>
         <translation>Die Karte kann nicht gezeichnet werden: %1</translation>
     </message>
     <message>
@@ -220,7 +223,7 @@
         <translation>ausgewählt: %1</translation>
     </message>
     <message>
-        <source>beyond the map's range: %1</source>
+        <source>beyond the map&apos;s range: %1</source>
         <translation>außerhalb des Kartenbereichs: %1</translation>
     </message>
     <message>
@@ -244,12 +247,15 @@
         <translation>Datensatz %1</translation>
     </message>
     <message>
-        <source>The record can't be read any more.</source>
+        <source>The record can&apos;t be read any more.</source>
         <translation>Der Datensatz ist nicht mehr lesbar.</translation>
     </message>
     <message numerus="yes">
         <source>and %n more here</source>
-        <translation><numerusform>und hier noch %n weiteres</numerusform><numerusform>und hier noch %n weitere</numerusform></translation>
+        <translation>
+            <numerusform>und hier noch %n weiteres</numerusform>
+            <numerusform>und hier noch %n weitere</numerusform>
+        </translation>
     </message>
     <message>
         <source>Magnitude</source>
@@ -264,7 +270,7 @@
         <translation>unbekannt</translation>
     </message>
     <message>
-        <source>The database %1 has no table "origin".</source>
+        <source>The database %1 has no table &quot;origin&quot;.</source>
         <translation>Die Datenbank %1 hat keine Tabelle „origin“.</translation>
     </message>
     <message>
@@ -275,7 +281,7 @@
 <context>
     <name>OvEventView</name>
     <message>
-        <source>The events can't be read: the memory doesn't suffice.</source>
+        <source>The events can&apos;t be read: the memory doesn&apos;t suffice.</source>
         <translation>Die Erdbeben können nicht gelesen werden: Der Speicher reicht nicht aus.</translation>
     </message>
 </context>
@@ -294,7 +300,7 @@ Um sie zum Lesen und Schreiben zu öffnen, schließen Sie zuerst ihr Fenster.</t
         <translation>Die Datenbankbibliothek hat keinen Grund genannt.</translation>
     </message>
     <message>
-        <source>The database %1 can't be opened.
+        <source>The database %1 can&apos;t be opened.
 
 %2
 
@@ -378,7 +384,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Jede zweite Zeile abtönen</translation>
     </message>
     <message>
-        <source>%1: can't be read as a parameter file</source>
+        <source>%1: can&apos;t be read as a parameter file</source>
         <translation>%1: kann nicht als Parameterdatei gelesen werden</translation>
     </message>
     <message>
@@ -734,14 +740,6 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Zeilen von %1 werden in ein Tabellenblatt geschrieben</translation>
     </message>
     <message>
-        <source>Saving %1</source>
-        <translation>%1 wird gespeichert</translation>
-    </message>
-    <message>
-        <source>Making a database of %1 was cancelled.</source>
-        <translation>Das Bilden einer Datenbank aus %1 wurde abgebrochen.</translation>
-    </message>
-    <message>
         <source>Taking marked rows out of %1</source>
         <translation>Vorgemerkte Zeilen werden aus %1 entfernt</translation>
     </message>
@@ -782,11 +780,11 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Die Datensätze der ausgewählten Zeilen leeren; das Verdichten der Tabelle entfernt sie</translation>
     </message>
     <message>
-        <source>Empty 1 row of '%1'? Its values are lost. The row itself goes when the table is crunched.</source>
+        <source>Empty 1 row of &apos;%1&apos;? Its values are lost. The row itself goes when the table is crunched.</source>
         <translation>1 Zeile von „%1“ leeren? Ihre Werte gehen verloren. Die Zeile selbst verschwindet, wenn die Tabelle verdichtet wird.</translation>
     </message>
     <message>
-        <source>Empty %2 rows of '%1'? Their values are lost. The rows themselves go when the table is crunched.</source>
+        <source>Empty %2 rows of &apos;%1&apos;? Their values are lost. The rows themselves go when the table is crunched.</source>
         <translation>%2 Zeilen von „%1“ leeren? Ihre Werte gehen verloren. Die Zeilen selbst verschwinden, wenn die Tabelle verdichtet wird.</translation>
     </message>
     <message>
@@ -798,7 +796,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Die leeren Datensätze der Tabelle entfernen</translation>
     </message>
     <message>
-        <source>Remove the empty records of '%1'? The records behind them get other numbers.</source>
+        <source>Remove the empty records of &apos;%1&apos;? The records behind them get other numbers.</source>
         <translation>Die leeren Datensätze von „%1“ entfernen? Die Datensätze dahinter bekommen andere Nummern.</translation>
     </message>
     <message>
@@ -826,7 +824,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Allein die ausgewählten Zeilen in der Sicht behalten; die Datensätze bleiben</translation>
     </message>
     <message>
-        <source>%1: the picture can't be written: %2</source>
+        <source>%1: the picture can&apos;t be written: %2</source>
         <translation>%1: Das Bild kann nicht geschrieben werden: %2</translation>
     </message>
     <message>
@@ -846,7 +844,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation> – </translation>
     </message>
     <message>
-        <source>ignoring requested size of '%1' and setting to 10</source>
+        <source>ignoring requested size of &apos;%1&apos; and setting to 10</source>
         <translation>die gewünschte Größe „%1“ wird übergangen und 10 gesetzt</translation>
     </message>
     <message>
@@ -882,7 +880,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>...</translation>
     </message>
     <message>
-        <source>' -- not making an event map</source>
+        <source>&apos; -- not making an event map</source>
         <translation>“ – es wird keine Erdbebenkarte gezeichnet</translation>
     </message>
     <message>
@@ -890,11 +888,11 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>ovedit kann zurzeit nur eine Karte zugleich zeigen</translation>
     </message>
     <message>
-        <source>Failed to lookup 'origin' table in database '</source>
+        <source>Failed to lookup &apos;origin&apos; table in database &apos;</source>
         <translation>Die Tabelle „origin“ ließ sich nicht finden in der Datenbank „</translation>
     </message>
     <message>
-        <source>No 'origin' table found in database '</source>
+        <source>No &apos;origin&apos; table found in database &apos;</source>
         <translation>Es gibt keine Tabelle „origin“ in der Datenbank „</translation>
     </message>
     <message>
@@ -910,7 +908,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>%1 Zeilen</translation>
     </message>
     <message>
-        <source>Table '%1' updated</source>
+        <source>Table &apos;%1&apos; updated</source>
         <translation>Tabelle „%1“ geändert</translation>
     </message>
     <message>
@@ -974,7 +972,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Schließen</translation>
     </message>
     <message>
-        <source>in table '%1'</source>
+        <source>in table &apos;%1&apos;</source>
         <translation>in Tabelle „%1“</translation>
     </message>
     <message>
@@ -1022,15 +1020,15 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Zeile %1 zeigen</translation>
     </message>
     <message>
-        <source>Remove Column '%1' From Display</source>
+        <source>Remove Column &apos;%1&apos; From Display</source>
         <translation>Spalte „%1“ ausblenden</translation>
     </message>
     <message>
-        <source>Change Selected '%1' Values</source>
+        <source>Change Selected &apos;%1&apos; Values</source>
         <translation>Ausgewählte Werte von „%1“ ändern</translation>
     </message>
     <message>
-        <source>Change All '%1' Values</source>
+        <source>Change All &apos;%1&apos; Values</source>
         <translation>Alle Werte von „%1“ ändern</translation>
     </message>
     <message>
@@ -1042,11 +1040,11 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Wert für</translation>
     </message>
     <message>
-        <source>'%1' was not stored in %2 cells: %3</source>
+        <source>&apos;%1&apos; was not stored in %2 cells: %3</source>
         <translation>„%1“ wurde in %2 Zellen nicht gespeichert: %3</translation>
     </message>
     <message>
-        <source>'%1' was not stored: %2</source>
+        <source>&apos;%1&apos; was not stored: %2</source>
         <translation>„%1“ wurde nicht gespeichert: %2</translation>
     </message>
     <message>
@@ -1144,15 +1142,15 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Das Fenster konnte nicht gezeichnet werden</translation>
     </message>
     <message>
-        <source>'%1' has %2 rows; a spreadsheet holds no more than %3. Nothing was written: save it as a text file, or a part of it.</source>
+        <source>&apos;%1&apos; has %2 rows; a spreadsheet holds no more than %3. Nothing was written: save it as a text file, or a part of it.</source>
         <translation>„%1“ hat %2 Zeilen; ein Tabellenblatt fasst höchstens %3. Nichts wurde geschrieben: Speichern Sie als Textdatei oder nur einen Teil.</translation>
     </message>
     <message>
-        <source>'%1' has more columns than a spreadsheet holds</source>
+        <source>&apos;%1&apos; has more columns than a spreadsheet holds</source>
         <translation>„%1“ hat mehr Spalten, als ein Tabellenblatt fasst</translation>
     </message>
     <message>
-        <source>The spreadsheet '%1' could not be written</source>
+        <source>The spreadsheet &apos;%1&apos; could not be written</source>
         <translation>Das Tabellenblatt „%1“ konnte nicht geschrieben werden</translation>
     </message>
     <message>
@@ -1164,7 +1162,7 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Ausdruck der Teilmenge</translation>
     </message>
     <message>
-        <source>Subset of '%1' on expression '%2'</source>
+        <source>Subset of &apos;%1&apos; on expression &apos;%2&apos;</source>
         <translation>Teilmenge von „%1“ mit dem Ausdruck „%2“</translation>
     </message>
     <message>
@@ -1172,7 +1170,7 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Sortierfelder</translation>
     </message>
     <message>
-        <source>Sort of '%1' on fields</source>
+        <source>Sort of &apos;%1&apos; on fields</source>
         <translation>Sortieren von „%1“ nach den Feldern</translation>
     </message>
     <message>
@@ -1180,27 +1178,27 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Gruppierfelder</translation>
     </message>
     <message>
-        <source>Group of '%1' on fields</source>
+        <source>Group of &apos;%1&apos; on fields</source>
         <translation>Gruppieren von „%1“ nach den Feldern</translation>
     </message>
     <message>
-        <source>Ungroup of '%1'</source>
+        <source>Ungroup of &apos;%1&apos;</source>
         <translation>Auflösen der Gruppen von „%1“</translation>
     </message>
     <message>
-        <source>Join of '%1' to '%2'</source>
+        <source>Join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Verbund von „%1“ mit „%2“</translation>
     </message>
     <message>
-        <source>Outer-join of '%1' to '%2'</source>
+        <source>Outer-join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Äußerer Verbund von „%1“ mit „%2“</translation>
     </message>
     <message>
-        <source>Left-join of '%1' to '%2'</source>
+        <source>Left-join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Linker Verbund von „%1“ mit „%2“</translation>
     </message>
     <message>
-        <source>No-join of '%1' to '%2'</source>
+        <source>No-join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Zeilen von „%1“ ohne Entsprechung in „%2“</translation>
     </message>
     <message>
@@ -1208,15 +1206,15 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Ausdruck des Theta-Verbunds</translation>
     </message>
     <message>
-        <source>Theta-join of '%1' to '%2' with expression '%3'</source>
+        <source>Theta-join of &apos;%1&apos; to &apos;%2&apos; with expression &apos;%3&apos;</source>
         <translation>Theta-Verbund von „%1“ mit „%2“ und dem Ausdruck „%3“</translation>
     </message>
     <message>
-        <source>Sever of table '%1' from '%2'</source>
+        <source>Sever of table &apos;%1&apos; from &apos;%2&apos;</source>
         <translation>Abtrennen der Tabelle „%1“ von „%2“</translation>
     </message>
     <message>
-        <source>Separate table '%1' from '%2'</source>
+        <source>Separate table &apos;%1&apos; from &apos;%2&apos;</source>
         <translation>Herauslösen der Tabelle „%1“ aus „%2“</translation>
     </message>
     <message>
@@ -1411,6 +1409,222 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>%1: cannot be written: %2</source>
         <translation>%1: kann nicht geschrieben werden: %2</translation>
     </message>
+    <message>
+        <source>%1 rows of %2 columns are about %3 MB of text, too much for the clipboard. Save the table as a text file, or copy a part of it.</source>
+        <translation>%1 Zeilen mit %2 Spalten sind etwa %3 MB Text, zu viel für die Zwischenablage. Speichern Sie die Tabelle als Textdatei oder kopieren Sie nur einen Teil.</translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <source>Copy %1 rows of %2 columns? They take about %3 MB of memory for as long as they are in the clipboard.</source>
+        <translation>%1 Zeilen mit %2 Spalten kopieren? Sie belegen etwa %3 MB Speicher, solange sie in der Zwischenablage sind.</translation>
+    </message>
+    <message>
+        <source>The cells are too much text for the clipboard. Copy a part of them.</source>
+        <translation>Die Zellen sind zu viel Text für die Zwischenablage. Kopieren Sie nur einen Teil.</translation>
+    </message>
+    <message>
+        <source>The selected cells don&apos;t make up a table: in each row the same columns must be selected. Nothing was copied.</source>
+        <translation>Die ausgewählten Zellen ergeben keine Tabelle: In jeder Zeile müssen dieselben Spalten ausgewählt sein. Nichts wurde kopiert.</translation>
+    </message>
+    <message>
+        <source>There is no text in the clipboard to be pasted.</source>
+        <translation>In der Zwischenablage ist kein Text, der eingefügt werden könnte.</translation>
+    </message>
+    <message>
+        <source>Nothing was pasted: line %1 of the clipboard has %2 values where the first has %3.</source>
+        <translation>Nichts wurde eingefügt: Zeile %1 der Zwischenablage hat %2 Werte, die erste aber %3.</translation>
+    </message>
+    <message>
+        <source>Nothing was pasted: the clipboard has %1 rows, and from row %2 on there are only %3. Rows are added with Add Rows.</source>
+        <translation>Nichts wurde eingefügt: Die Zwischenablage hat %1 Zeilen, und ab Zeile %2 gibt es nur %3. Zeilen fügt man mit Zeilen hinzufügen an.</translation>
+    </message>
+    <message>
+        <source>Nothing was pasted: the clipboard has %1 columns, and from column %2 on only %3 are shown.</source>
+        <translation>Nichts wurde eingefügt: Die Zwischenablage hat %1 Spalten, und ab Spalte %2 werden nur %3 gezeigt.</translation>
+    </message>
+    <message>
+        <source>Select the cell where pasting is to begin.</source>
+        <translation>Wählen Sie die Zelle aus, bei der das Einfügen beginnen soll.</translation>
+    </message>
+    <message>
+        <source>it can&apos;t be changed</source>
+        <translation>sie kann nicht geändert werden</translation>
+    </message>
+    <message>
+        <source>Nothing was pasted. Row %1, %2: &apos;%3&apos; can&apos;t be stored: %4</source>
+        <translation>Nichts wurde eingefügt. Zeile %1, %2: „%3“ kann nicht gespeichert werden: %4</translation>
+    </message>
+    <message>
+        <source>Row %1, %2: &apos;%3&apos; can&apos;t be stored: %4 %5 cells were changed before.</source>
+        <translation>Zeile %1, %2: „%3“ kann nicht gespeichert werden: %4 Vorher wurden %5 Zellen geändert.</translation>
+    </message>
+    <message>
+        <source>The table has gone meanwhile. %1 cells were changed.</source>
+        <translation>Die Tabelle ist inzwischen verschwunden. %1 Zellen wurden geändert.</translation>
+    </message>
+    <message>
+        <source>Paste</source>
+        <translation>Einfügen</translation>
+    </message>
+    <message>
+        <source>Change %1 cells?</source>
+        <translation>%1 Zellen ändern?</translation>
+    </message>
+    <message>
+        <source>Pasting was cancelled. %1 cells were changed before.</source>
+        <translation>Das Einfügen wurde abgebrochen. Vorher wurden %1 Zellen geändert.</translation>
+    </message>
+    <message>
+        <source>Save With Column &amp;Names</source>
+        <translation>Mit Spalten&amp;namen speichern</translation>
+    </message>
+    <message>
+        <source>Begin text files and spreadsheets with the names of the columns</source>
+        <translation>Textdateien und Tabellenblätter mit den Namen der Spalten beginnen</translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation>Bea&amp;rbeiten</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>&amp;Kopieren</translation>
+    </message>
+    <message>
+        <source>Copy the selected cells as tab-separated text</source>
+        <translation>Die ausgewählten Zellen als Text mit Tabulatoren kopieren</translation>
+    </message>
+    <message>
+        <source>Copy &amp;With Column Names</source>
+        <translation>&amp;Mit Spaltennamen kopieren</translation>
+    </message>
+    <message>
+        <source>Copy the selected cells below a line with the names of their columns</source>
+        <translation>Die ausgewählten Zellen unter einer Zeile mit den Namen ihrer Spalten kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Paste</source>
+        <translation>&amp;Einfügen</translation>
+    </message>
+    <message>
+        <source>Select &amp;All</source>
+        <translation>&amp;Alles auswählen</translation>
+    </message>
+    <message>
+        <source>Select every cell of the table</source>
+        <translation>Jede Zelle der Tabelle auswählen</translation>
+    </message>
+    <message>
+        <source>Put tab-separated text into the cells from the first selected one on; a single value into all selected cells</source>
+        <translation>Text mit Tabulatoren ab der ersten ausgewählten Zelle in die Zellen setzen; einen einzelnen Wert in alle ausgewählten Zellen</translation>
+    </message>
+    <message>
+        <source>Cells are changed only while Rows, Allow Edits is on.</source>
+        <translation>Zellen werden nur geändert, solange Zeilen, Änderungen erlauben eingeschaltet ist.</translation>
+    </message>
+    <message>
+        <source>The table can&apos;t be changed.</source>
+        <translation>Die Tabelle kann nicht geändert werden.</translation>
+    </message>
+    <message>
+        <source>&amp;Print...</source>
+        <translation>&amp;Drucken...</translation>
+    </message>
+    <message>
+        <source>Show the table shown as it will be printed, and print it</source>
+        <translation>Die gezeigte Tabelle zeigen, wie sie gedruckt wird, und drucken</translation>
+    </message>
+    <message>
+        <source>Copying cells of %1</source>
+        <translation>Zellen von %1 werden kopiert</translation>
+    </message>
+    <message>
+        <source>Copying cells of %1 was cancelled.</source>
+        <translation>Das Kopieren von Zellen aus %1 wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Pasting into %1</source>
+        <translation>In %1 wird eingefügt</translation>
+    </message>
+    <message>
+        <source>Pasting into %1 was cancelled.</source>
+        <translation>Das Einfügen in %1 wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Laying out the rows of %1</source>
+        <translation>Die Zeilen von %1 werden auf Seiten verteilt</translation>
+    </message>
+    <message>
+        <source>Printing %1 was cancelled.</source>
+        <translation>Das Drucken von %1 wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Printing the rows of %1</source>
+        <translation>Die Zeilen von %1 werden gedruckt</translation>
+    </message>
+    <message>
+        <source>Page %1 of %2</source>
+        <translation>Seite %1 von %2</translation>
+    </message>
+    <message>
+        <source>Print</source>
+        <translation>Drucken</translation>
+    </message>
+    <message>
+        <source>%1 rows are selected. Print only these, or all %2?</source>
+        <translation>%1 Zeilen sind ausgewählt. Nur diese drucken, oder alle %2?</translation>
+    </message>
+    <message>
+        <source>&amp;Selected Rows</source>
+        <translation>Aus&amp;gewählte Zeilen</translation>
+    </message>
+    <message>
+        <source>&amp;All Rows</source>
+        <translation>&amp;Alle Zeilen</translation>
+    </message>
+    <message>
+        <source>Printed, these rows are %1 pages, and no more than %2 can be shown. Select the rows that you want, or save the table as a text file.</source>
+        <translation>Gedruckt sind diese Zeilen %1 Seiten, und mehr als %2 können nicht gezeigt werden. Wählen Sie die gewünschten Zeilen aus oder speichern Sie die Tabelle als Textdatei.</translation>
+    </message>
+    <message>
+        <source>Printed, these rows are %1 pages. Show them?</source>
+        <translation>Gedruckt sind diese Zeilen %1 Seiten. Sollen sie gezeigt werden?</translation>
+    </message>
+    <message>
+        <source>The printer can&apos;t be used.</source>
+        <translation>Der Drucker kann nicht benutzt werden.</translation>
+    </message>
+    <message>
+        <source>%1: the pages can&apos;t be written there.</source>
+        <translation>%1: Die Seiten können dort nicht geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>No column is shown, so there is nothing to print.</source>
+        <translation>Es wird keine Spalte gezeigt, also gibt es nichts zu drucken.</translation>
+    </message>
+    <message>
+        <source>%1 rows are too many to be printed. Select the rows that you want, or save the table as a text file.</source>
+        <translation>%1 Zeilen sind zu viele zum Drucken. Wählen Sie die gewünschten Zeilen aus oder speichern Sie die Tabelle als Textdatei.</translation>
+    </message>
+    <message>
+        <source>Print %1</source>
+        <translation>%1 drucken</translation>
+    </message>
+    <message>
+        <source>there is no such cell</source>
+        <translation>eine solche Zelle gibt es nicht</translation>
+    </message>
+    <message>
+        <source>Row %1 of &apos;%2&apos; can&apos;t be read any more: the table has changed meanwhile. Nothing was written.</source>
+        <translation>Zeile %1 von „%2“ kann nicht mehr gelesen werden: Die Tabelle hat sich inzwischen geändert. Nichts wurde geschrieben.</translation>
+    </message>
+    <message>
+        <source>Row %1 can&apos;t be read any more: the table has changed. A view of it has to be made again.</source>
+        <translation>Zeile %1 kann nicht mehr gelesen werden: Die Tabelle hat sich geändert. Eine Sicht auf sie muss neu gebildet werden.</translation>
+    </message>
 </context>
 <context>
     <name>ProblemsDialog</name>
@@ -1511,7 +1725,10 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message numerus="yes">
         <source>About %n seconds left</source>
-        <translation><numerusform>Noch etwa %n Sekunde</numerusform><numerusform>Noch etwa %n Sekunden</numerusform></translation>
+        <translation>
+            <numerusform>Noch etwa %n Sekunde</numerusform>
+            <numerusform>Noch etwa %n Sekunden</numerusform>
+        </translation>
     </message>
     <message>
         <source>About a minute left</source>
@@ -1519,7 +1736,10 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message numerus="yes">
         <source>About %n minutes left</source>
-        <translation><numerusform>Noch etwa %n Minute</numerusform><numerusform>Noch etwa %n Minuten</numerusform></translation>
+        <translation>
+            <numerusform>Noch etwa %n Minute</numerusform>
+            <numerusform>Noch etwa %n Minuten</numerusform>
+        </translation>
     </message>
     <message>
         <source>About an hour left</source>
@@ -1527,7 +1747,10 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message numerus="yes">
         <source>About %n hours left</source>
-        <translation><numerusform>Noch etwa %n Stunde</numerusform><numerusform>Noch etwa %n Stunden</numerusform></translation>
+        <translation>
+            <numerusform>Noch etwa %n Stunde</numerusform>
+            <numerusform>Noch etwa %n Stunden</numerusform>
+        </translation>
     </message>
     <message>
         <source>More than a day left</source>

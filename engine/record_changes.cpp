@@ -187,13 +187,9 @@ void answerChanged(const RequestCall &call, int code, int64_t changed)
     call.response->setValue(QVariantList{static_cast<qlonglong>(changed), reason, code == dbERROR_CANCELLED});
 }
 
-} // namespace
+using UseValue = int (*)(Dbptr, const char *, const DbValue *);
 
-namespace requests {
-
-// A value that can't be converted ends the request, one that the library refuses does not: what is written
-// stays written.
-void putValues(const RequestCall &call)
+void eachValue(const RequestCall &call, UseValue use)
 {
     const QVariant &argument = call.arguments.first();
     if (!argument.canConvert<QVariantMap>()) {
@@ -207,9 +203,25 @@ void putValues(const RequestCall &call)
             return;
         if (!isWhole(call, entry.key()) || !isWhole(call, entry.value().toString()))
             continue;
-        if (dbputv(call.input, entry.key().toUtf8().constData(), &written.value) < 0)
+        if (use(call.input, entry.key().toUtf8().constData(), &written.value) < 0)
             call.fail(QLatin1String(call.row.failure), LibraryLog::With);
     }
+}
+
+} // namespace
+
+namespace requests {
+
+// A value that can't be converted ends the request, one that the library refuses does not: what is written
+// stays written.
+void putValues(const RequestCall &call)
+{
+    eachValue(call, dbputv);
+}
+
+void checkValues(const RequestCall &call)
+{
+    eachValue(call, dbcheckv);
 }
 
 void putRows(const RequestCall &call)

@@ -62,6 +62,7 @@ void findRows(const RequestCall &call);
 
 /* record_changes.cpp */
 void putValues(const RequestCall &call);
+void checkValues(const RequestCall &call);
 void addRecord(const RequestCall &call);
 void addCheckedRecord(const RequestCall &call);
 void markRecord(const RequestCall &call);

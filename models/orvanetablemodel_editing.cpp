@@ -6,6 +6,7 @@
 #include <QScopeGuard>
 
 #include <orvane/db.h>
+#include <orvane/tr.h>
 
 #include "library_reason.h"
 #include "orvanetablemodel_p.h"
@@ -128,6 +129,21 @@ bool OrvaneTableModel::setData(const QModelIndex &index, const QVariant &value, 
     }
     emit dataChanged(index, index);
     return true;
+}
+
+QString OrvaneTableModel::refusal(const QModelIndex &index, const QVariant &value) const
+{
+    const std::optional<Dbptr> place =
+        index.column() > 0 ? d->place(index.column(), index.row()) : std::nullopt;
+    if (!place)
+        return OvTranslation::tr("there is no such cell");
+    try {
+        QDbptr cell(d->display->getConnection(), *place);
+        cell.request(QStringLiteral("dbcheckv"), {QVariantMap{{d->column(index.column())->name, value}}});
+    } catch (const std::exception &error) {
+        return reasonOf(QString::fromUtf8(error.what()));
+    }
+    return {};
 }
 
 QString OrvaneTableModel::editError() const

@@ -38,10 +38,10 @@ struct MenuEntry {
     bool enabled = true;
 };
 
-// Runs a menu and answers the chosen entry's place, or -1. The owner may drop the view while the menu is
-// open: then nothing is chosen.
+// Runs a menu and answers the chosen entry's place, or -1. `further` actions stand below the entries and act
+// by themselves. The owner may drop the view while the menu is open: then nothing is chosen.
 int chooseFrom(const std::vector<MenuEntry> &entries, const char *objectName, const char *slot,
-               QWidget *parent, const QPoint &place)
+               QWidget *parent, const QPoint &place, const QList<QAction *> &further = {})
 {
     const QPointer<QMenu> menu = new QMenu(parent);
     menu->setObjectName(objectName);
@@ -49,13 +49,17 @@ int chooseFrom(const std::vector<MenuEntry> &entries, const char *objectName, co
         menu->addAction(entry.text)->setEnabled(entry.enabled);
     }
     const QList<QAction *> actions = menu->actions();
+    if (!further.isEmpty()) {
+        menu->addSeparator();
+        menu->addActions(further);
+    }
     QAction *chosen = menu->exec(place);
     if (menu == nullptr) {
         return -1;
     }
     menu->deleteLater();
     const int entry = actions.indexOf(chosen);
-    if (chosen != nullptr && entry < 0) {
+    if (chosen != nullptr && entry < 0 && !further.contains(chosen)) {
         qovutil_showError(
             OvTranslation::tr("Unexpected error: unknown action selected in OrvaneTableView::") + slot + "()",
             nullptr);
@@ -77,8 +81,8 @@ void OrvaneTableView::showCellContextMenu(QPoint pos)
         for (const CellCommand &command : commands) {
             entries.push_back({OvTranslation::tr(command.text), indexAt(pos).isValid()});
         }
-        const int entry =
-            chooseFrom(entries, "cellMenu", "showCellContextMenu", this, viewport()->mapToGlobal(pos));
+        const int entry = chooseFrom(entries, "cellMenu", "showCellContextMenu", this,
+                                     viewport()->mapToGlobal(pos), actions());
         if (entry >= 0) {
             runCellCommand(commands[entry], indexAt(pos));
         }

@@ -5,12 +5,14 @@
 #include <QVariant>
 
 #include <atomic>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
 #include <orvane/db.h>
 #include <orvane/tr.h>
+#include <orvane/util.h>
 #include <xlsxdocument.h>
 #include <xlsxformat.h>
 
@@ -56,6 +58,53 @@ void report(double fraction)
     }
 }
 
+// The writer at work on the file, in a thread of its own: it has no steps to report between, and takes long
+// over many rows.
+class Saving
+{
+public:
+    Saving(std::shared_ptr<const QXlsx::Document> document, const QString &path)
+        : m_document(std::move(document)), m_file(path), m_beside(m_file.writtenPath())
+    {
+    }
+
+    // Empty where the file can't be made; putInPlace() then says why.
+    const QString &beside() const { return m_beside; }
+    NewFile &file() { return m_file; }
+
+    void run()
+    {
+        m_isSaved = m_document->saveAs(m_beside);
+        m_isDone = true;
+    }
+    bool isDone() const { return m_isDone; }
+    bool isSaved() const { return m_isSaved; }
+
+private:
+    std::shared_ptr<const QXlsx::Document> m_document;
+    NewFile m_file;
+    const QString m_beside;
+    std::atomic<bool> m_isDone = false;
+    bool m_isSaved = false;
+};
+
+// The writer can't be stopped. Who cancels doesn't wait for it: it goes on by itself, with nothing to show
+// for it in the end, and the program does not exit before that, so that its file goes, too.
+void letGo(std::thread thread)
+{
+    struct Ending {
+        std::vector<std::thread> threads;
+        ~Ending()
+        {
+            for (std::thread &each : threads) {
+                each.join();
+            }
+        }
+    };
+    static Ending ending;
+    ending.threads.push_back(std::move(thread));
+}
+
 class SheetWriter
 {
 public:
@@ -90,8 +139,8 @@ public:
     {
         int row = 1;
         for (std::size_t i = 0; i < m_columns.size(); ++i) {
-            m_document.setColumnWidth(static_cast<int>(i) + 1,
-                                      m_table.approxColumnWidthChars(m_columns[i].inTable));
+            m_document->setColumnWidth(static_cast<int>(i) + 1,
+                                       m_table.approxColumnWidthChars(m_columns[i].inTable));
         }
         if (m_request.hasHeaders) {
             writeHeaders(row++);
@@ -108,20 +157,14 @@ public:
         }
     }
 
-    // Beside the path and then in its place. The writer has no steps to report between, so it works in a
-    // thread of its own; who cancels waits until it is done.
+    // Beside the path and then in its place.
     void save()
     {
-        NewFile file(m_request.path);
-        const QString beside = file.writtenPath();
-        bool isSaved = false;
-        if (!beside.isEmpty()) {
-            isSaved = saveReporting(beside);
-        }
-        if (!isSaved && !beside.isEmpty()) {
+        const auto saving = std::make_shared<Saving>(m_document, m_request.path);
+        if (!saving->beside().isEmpty() && !saveReporting(saving)) {
             fail(OvTranslation::tr("The spreadsheet '%1' could not be written").arg(m_request.path));
         }
-        file.putInPlace();
+        saving->file().putInPlace();
     }
 
 private:
@@ -133,8 +176,25 @@ private:
         }
     }
 
+    // A record that is gone shows as empty cells; written so it would be wrong.
+    void checkReadable(int record) const
+    {
+        Dbptr place = m_table.getFacadeDbptr();
+        place.field = dbALL;
+        place.record = record;
+        char unused = 0;
+        if (dbget(place, &unused, 0) < 0) { // with no room for it the record is looked at and not copied
+            elog_clear();
+            fail(OvTranslation::tr("Row %1 of '%2' can't be read any more: the table has changed meanwhile. "
+                                   "Nothing was written.")
+                     .arg(record)
+                     .arg(m_table.getTableName()));
+        }
+    }
+
     void writeRecord(int row, int record)
     {
+        checkReadable(record);
         for (std::size_t i = 0; i < m_columns.size(); ++i) {
             put(row, i, m_table.data(m_table.index(record, m_columns[i].inTable), Qt::UserRole),
                 m_columns[i].isTime ? m_formats.time : m_formats.plain);
@@ -143,38 +203,32 @@ private:
 
     void put(int row, std::size_t column, const QVariant &value, const QXlsx::Format &format)
     {
-        if (!m_document.write(row, static_cast<int>(column) + 1, value, format)) {
+        if (!m_document->write(row, static_cast<int>(column) + 1, value, format)) {
             fail(OvTranslation::tr("Row %1, column %2 could not be written to the spreadsheet")
                      .arg(row)
                      .arg(column + 1));
         }
     }
 
-    bool saveReporting(const QString &path)
+    bool saveReporting(const std::shared_ptr<Saving> &saving)
     {
-        std::atomic<bool> isDone = false;
-        bool isSaved = false;
-        std::thread saving([&] {
-            isSaved = m_document.saveAs(path);
-            isDone = true;
-        });
-        bool isCancelled = false;
-        while (!isDone) {
+        std::thread thread([saving] { saving->run(); });
+        while (!saving->isDone()) {
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            isCancelled = isCancelled || dbreport_progress(operation, writingShare) != 0;
+            if (dbreport_progress(operation, writingShare) != 0) {
+                letGo(std::move(thread));
+                fail(QStringLiteral("%1: cancelled").arg(operation));
+            }
         }
-        saving.join();
-        if (isCancelled) {
-            fail(QStringLiteral("%1: cancelled").arg(operation));
-        }
-        return isSaved;
+        thread.join();
+        return saving->isSaved();
     }
 
     const SaveRequest &m_request;
     OrvaneTableModel &m_table;
     std::vector<Column> m_columns;
     Formats m_formats;
-    QXlsx::Document m_document;
+    const std::shared_ptr<QXlsx::Document> m_document = std::make_shared<QXlsx::Document>();
 };
 
 } // namespace

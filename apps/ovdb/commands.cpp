@@ -40,8 +40,20 @@ const Command table[] = {
      "  tsv    the same between tabs\n"
      "  json   an array with one object a line: numbers as numbers, times as seconds\n"
      "         since 1970, missing values as null, bundles as \"first-end\", bytes that\n"
-     "         are no UTF-8 as U+FFFD\n",
+     "         are no UTF-8 as U+FFFD\n"
+     "With --output FILE also:\n"
+     "  xlsx   a spreadsheet: numbers, dates, missing values as empty cells\n"
+     "  view   a saved view, which 'ovdb select -' and 'ovedit -' read\n"
+     "  database\n"
+     "         a new database of the records that the rows stand for\n"
+     "FILE.txt, .csv, .tsv, .json and .xlsx need no --format. A file that is there is left\n"
+     "as it is unless --force is given. The new one gets its name when it is whole.\n",
      run_select},
+    {"map", "DB", for_map, 1, 1, "draw the events of a database on a map",
+     "Writes a picture (PNG) of coastlines, a graticule and the events of the table origin:\n"
+     "discs, larger for larger magnitudes, coloured by depth. Standard error says how many\n"
+     "there are, and how many can't be drawn for want of coordinates.\n",
+     run_map},
     {"create", "PATH", for_create, 1, 1, "make a new database, with no tables yet",
      "The path is that of its descriptor; a file that is there is never overwritten.\n"
      "Tables get their files when the first record is added.\n",

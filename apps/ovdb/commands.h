@@ -30,6 +30,7 @@ void run_info(const Request &request);
 void run_tables(const Request &request);
 void run_fields(const Request &request);
 void run_select(const Request &request);
+void run_map(const Request &request);
 void run_expr(const Request &request);
 void run_create(const Request &request);
 void run_add(const Request &request);

@@ -12,10 +12,13 @@ namespace ovdb {
 namespace {
 
 constexpr Format table[] = {
-    {"text", false, " ", 0},
-    {"csv", true, ",", 1},
-    {"tsv", true, "\t", 1},
-    {"json", false, nullptr, 0},
+    {"text", Format::Kind::Lines, false, ".txt", " ", 0},
+    {"csv", Format::Kind::Lines, true, ".csv", ",", 1},
+    {"tsv", Format::Kind::Lines, true, ".tsv", "\t", 1},
+    {"json", Format::Kind::Objects, false, ".json", nullptr, 0},
+    {"xlsx", Format::Kind::Sheet, true, ".xlsx", nullptr, 0},
+    {"view", Format::Kind::View, false, "", nullptr, 0},
+    {"database", Format::Kind::Database, false, "", nullptr, 0},
 };
 
 // Null stands for all fields.
@@ -69,6 +72,24 @@ const Format &default_format()
     return table[0];
 }
 
+const Format *format_of_file(std::string_view path)
+{
+    for (const Format &format : table)
+        if (!format.extension.empty() && path.size() > format.extension.size() &&
+            path.ends_with(format.extension))
+            return &format;
+    return nullptr;
+}
+
+std::vector<std::string_view> stream_format_names()
+{
+    std::vector<std::string_view> names;
+    for (const Format &format : table)
+        if (format.is_stream())
+            names.push_back(format.name);
+    return names;
+}
+
 std::vector<std::string_view> format_names()
 {
     std::vector<std::string_view> names;
@@ -80,7 +101,7 @@ std::vector<std::string_view> format_names()
 void write_rows(const Rows &rows, const Format &format, bool header, std::FILE *out)
 {
     const LongWork writing("writing", true);
-    if (format.separator)
+    if (format.kind == Format::Kind::Lines)
         write_lines(rows, format, header, out);
     else
         write_json(rows, out);
@@ -89,8 +110,8 @@ void write_rows(const Rows &rows, const Format &format, bool header, std::FILE *
 
 void write_listing(const Listing &listing, const Format &format, bool header, std::FILE *out)
 {
-    const std::string text = !format.separator  ? json(listing)
-                             : format.flag == 0 ? aligned(listing, header)
+    const std::string text = format.kind == Format::Kind::Objects ? json(listing)
+                             : format.flag == 0                   ? aligned(listing, header)
                                                 : delimited(listing, *format.separator, header);
     std::fwrite(text.data(), 1, text.size(), out); // a failure stays with the stream
 }

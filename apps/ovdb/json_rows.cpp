@@ -2,54 +2,13 @@
 
 #include "json_text.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cmath>
-#include <optional>
 
 namespace ovdb {
 
 namespace {
 
 constexpr std::size_t long_enough = 1 << 20;
-
-std::string_view trimmed_right(std::string_view text)
-{
-    return text.substr(0, text.find_last_not_of(' ') + 1);
-}
-
-std::string_view trimmed(std::string_view text)
-{
-    text = text.substr(0, text.find_last_not_of(" \t") + 1);
-    const auto first = text.find_first_not_of(" \t");
-    return first == std::string_view::npos ? std::string_view() : text.substr(first);
-}
-
-// A number that is all of the text; a plus sign before it is allowed, as in the tables.
-template <typename Number>
-std::optional<Number> number(std::string_view text)
-{
-    if (text.size() > 1 && text[0] == '+' && text[1] != '-')
-        text.remove_prefix(1);
-    Number value = 0;
-    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && stop == text.data() + text.size() ? std::optional(value) : std::nullopt;
-}
-
-std::optional<double> real(std::string_view text)
-{
-    const auto value = number<double>(text);
-    return value && std::isfinite(*value) ? value : std::nullopt;
-}
-
-// Seconds, or a date in words.
-std::optional<double> time(std::string_view text)
-{
-    if (const auto value = real(text))
-        return value;
-    double value = 0;
-    return is_epoch_string(std::string(text).c_str(), &value) ? std::optional(value) : std::nullopt;
-}
 
 // The number as it stands, if JSON would write it so, else in its shortest form.
 template <typename Number>
@@ -69,53 +28,24 @@ void append_number(std::string_view text, Number value, std::string &out)
 
 } // namespace
 
-JsonRows::JsonRows(std::vector<Column> columns, std::FILE *out) : out_(out)
+JsonRows::JsonRows(std::vector<Column> columns, std::FILE *out)
+    : out_(out), fields_(decoders_of(std::move(columns))),
+      stream_(fields_, [this](std::string_view records) { return take(records); })
 {
-    for (Column &column : columns) {
-        Field field;
-        field.kind = column.type == dbREAL   ? Kind::Real
-                     : column.type == dbTIME ? Kind::Time
-                     : column.type == dbBOOLEAN || column.type == dbINTEGER || column.type == dbYEARDAY
-                         ? Kind::Integer
-                         : Kind::Text;
-        field.begin = fields_.empty() ? "{" : ",";
-        append_json_string(column.name, field.begin);
-        field.begin += ':';
-        field.null_text = trimmed_right(column.null);
-        field.null_integer = number<std::int64_t>(trimmed(column.null)).value_or(0);
-        field.null_real = time(trimmed(column.null)).value_or(0);
-        record_size_ += column.width;
-        field.column = std::move(column);
-        fields_.push_back(std::move(field));
+    for (const FieldDecoder &field : fields_) {
+        std::string begin = begins_.empty() ? "{" : ",";
+        append_json_string(field.column().name, begin);
+        begins_.push_back(begin + ':');
     }
 }
 
-std::FILE *JsonRows::open()
+bool JsonRows::take(std::string_view records)
 {
-    cookie_io_functions_t functions{};
-    functions.write = [](void *rows, const char *bytes, std::size_t size) -> ssize_t {
-        return static_cast<JsonRows *>(rows)->take({bytes, size}) ? static_cast<ssize_t>(size) : 0;
-    };
-    return fopencookie(this, "w", functions);
-}
-
-bool JsonRows::take(std::string_view bytes)
-{
-    if (!partial_.empty()) {
-        const std::size_t missing = std::min(record_size_ - partial_.size(), bytes.size());
-        partial_.append(bytes.substr(0, missing));
-        bytes.remove_prefix(missing);
-        if (partial_.size() < record_size_)
-            return true;
-        append_row(partial_.data());
-        partial_.clear();
-    }
-    for (; bytes.size() >= record_size_; bytes.remove_prefix(record_size_)) {
-        append_row(bytes.data());
+    for (; !records.empty(); records.remove_prefix(stream_.record_size())) {
+        append_row(records.data());
         if (text_.size() > long_enough && !write())
             return false;
     }
-    partial_ = bytes;
     return write();
 }
 
@@ -123,55 +53,26 @@ void JsonRows::append_row(const char *record)
 {
     text_ += any_ ? ",\n" : "[\n";
     any_ = true;
-    for (Field &field : fields_) {
-        text_ += field.begin;
-        append_value(field, {record, field.column.width});
-        record += field.column.width;
+    for (std::size_t i = 0; i < fields_.size(); ++i) {
+        const std::size_t width = fields_[i].column().width;
+        text_ += begins_[i];
+        append_value(fields_[i], {record, width});
+        record += width;
     }
     text_ += '}';
 }
 
-void JsonRows::append_value(Field &field, std::string_view text)
+void JsonRows::append_value(FieldDecoder &field, std::string_view text)
 {
-    if (field.kind == Kind::Text) {
-        text = trimmed_right(text);
-        if (text == field.null_text)
-            text_ += "null";
-        else
-            append_json_string(text, text_);
-        return;
-    }
-    text = trimmed(text);
-    if (field.kind == Kind::Integer ? append_integer(field, text) : append_real(field, text))
-        return;
-    text_ += "null";
-    ++field.unreadable;
-}
-
-bool JsonRows::append_integer(const Field &field, std::string_view text)
-{
-    const auto value = number<std::int64_t>(text);
-    if (!value)
-        return false;
-    if (*value == field.null_integer)
+    const FieldDecoder::Value value = field.decode(text);
+    if (value.state != FieldDecoder::State::Value)
         text_ += "null";
-    else if (field.column.type == dbBOOLEAN && *value != 0 && *value != 1)
-        return false;
+    else if (field.kind() == FieldDecoder::Kind::Text)
+        append_json_string(value.text, text_);
+    else if (field.kind() == FieldDecoder::Kind::Integer)
+        append_number(value.text, value.integer, text_);
     else
-        append_number(text, *value, text_);
-    return true;
-}
-
-bool JsonRows::append_real(const Field &field, std::string_view text)
-{
-    const auto value = field.kind == Kind::Time ? time(text) : real(text);
-    if (!value)
-        return false;
-    if (*value == field.null_real)
-        text_ += "null";
-    else
-        append_number(text, *value, text_);
-    return true;
+        append_number(value.text, value.real, text_);
 }
 
 bool JsonRows::write()
@@ -190,11 +91,8 @@ bool JsonRows::finish()
 
 void JsonRows::tell_unreadable() const
 {
-    static constexpr const char *kinds[] = {"whole numbers", "numbers", "times", "texts"};
-    for (const Field &field : fields_)
-        if (field.unreadable > 0)
-            note("field " + field.column.name + ": " + std::to_string(field.unreadable) + " values are no " +
-                 kinds[static_cast<int>(field.kind)] + " and are written as null");
+    for (const FieldDecoder &field : fields_)
+        field.tell_unreadable("null");
 }
 
 } // namespace ovdb

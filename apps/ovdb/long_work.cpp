@@ -71,6 +71,16 @@ void watch_long_work()
     dbset_progress_hook(follow, nullptr);
 }
 
+void end_on_termination()
+{
+    struct sigaction action {
+    };
+    action.sa_handler = note_interrupt;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    for (const int signal : {SIGTERM, SIGHUP})
+        sigaction(signal, &action, nullptr);
+}
+
 bool is_interrupted()
 {
     return interrupted != 0;

@@ -9,6 +9,10 @@ namespace ovdb {
 // kills.
 void watch_long_work();
 
+// Takes the signals by which a terminal that closes, or a shutdown, ends programs as the interrupt key, too:
+// for work that would leave something half done.
+void end_on_termination();
+
 // Whether the interrupt key was pressed; fails where it was.
 bool is_interrupted();
 void stop_if_interrupted();

@@ -3,6 +3,7 @@
 #include "long_work.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <new>
 #include <unistd.h>
 
@@ -11,15 +12,16 @@ namespace ovdb {
 namespace {
 
 // Writes all of it. Less than all, with errno telling why, is a failure to the stream.
-ssize_t write_all(void *, const char *bytes, std::size_t size)
+ssize_t write_all(void *file, const char *bytes, std::size_t size)
 {
+    const auto descriptor = static_cast<int>(reinterpret_cast<std::intptr_t>(file));
     std::size_t done = 0;
     while (done < size) {
         if (is_interrupted()) {
             errno = EINTR;
             return 0;
         }
-        const ssize_t written = write(STDOUT_FILENO, bytes + done, size - done);
+        const ssize_t written = write(descriptor, bytes + done, size - done);
         if (written >= 0)
             done += static_cast<std::size_t>(written);
         else if (errno != EINTR)
@@ -30,14 +32,18 @@ ssize_t write_all(void *, const char *bytes, std::size_t size)
 
 } // namespace
 
-Output::Output() : stream_(nullptr, &std::fclose)
+std::FILE *interruptible_stream(int file)
 {
     cookie_io_functions_t functions{};
     functions.write = write_all;
-    stream_.reset(fopencookie(nullptr, "w", functions));
-    if (!stream_)
+    std::FILE *stream =
+        fopencookie(reinterpret_cast<void *>(static_cast<std::intptr_t>(file)), "w", functions);
+    if (!stream)
         throw std::bad_alloc();
-    std::setvbuf(stream_.get(), nullptr, _IONBF, 0); // whoever writes rows does so in large pieces
+    std::setvbuf(stream, nullptr, _IONBF, 0); // whoever writes rows does so in large pieces
+    return stream;
 }
+
+Output::Output() : stream_(interruptible_stream(STDOUT_FILENO), &std::fclose) {}
 
 } // namespace ovdb

@@ -6,8 +6,12 @@
 
 namespace ovdb {
 
-// Standard output as a stream for many rows. The C library's own takes up a write that was interrupted again,
-// so that one to a reader who waits would never end; here the interrupt key ends it.
+// A stream for many rows that go to a file. The C library's own takes up a write that was interrupted again,
+// so that one to a reader who waits would never end; here the interrupt key ends it. Closing the stream
+// leaves the file open. Never null.
+std::FILE *interruptible_stream(int file);
+
+// Such a stream to standard output.
 class Output
 {
 public:

@@ -20,6 +20,18 @@ struct Operation {
     bool unique = false;
 };
 
+// A picture of a map: of `width` by `height` units of `ratio` pixels each.
+struct MapSettings {
+    int width = 1200;
+    int height = 800;
+    double ratio = 1;
+    double latitude = 40; // of the centre, degrees
+    double longitude = -100;
+    double range = 120; // degrees of arc
+    bool legend = true;
+    bool dark = false;
+};
+
 struct Request {
     const Command *command = nullptr; // null: none was named
     bool help = false;
@@ -32,7 +44,10 @@ struct Request {
     std::optional<std::int64_t> limit; // rows
     bool count = false;
     bool all = false;
-    bool checked = false;    // keys, when records are added
+    bool checked = false; // keys, when records are added
+    std::string output;   // empty: standard output
+    bool force = false;   // to replace a file
+    MapSettings map;
     std::string schema;      // of a new database
     std::string description; // of it, too
 };

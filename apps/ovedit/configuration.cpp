@@ -38,6 +38,11 @@ const Switch switches[] = {
      OvTranslation::noop("Shade every other row")},
 };
 
+const Switch switchesOfSaving[] = {
+    {"saveas_includes_headers", OvTranslation::noop("Save With Column &Names"),
+     OvTranslation::noop("Begin text files and spreadsheets with the names of the columns")},
+};
+
 } // namespace
 
 std::span<const KnownKey> knownKeys()
@@ -95,6 +100,11 @@ QString loadParameterFile(OvConfig &config, const QString &path)
 std::span<const Switch> viewSwitches()
 {
     return switches;
+}
+
+std::span<const Switch> saveSwitches()
+{
+    return switchesOfSaving;
 }
 
 void setFontSize(OvConfig &config, int points)

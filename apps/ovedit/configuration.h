@@ -35,6 +35,7 @@ struct Switch {
     const char *tip;
 };
 std::span<const Switch> viewSwitches();
+std::span<const Switch> saveSwitches();
 
 constexpr int smallestFontSize = 4; // points
 constexpr int largestFontSize = 72;

@@ -15,6 +15,7 @@
 #include <orvanetablemodel.h>
 #include <orvanetableview.h>
 #include <qdbptr.h>
+#include <qovutil.h>
 
 #include "application.h"
 #include "command_line.h"
@@ -23,6 +24,7 @@
 #include "map_selection.h"
 #include "menus.h"
 #include "notice_bar.h"
+#include "printing.h"
 #include "problems_dialog.h"
 #include "schema_window.h"
 #include "start_page.h"
@@ -290,6 +292,19 @@ void MainWindow::saveAs()
 {
     if (m_view != nullptr) {
         m_view->saveAs();
+    }
+}
+
+void MainWindow::printShown()
+{
+    OrvaneTableView *table = m_view == nullptr ? nullptr : m_view->getCurrentTableView();
+    if (m_view == nullptr || m_view->getCurrentTableModel() == nullptr || table == nullptr) {
+        return;
+    }
+    try {
+        printTable(*table, QFileInfo(databaseFile()).fileName() + "." + table->model()->getTableName(), this);
+    } catch (const std::exception &error) {
+        qovutil_showError(QString::fromUtf8(error.what()), this);
     }
 }
 

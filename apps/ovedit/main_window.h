@@ -62,6 +62,7 @@ public:
     void openDatabase();
     void closeTab();
     void saveAs();
+    void printShown();
     void showEventMap();
     void arrangeColumns();
     void goToRow();

@@ -14,6 +14,7 @@
 #include "application.h"
 #include "configuration.h"
 #include "derive_menu.h"
+#include "edit_menu.h"
 #include "language_menu.h"
 #include "main_window.h"
 #include "rows_menu.h"
@@ -24,10 +25,18 @@ const Command openCommand = {"open",         OvTranslation::noop("&Open..."),
                              "Ctrl+O",       OvTranslation::noop("Open a database"),
                              Needs::Nothing, &MainWindow::openDatabase};
 
+const Command saveCommand = {
+    "saveAs",
+    OvTranslation::noop("Save &As..."),
+    "Ctrl+S",
+    OvTranslation::noop("Save the table shown as text, a spreadsheet, a picture, a view or a new database"),
+    Needs::Table,
+    &MainWindow::saveAs};
+
 const Command fileCommands[] = {
-    {"saveAs", OvTranslation::noop("Save &As..."), "Ctrl+S",
-     OvTranslation::noop("Save the table shown as text, a spreadsheet, a picture, a view or a new database"),
-     Needs::Table, &MainWindow::saveAs},
+    {"print", OvTranslation::noop("&Print..."), "Ctrl+P",
+     OvTranslation::noop("Show the table shown as it will be printed, and print it"), Needs::Table,
+     &MainWindow::printShown},
     {"close", OvTranslation::noop("&Close Window"), "Ctrl+W",
      OvTranslation::noop("Close this window and its database"), Needs::Nothing, &MainWindow::closeWindow},
     {"quit", OvTranslation::noop("&Quit"), "Ctrl+Q", OvTranslation::noop("Close all windows"), Needs::Nothing,
@@ -129,13 +138,18 @@ void Menus::build()
     addCommand(file, openCommand);
     m_recent = addListMenu(file, tr("Open &Recent"), "recentMenu", &Menus::fillRecent);
     file.addSeparator();
+    addCommand(file, saveCommand);
+    addSwitches(file, saveSwitches());
+    file.addSeparator();
     for (const Command &command : fileCommands) {
         addCommand(file, command);
     }
 
+    m_edit = new EditMenu(m_window, bar);
+
     QMenu &view = *bar.addMenu(tr("&View"));
     view.setToolTipsVisible(true);
-    addSwitches(view);
+    addSwitches(view, viewSwitches());
     view.addSeparator();
     addFontSize(view);
     for (const Command &command : viewCommands) {
@@ -184,9 +198,9 @@ void Menus::addCommand(QMenu &menu, const Command &command)
     m_needs.insert(action, command.needs);
 }
 
-void Menus::addSwitches(QMenu &menu)
+void Menus::addSwitches(QMenu &menu, std::span<const Switch> switches)
 {
-    for (const Switch &known : viewSwitches()) {
+    for (const Switch &known : switches) {
         QAction *action = menu.addAction(OvTranslation::tr(known.text));
         const QString key = known.key;
         action->setObjectName(key);
@@ -273,6 +287,7 @@ void Menus::update()
     }
     m_closeTab->setText(view != nullptr && view->getCurrentStackIndex() == productsPage ? tr("&Close Product")
                                                                                         : tr("&Close View"));
+    m_edit->update();
     m_derive->update();
     m_rows->update();
     m_tables->setEnabled(isMet(Needs::Database));

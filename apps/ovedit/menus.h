@@ -2,16 +2,20 @@
 #ifndef OVEDIT_MENUS_H
 #define OVEDIT_MENUS_H
 
+#include <span>
+
 #include <QHash>
 #include <QList>
 #include <QObject>
 #include <QString>
 
 class DeriveMenu;
+class EditMenu;
 class MainWindow;
 class QAction;
 class QMenu;
 class RowsMenu;
+struct Switch;
 
 // What a command needs to be of use; where that is missing its entry is disabled.
 enum class Needs { Nothing, Database, Table, SeveralTabs, ClosableTab };
@@ -40,7 +44,7 @@ public slots:
 private:
     void build();
     void addCommand(QMenu &menu, const Command &command);
-    void addSwitches(QMenu &menu);
+    void addSwitches(QMenu &menu, std::span<const Switch> switches);
     void addFontSize(QMenu &menu);
     void addPages(QMenu &menu);
     QMenu *addListMenu(QMenu &menu, const QString &text, const char *name, void (Menus::*fill)());
@@ -60,6 +64,7 @@ private:
     QAction *m_problems = nullptr;
     QAction *m_timeZone = nullptr;
     QAction *m_closeTab = nullptr;
+    EditMenu *m_edit = nullptr;
     DeriveMenu *m_derive = nullptr;
     RowsMenu *m_rows = nullptr;
 };

@@ -92,6 +92,11 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
+    // What data() answers to Qt::DisplayRole, as texts, for the cells of some columns in the rows [first,
+    // end): row by row, in the order of `columns`. A cell without a value has a null text, one that holds
+    // nothing but blanks an empty one. For code that visits many cells: it reads each record once.
+    QStringList displayedTexts(const QVector<int> &columns, int first, int end) const;
+
     // Shows the table in the order of a column, by way of a sorted view that goes with the next sort and with
     // the model. Column 0, and a column that is not there, leave the order as it is. A sort that is cancelled
     // or fails leaves the table in its own order and the reason in the error log. Selections and other
@@ -118,6 +123,9 @@ public:
     // answers whether it is stored; editError() says why not. Whether editing is allowed is not looked at:
     // flags() tells that. `index` may be one of indexForCell() for the scratch record.
     bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
+
+    // Why setData() would not store a value there now; empty where it would. Changes nothing.
+    QString refusal(const QModelIndex &index, const QVariant &value) const;
 
     // Why the last setData() stored nothing, as a sentence for the user; empty when it did.
     QString editError() const;

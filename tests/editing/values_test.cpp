@@ -109,11 +109,17 @@ TEST_P(PutValue, is_stored_or_refused_with_its_reason)
     const std::string before = TemporaryDatabase::readFile(files.tablePath("kinds"));
     Opened opened(files.path(), "r+");
     const Dbptr record = opened.record("kinds", 0);
+    const int checked = dbcheckv(record, GetParam().field, &GetParam().value);
+    const std::string log_of_check = take_log();
+    EXPECT_EQ(TemporaryDatabase::readFile(files.tablePath("kinds")), before);
     const int code = dbputv(record, GetParam().field, &GetParam().value);
     const std::string log = take_log();
+    EXPECT_EQ(checked, code);
+    EXPECT_EQ(log_of_check.empty(), log.empty());
     if (!GetParam().stored) {
         EXPECT_TRUE(code == dbERROR_VALUE || code == dbERROR_ARGUMENT) << code;
         EXPECT_NE(log.find(GetParam().log), std::string::npos) << log;
+        EXPECT_NE(log_of_check.find(GetParam().log), std::string::npos) << log_of_check;
         EXPECT_EQ(TemporaryDatabase::readFile(files.tablePath("kinds")), before);
         return;
     }

@@ -38,6 +38,7 @@ TEST_F(RecordChanges, CountTheirArguments)
 {
     const auto site = open.at(SiteTable);
     expectError(site.get(), "dbputv", {}, "Got 0 arguments, expected one (hash of fields to add)");
+    expectError(site.get(), "dbcheckv", {}, "Got 0 arguments, expected one (hash of fields to check)");
     expectError(site.get(), "dbadd", {1, 2}, "Got 2 arguments, expected one (row)");
     expectError(site.get(), "dbaddchk", {}, "Got 0 arguments, expected one (row)");
 }

@@ -82,9 +82,12 @@ TEST_F(Configuration, keepsTheFontWithinItsRange)
 
 TEST_F(Configuration, hasOnlySwitchesThatCanBeFlipped)
 {
-    for (const Switch &known : viewSwitches()) {
-        const bool before = config[known.key].toBool();
-        EXPECT_EQ(config.toggle(known.key), !before) << known.key;
+    for (const auto &switches : {viewSwitches(), saveSwitches()}) {
+        ASSERT_FALSE(switches.empty());
+        for (const Switch &known : switches) {
+            const bool before = config[known.key].toBool();
+            EXPECT_EQ(config.toggle(known.key), !before) << known.key;
+        }
     }
 }
 

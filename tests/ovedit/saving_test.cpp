@@ -31,7 +31,9 @@ TEST_F(RunningProgram, savesTheTableShown)
         name->setText(file);
         QTest::keyClick(name, Qt::Key_Return);
     });
-    program.config().configure("saveas_includes_headers", false);
+    EXPECT_TRUE(action(window, "saveas_includes_headers").isChecked());
+    action(window, "saveas_includes_headers").trigger();
+    EXPECT_FALSE(program.config()["saveas_includes_headers"].toBool());
     action(window, "saveAs").trigger();
     EXPECT_EQ(TemporaryDatabase::readFile(file.toStdString()),
               TemporaryDatabase::readFile(files.tablePath("site")));

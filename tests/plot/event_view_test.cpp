@@ -1,9 +1,14 @@
 #include <orvane/plot.h>
 
+#include <memory>
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include <QSignalSpy>
 #include <QTest>
+
+#include <orvane/db.h>
 
 #include "event_view_data.h"
 #include "small_database.h"
@@ -123,4 +128,42 @@ TEST(EventView, TellsTheFieldsOfARecordThatHoldAValue)
         << lines.join(' ').toStdString();
     EXPECT_FALSE(lines.join(' ').contains(QStringLiteral("depth"))); // null
     EXPECT_TRUE(OvEventViewData::fieldsOf(view, 1).isEmpty());
+}
+
+// The map may be closed from the progress of an operation that another connection runs.
+TEST(EventView, LetsGoOfItsDatabaseAlsoDuringAnOperation)
+{
+    QByteArray lines;
+    for (int i = 0; i < 200'000; ++i)
+        lines += originLine(i % 90, i % 180, 10, i + 1, 4);
+    const SmallDatabase database(lines);
+    const QByteArray path = database.path().toUtf8();
+    Dbptr other{};
+    ASSERT_EQ(dbopen_database(path.constData(), "r", &other), 0);
+    auto view = std::make_unique<OvEventView>();
+    view->configure(QStringLiteral("dbname"), database.path());
+    view->finishReading();
+    const Dbptr own =
+        dblookup(dbinvalid(), path.constData(), nullptr, nullptr, nullptr); // the last one opened
+    ASSERT_NE(own.database, other.database);
+
+    dbset_progress_hook(
+        [](double, void *held) {
+            static_cast<std::unique_ptr<OvEventView> *>(held)->reset();
+            return 0;
+        },
+        &view);
+    // An expression that takes long.
+    std::string expression = "1 > 2";
+    for (int i = 0; i < 400; ++i)
+        expression += " || sin(lat + " + std::to_string(i) + ") > 2";
+    const Dbptr none =
+        dbsubset(dblookup(other, nullptr, "origin", nullptr, nullptr), expression.c_str(), nullptr);
+    EXPECT_GE(none.table, 0);
+    dbset_progress_hook(nullptr, nullptr);
+    EXPECT_EQ(view, nullptr);
+    std::int64_t tables = 0;
+    EXPECT_LT(dbquery(own, dbTABLE_COUNT, &tables), 0) << "its connection is still open";
+    elog_clear();
+    OVdbclose(other);
 }

@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -150,6 +152,55 @@ TEST_F(NewDatabases, ThatADiskHasNoRoomForLeaveNothing)
         EXPECT_THAT(take_log(), HasSubstr("No space left on device"));
         EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre());
     }
+}
+
+// Another program changes a table between the moments when its records are counted and when they are copied.
+class ChangingTable : public FailingFileSystem
+{
+public:
+    ChangingTable(std::function<void()> to_change, int times) : change_(std::move(to_change)), times_(times)
+    {
+    }
+
+    orvane::Result<std::unique_ptr<orvane::WritableFile>> open_to_write(const std::string &path,
+                                                                        orvane::Creation creation) override
+    {
+        if (path.find("copy.arrival") != std::string::npos && times_-- > 0)
+            change_();
+        return FailingFileSystem::open_to_write(path, creation);
+    }
+
+private:
+    std::function<void()> change_;
+    int times_;
+};
+
+TEST_F(NewDatabases, OfATableThatChangesMeanwhileAreBegunAnew)
+{
+    ChangingTable system(
+        [&] {
+            files.addTable("arrival", {{"KIV", "1.0", "7", "-1", "P"}, {"AAK", "2.0", "8", "-1", "S"}});
+        },
+        1);
+    const orvane::ScopedFileSystem scoped(system);
+    ASSERT_EQ(dbunjoin(open->table("arrival"), path.c_str(), 0), 0) << take_log();
+    EXPECT_EQ(TemporaryDatabase::readFile(path + ".arrival"),
+              TemporaryDatabase::readFile(files.tablePath("arrival")));
+}
+
+TEST_F(NewDatabases, OfATableThatNeverRestsSayThat)
+{
+    int change = 0;
+    ChangingTable system(
+        [&] {
+            files.addTable("arrival", std::vector<TemporaryDatabase::Row>(
+                                          static_cast<std::size_t>(++change % 3 + 1), {"KIV", "1.0", "7"}));
+        },
+        1000);
+    const orvane::ScopedFileSystem scoped(system);
+    EXPECT_LT(dbunjoin(open->table("arrival"), path.c_str(), 0), 0);
+    EXPECT_THAT(take_log(), testing::AnyOf(HasSubstr("changed while it was read"), HasSubstr("cut short")));
+    EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre());
 }
 
 } // namespace

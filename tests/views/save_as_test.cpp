@@ -291,6 +291,68 @@ TEST_F(SavingAs, ThatIsCancelledLeavesTheFileThatWasThere)
     EXPECT_EQ(names(), before);
 }
 
+// Where all rows are with the writer, which then works by itself.
+TEST_F(SavingAs, ThatIsCancelledAtTheEndLeavesNothingEither)
+{
+    std::vector<TemporaryDatabase::Row> rows(100000, {"AAK", "1517875201.50000", "1", "2018037", "P"});
+    database.files.addTable("arrival", rows);
+    window.setModel(nullptr);
+    window.setModel(&database.open());
+    window.setFocusTable("arrival");
+    const QStringList before = names();
+    dbset_progress_hook([](double fraction, void *) { return fraction >= 0.6 ? 1 : 0; }, nullptr);
+    const QStringList said = save(spreadsheet, path("a.xlsx"));
+    dbset_progress_hook(nullptr, nullptr);
+    EXPECT_EQ(said, QStringList("spreadsheet: cancelled"));
+    EXPECT_FALSE(QFile::exists(path("a.xlsx")));
+    // What the writer still writes goes when it is done.
+    for (int i = 0; i < 300 && names() != before; ++i) {
+        QTest::qWait(100);
+    }
+    EXPECT_EQ(names(), before);
+}
+
+// The table of a view vanishes under it: an error and no file, in every form that has rows.
+TEST_F(SavingAs, OfAViewWhoseRecordsAreGoneWritesNothing)
+{
+    database.config.configure("request_view_names", false);
+    window.setFocusTable("arrival");
+    {
+        User user;
+        user.types("arid > 0");
+        window.showSubset();
+    }
+    ASSERT_TRUE(window.getCurrentTableModel()->tableIsView());
+    const int rows = window.getCurrentTableModel()->rowCount();
+    ASSERT_EQ(rows, 2);
+    QFile::remove(path("quakes.arrival"));
+    QTest::qWait(200); // until then what was read just now stands for the file
+    const QStringList before = names();
+    for (const char *form : {spaces, tabs, commas, spreadsheet, newDatabase}) {
+        const QStringList said = save(form, path("gone"), Answer::Yes);
+        EXPECT_EQ(said.size(), 1) << form;
+        EXPECT_EQ(names(), before) << form;
+    }
+}
+
+TEST_F(SavingAs, OfTextsThatNeedQuotesIsReadByOthers)
+{
+    database.files.addTable("remark",
+                            {{"1", "1", "a,b \"c\""}, {"2", "1", "tab\tand"}, {"3", "1", "'x' ; y"}});
+    window.setModel(nullptr);
+    window.setModel(&database.open());
+    window.setFocusTable("remark");
+    const QJsonArray wanted{"a,b \"c\"", "tab\tand", "'x' ; y"};
+    for (const char *separator : {",", "\t"}) {
+        const QString file = path(*separator == ',' ? "r.csv" : "r.tsv");
+        EXPECT_EQ(save(*separator == ',' ? commas : tabs, file), QStringList());
+        const std::string read = std::string("import csv, json, sys\nprint(json.dumps([row[2] for row in "
+                                             "csv.reader(open(sys.argv[1], newline=''), delimiter='") +
+                                 (*separator == ',' ? "," : "\\t") + "')][1:]))";
+        EXPECT_EQ(python(read.c_str(), file).array(), wanted) << separator;
+    }
+}
+
 // ---- Spreadsheets --------------------------------------------------------------------------------------
 
 TEST_F(SavingAs, SpreadsheetsAreReadByOthers)

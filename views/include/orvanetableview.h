@@ -104,7 +104,8 @@ public slots:
     void showRowContextMenu(QPoint pos);
     void showColumnContextMenu(QPoint pos);
 
-    // Runs the menu of the cell at a place of the viewport.
+    // Runs the menu of the cell at a place of the viewport. Below its own commands stand the actions that a
+    // host has given the view (QWidget::addAction).
     void showCellContextMenu(QPoint pos);
 
 protected:

@@ -771,14 +771,6 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Zeilen von %1 werden in ein Tabellenblatt geschrieben</translation>
     </message>
     <message>
-        <source>Saving %1</source>
-        <translation>%1 wird gespeichert</translation>
-    </message>
-    <message>
-        <source>Making a database of %1 was cancelled.</source>
-        <translation>Das Bilden einer Datenbank aus %1 wurde abgebrochen.</translation>
-    </message>
-    <message>
         <source>Taking marked rows out of %1</source>
         <translation>Vorgemerkte Zeilen werden aus %1 entfernt</translation>
     </message>
@@ -1595,6 +1587,222 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>&quot;%1&quot; can&apos;t be undone: %2</source>
         <translation>„%1“ lässt sich nicht rückgängig machen: %2</translation>
+    </message>
+    <message>
+        <source>%1 rows of %2 columns are about %3 MB of text, too much for the clipboard. Save the table as a text file, or copy a part of it.</source>
+        <translation>%1 Zeilen mit %2 Spalten sind etwa %3 MB Text, zu viel für die Zwischenablage. Speichern Sie die Tabelle als Textdatei oder kopieren Sie nur einen Teil.</translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <source>Copy %1 rows of %2 columns? They take about %3 MB of memory for as long as they are in the clipboard.</source>
+        <translation>%1 Zeilen mit %2 Spalten kopieren? Sie belegen etwa %3 MB Speicher, solange sie in der Zwischenablage sind.</translation>
+    </message>
+    <message>
+        <source>The cells are too much text for the clipboard. Copy a part of them.</source>
+        <translation>Die Zellen sind zu viel Text für die Zwischenablage. Kopieren Sie nur einen Teil.</translation>
+    </message>
+    <message>
+        <source>The selected cells don&apos;t make up a table: in each row the same columns must be selected. Nothing was copied.</source>
+        <translation>Die ausgewählten Zellen ergeben keine Tabelle: In jeder Zeile müssen dieselben Spalten ausgewählt sein. Nichts wurde kopiert.</translation>
+    </message>
+    <message>
+        <source>There is no text in the clipboard to be pasted.</source>
+        <translation>In der Zwischenablage ist kein Text, der eingefügt werden könnte.</translation>
+    </message>
+    <message>
+        <source>Nothing was pasted: line %1 of the clipboard has %2 values where the first has %3.</source>
+        <translation>Nichts wurde eingefügt: Zeile %1 der Zwischenablage hat %2 Werte, die erste aber %3.</translation>
+    </message>
+    <message>
+        <source>Nothing was pasted: the clipboard has %1 rows, and from row %2 on there are only %3. Rows are added with Add Rows.</source>
+        <translation>Nichts wurde eingefügt: Die Zwischenablage hat %1 Zeilen, und ab Zeile %2 gibt es nur %3. Zeilen fügt man mit Zeilen hinzufügen an.</translation>
+    </message>
+    <message>
+        <source>Nothing was pasted: the clipboard has %1 columns, and from column %2 on only %3 are shown.</source>
+        <translation>Nichts wurde eingefügt: Die Zwischenablage hat %1 Spalten, und ab Spalte %2 werden nur %3 gezeigt.</translation>
+    </message>
+    <message>
+        <source>Select the cell where pasting is to begin.</source>
+        <translation>Wählen Sie die Zelle aus, bei der das Einfügen beginnen soll.</translation>
+    </message>
+    <message>
+        <source>it can&apos;t be changed</source>
+        <translation>sie kann nicht geändert werden</translation>
+    </message>
+    <message>
+        <source>Nothing was pasted. Row %1, %2: &apos;%3&apos; can&apos;t be stored: %4</source>
+        <translation>Nichts wurde eingefügt. Zeile %1, %2: „%3“ kann nicht gespeichert werden: %4</translation>
+    </message>
+    <message>
+        <source>Row %1, %2: &apos;%3&apos; can&apos;t be stored: %4 %5 cells were changed before.</source>
+        <translation>Zeile %1, %2: „%3“ kann nicht gespeichert werden: %4 Vorher wurden %5 Zellen geändert.</translation>
+    </message>
+    <message>
+        <source>The table has gone meanwhile. %1 cells were changed.</source>
+        <translation>Die Tabelle ist inzwischen verschwunden. %1 Zellen wurden geändert.</translation>
+    </message>
+    <message>
+        <source>Paste</source>
+        <translation>Einfügen</translation>
+    </message>
+    <message>
+        <source>Change %1 cells?</source>
+        <translation>%1 Zellen ändern?</translation>
+    </message>
+    <message>
+        <source>Pasting was cancelled. %1 cells were changed before.</source>
+        <translation>Das Einfügen wurde abgebrochen. Vorher wurden %1 Zellen geändert.</translation>
+    </message>
+    <message>
+        <source>Save With Column &amp;Names</source>
+        <translation>Mit Spalten&amp;namen speichern</translation>
+    </message>
+    <message>
+        <source>Begin text files and spreadsheets with the names of the columns</source>
+        <translation>Textdateien und Tabellenblätter mit den Namen der Spalten beginnen</translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation>Bea&amp;rbeiten</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>&amp;Kopieren</translation>
+    </message>
+    <message>
+        <source>Copy the selected cells as tab-separated text</source>
+        <translation>Die ausgewählten Zellen als Text mit Tabulatoren kopieren</translation>
+    </message>
+    <message>
+        <source>Copy &amp;With Column Names</source>
+        <translation>&amp;Mit Spaltennamen kopieren</translation>
+    </message>
+    <message>
+        <source>Copy the selected cells below a line with the names of their columns</source>
+        <translation>Die ausgewählten Zellen unter einer Zeile mit den Namen ihrer Spalten kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Paste</source>
+        <translation>&amp;Einfügen</translation>
+    </message>
+    <message>
+        <source>Select &amp;All</source>
+        <translation>&amp;Alles auswählen</translation>
+    </message>
+    <message>
+        <source>Select every cell of the table</source>
+        <translation>Jede Zelle der Tabelle auswählen</translation>
+    </message>
+    <message>
+        <source>Put tab-separated text into the cells from the first selected one on; a single value into all selected cells</source>
+        <translation>Text mit Tabulatoren ab der ersten ausgewählten Zelle in die Zellen setzen; einen einzelnen Wert in alle ausgewählten Zellen</translation>
+    </message>
+    <message>
+        <source>Cells are changed only while Rows, Allow Edits is on.</source>
+        <translation>Zellen werden nur geändert, solange Zeilen, Änderungen erlauben eingeschaltet ist.</translation>
+    </message>
+    <message>
+        <source>The table can&apos;t be changed.</source>
+        <translation>Die Tabelle kann nicht geändert werden.</translation>
+    </message>
+    <message>
+        <source>&amp;Print...</source>
+        <translation>&amp;Drucken...</translation>
+    </message>
+    <message>
+        <source>Show the table shown as it will be printed, and print it</source>
+        <translation>Die gezeigte Tabelle zeigen, wie sie gedruckt wird, und drucken</translation>
+    </message>
+    <message>
+        <source>Copying cells of %1</source>
+        <translation>Zellen von %1 werden kopiert</translation>
+    </message>
+    <message>
+        <source>Copying cells of %1 was cancelled.</source>
+        <translation>Das Kopieren von Zellen aus %1 wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Pasting into %1</source>
+        <translation>In %1 wird eingefügt</translation>
+    </message>
+    <message>
+        <source>Pasting into %1 was cancelled.</source>
+        <translation>Das Einfügen in %1 wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Laying out the rows of %1</source>
+        <translation>Die Zeilen von %1 werden auf Seiten verteilt</translation>
+    </message>
+    <message>
+        <source>Printing %1 was cancelled.</source>
+        <translation>Das Drucken von %1 wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Printing the rows of %1</source>
+        <translation>Die Zeilen von %1 werden gedruckt</translation>
+    </message>
+    <message>
+        <source>Page %1 of %2</source>
+        <translation>Seite %1 von %2</translation>
+    </message>
+    <message>
+        <source>Print</source>
+        <translation>Drucken</translation>
+    </message>
+    <message>
+        <source>%1 rows are selected. Print only these, or all %2?</source>
+        <translation>%1 Zeilen sind ausgewählt. Nur diese drucken, oder alle %2?</translation>
+    </message>
+    <message>
+        <source>&amp;Selected Rows</source>
+        <translation>Aus&amp;gewählte Zeilen</translation>
+    </message>
+    <message>
+        <source>&amp;All Rows</source>
+        <translation>&amp;Alle Zeilen</translation>
+    </message>
+    <message>
+        <source>Printed, these rows are %1 pages, and no more than %2 can be shown. Select the rows that you want, or save the table as a text file.</source>
+        <translation>Gedruckt sind diese Zeilen %1 Seiten, und mehr als %2 können nicht gezeigt werden. Wählen Sie die gewünschten Zeilen aus oder speichern Sie die Tabelle als Textdatei.</translation>
+    </message>
+    <message>
+        <source>Printed, these rows are %1 pages. Show them?</source>
+        <translation>Gedruckt sind diese Zeilen %1 Seiten. Sollen sie gezeigt werden?</translation>
+    </message>
+    <message>
+        <source>The printer can&apos;t be used.</source>
+        <translation>Der Drucker kann nicht benutzt werden.</translation>
+    </message>
+    <message>
+        <source>%1: the pages can&apos;t be written there.</source>
+        <translation>%1: Die Seiten können dort nicht geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>No column is shown, so there is nothing to print.</source>
+        <translation>Es wird keine Spalte gezeigt, also gibt es nichts zu drucken.</translation>
+    </message>
+    <message>
+        <source>%1 rows are too many to be printed. Select the rows that you want, or save the table as a text file.</source>
+        <translation>%1 Zeilen sind zu viele zum Drucken. Wählen Sie die gewünschten Zeilen aus oder speichern Sie die Tabelle als Textdatei.</translation>
+    </message>
+    <message>
+        <source>Print %1</source>
+        <translation>%1 drucken</translation>
+    </message>
+    <message>
+        <source>there is no such cell</source>
+        <translation>eine solche Zelle gibt es nicht</translation>
+    </message>
+    <message>
+        <source>Row %1 of &apos;%2&apos; can&apos;t be read any more: the table has changed meanwhile. Nothing was written.</source>
+        <translation>Zeile %1 von „%2“ kann nicht mehr gelesen werden: Die Tabelle hat sich inzwischen geändert. Nichts wurde geschrieben.</translation>
+    </message>
+    <message>
+        <source>Row %1 can&apos;t be read any more: the table has changed. A view of it has to be made again.</source>
+        <translation>Zeile %1 kann nicht mehr gelesen werden: Die Tabelle hat sich geändert. Eine Sicht auf sie muss neu gebildet werden.</translation>
     </message>
 </context>
 <context>

@@ -391,6 +391,11 @@ ORVANE_DB_EXPORT int dbfind_rows(Dbptr from, Dbptr to, const int64_t *rows, size
  * record's timestamp is set to the present time, whatever is put there. Returns 0 or a negative code. */
 ORVANE_DB_EXPORT int dbputv(Dbptr db, const char *field, const DbValue *value);
 
+/* Whether dbputv would take the value for the field of the record now: 0, or the negative code with the
+ * reason in the error log. Nothing is changed or locked, so that another program may still come in between.
+ */
+ORVANE_DB_EXPORT int dbcheckv(Dbptr db, const char *field, const DbValue *value);
+
 /* Appends a record to a base table and answers its number, or a negative code. `record` is its text, without
  * a line feed, checked field by field and otherwise kept as it stands; null: the table's scratch record,
  * which stays as it is. Keys are not looked at. A record of nothing but nulls is refused; the timestamp,

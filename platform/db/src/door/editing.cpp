@@ -1,4 +1,4 @@
-// dbputv, dbadd, dbaddchk, dbmark, dbcrunch and dbnextid.
+// dbputv, dbcheckv, dbadd, dbaddchk, dbmark, dbcrunch and dbnextid.
 #include "door/change.h"
 
 #include <orvane/db.h>
@@ -9,7 +9,9 @@ using namespace orvane;
 
 namespace {
 
-Status put(Change &change, const char *field_name, const DbValue *db_value)
+enum class Put { Stored, CheckedOnly };
+
+Status put(Change &change, const char *field_name, const DbValue *db_value, Put how = Put::Stored)
 {
     Table &table = *change.subject.table;
     const Dbptr &db = change.subject.pointer;
@@ -19,13 +21,14 @@ Status put(Change &change, const char *field_name, const DbValue *db_value)
     const auto field = field_of(change.subject, field_name);
     if (!field.ok())
         return field.status();
-    if (db.record == dbSCRATCH)
+    if (db.record == dbSCRATCH && how == Put::Stored)
         return table.put_scratch(*field, *value);
     if (db.record < 0)
         return Status(Code::Argument,
                       concat("the pointer ", pointer_text(db), " does not point to a record of table ",
                              table.name(), " that could be changed"));
-    return table.put(db.record, *field, *value, change.work);
+    return how == Put::CheckedOnly ? table.check_put(db.record, *field, *value)
+                                   : table.put(db.record, *field, *value, change.work);
 }
 
 Result<std::int64_t> add(Change &change, const char *record, bool checked)
@@ -53,6 +56,15 @@ int dbputv(Dbptr db, const char *field, const DbValue *value)
     return guarded("dbputv", [&] {
         Change change(db, "dbputv");
         return code_of(change.status.ok() ? change.named(put(change, field, value)) : change.status);
+    });
+}
+
+int dbcheckv(Dbptr db, const char *field, const DbValue *value)
+{
+    return guarded("dbcheckv", [&] {
+        Change change(db, "dbcheckv");
+        return code_of(change.status.ok() ? change.named(put(change, field, value, Put::CheckedOnly))
+                                          : change.status);
     });
 }
 

@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::int64_t piece_bytes = 1 << 20;
 constexpr std::int64_t max_schema_bytes = 16 << 20;
+constexpr int max_attempts = 4; // at tables that keep changing
 
 // ---- Which records -------------------------------------------------------------------------------
 
@@ -147,9 +148,11 @@ private:
                 continue;
             const auto at = static_cast<std::size_t>((record - first) * record_size_);
             const auto size = static_cast<std::size_t>(record_size_);
-            if (at + size > *got)
+            if (at + size > *got) {
+                work_.meet_change();
                 return Status(Code::NotFound, concat("record ", record, " of table ", wanted_.table->name(),
                                                      " is gone: the file was cut short while it was read"));
+            }
             const std::string_view text(piece_.data() + at, size);
             if (text.find('\n') != size - 1)
                 return Status(Code::Format, concat("record ", record, " of table ", wanted_.table->name(),
@@ -288,8 +291,10 @@ private:
 
 } // namespace
 
-Status unjoin(const Database &database, FileSystem &files, const std::shared_ptr<Table> &table,
-              const LocatedPath &path, Work &work)
+namespace {
+
+Status unjoin_once(const Database &database, FileSystem &files, const std::shared_ptr<Table> &table,
+                   const LocatedPath &path, Work &work)
 {
     NewDatabase made(database, files, path);
     if (Status free = made.check_place(); !free.ok())
@@ -304,6 +309,19 @@ Status unjoin(const Database &database, FileSystem &files, const std::shared_ptr
     if (Status written = made.write_descriptor(); !written.ok())
         return written;
     return made.commit();
+}
+
+} // namespace
+
+// A table that changes while it is copied is copied anew: half of each would be a database that never was.
+Status unjoin(const Database &database, FileSystem &files, const std::shared_ptr<Table> &table,
+              const LocatedPath &path, Work &work)
+{
+    for (int attempt = 1;; ++attempt) {
+        Status done = unjoin_once(database, files, table, path, work);
+        if (done.ok() || !work.take_change() || attempt == max_attempts)
+            return done;
+    }
 }
 
 } // namespace orvane

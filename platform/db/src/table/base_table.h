@@ -61,6 +61,7 @@ public:
     Status put_as_of(std::uint64_t generation, std::int64_t number, std::size_t field,
                      const FieldValue &value, Work &work) override;
     Status put_scratch(std::size_t field, const FieldValue &value) override;
+    Status check_put(std::int64_t number, std::size_t field, const FieldValue &value) override;
     Status mark(std::int64_t number, Work &work) override;
     // Many records are changed a window of neighbouring ones at a time. The lock is let go of now and then.
     Status put_many(std::span<const RecordRun> records, std::size_t field, const FieldValue &value,

@@ -136,6 +136,16 @@ Status BaseTable::put_scratch(std::size_t field, const FieldValue &value)
     return Status();
 }
 
+Status BaseTable::check_put(std::int64_t number, std::size_t field, const FieldValue &value)
+{
+    if (Status writable = check_writable(); !writable.ok())
+        return writable;
+    if (const auto there = record(number); !there.ok())
+        return there.status();
+    const auto text = rules_.field_text(field, value);
+    return text.ok() ? Status() : of_file(text.status(), concat("record ", number, ", "));
+}
+
 Status BaseTable::mark(std::int64_t number, Work &work)
 {
     return change(file_.generation(), number, -1, work,

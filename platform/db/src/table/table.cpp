@@ -34,6 +34,11 @@ Status Table::put_scratch(std::size_t, const FieldValue &)
     return Status(Code::Argument, concat("view ", name(), " has no scratch record of its own; tables have"));
 }
 
+Status Table::check_put(std::int64_t, std::size_t, const FieldValue &)
+{
+    return unchangeable(*this);
+}
+
 Status Table::mark(std::int64_t, Work &)
 {
     return unchangeable(*this);

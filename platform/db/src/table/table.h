@@ -83,6 +83,8 @@ public:
     // Puts a value into a field of a record; into one of the scratch record.
     virtual Status put(std::int64_t number, std::size_t field, const FieldValue &value, Work &work);
     virtual Status put_scratch(std::size_t field, const FieldValue &value);
+    // Whether put() would take the value now. Changes nothing and takes no lock.
+    virtual Status check_put(std::int64_t number, std::size_t field, const FieldValue &value);
     // Makes a record of a base table one of nothing but nulls; flags a row of a view.
     virtual Status mark(std::int64_t number, Work &work);
     // The same for many records or rows, given by ascending runs. What was done before a failure, or before

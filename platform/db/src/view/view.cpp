@@ -199,16 +199,32 @@ std::string View::description() const
 
 // ---- Changing ------------------------------------------------------------------------------------
 
+// The record of a member that can be changed by a row.
+Result<RowNumber> View::changeable_record(const ViewMember &member, std::int64_t number) const
+{
+    auto record = record_of(member, number);
+    if (record.ok() && *record == null_row)
+        return Status(Code::Argument, concat("view ", name_, ": row ", number, " has no record of table ",
+                                             member.table->name(), " that could be changed"));
+    return record;
+}
+
+Status View::check_put(std::int64_t number, std::size_t field, const FieldValue &value)
+{
+    const FieldPlace place = places_[field];
+    const ViewMember &member = member_tables_[static_cast<std::size_t>(place.member)];
+    const auto record = changeable_record(member, number);
+    return record.ok() ? member.table->check_put(*record, static_cast<std::size_t>(place.field), value)
+                       : record.status();
+}
+
 Status View::put(std::int64_t number, std::size_t field, const FieldValue &value, Work &work)
 {
     const FieldPlace place = places_[field];
     const ViewMember &member = member_tables_[static_cast<std::size_t>(place.member)];
-    const auto record = record_of(member, number);
+    const auto record = changeable_record(member, number);
     if (!record.ok())
         return record.status();
-    if (*record == null_row)
-        return Status(Code::Argument, concat("view ", name_, ": row ", number, " has no record of table ",
-                                             member.table->name(), " that could be changed"));
     return member.table->put_as_of(member.generation, *record, static_cast<std::size_t>(place.field), value,
                                    work);
 }

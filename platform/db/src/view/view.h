@@ -69,6 +69,7 @@ public:
     Status put_many(std::span<const RecordRun> rows, std::size_t field, const FieldValue &value, Work &work,
                     std::int64_t &done) override;
     Status put_scratch(std::size_t field, const FieldValue &value) override;
+    Status check_put(std::int64_t number, std::size_t field, const FieldValue &value) override;
     // Flags the row: it stays until the view is crunched.
     Status mark(std::int64_t number, Work &work) override;
     Status mark_many(std::span<const RecordRun> rows, Work &work, std::int64_t &done) override;
@@ -129,6 +130,7 @@ private:
     // Leaves the rows that have a new number.
     void move_rows(const std::vector<RowNumber> &moved);
     Result<RowNumber> record_of(const ViewMember &member, std::int64_t row) const;
+    Result<RowNumber> changeable_record(const ViewMember &member, std::int64_t row) const;
     void add_fields_of(int member);
     RecordTable *table_of_scratch() const;
     void want_rows() const

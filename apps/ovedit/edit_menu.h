@@ -1,0 +1,45 @@
+// The menu of commands on the selected cells.
+#ifndef OVEDIT_EDIT_MENU_H
+#define OVEDIT_EDIT_MENU_H
+
+#include <QObject>
+
+class MainWindow;
+class OrvaneTableView;
+class QAction;
+class QKeySequence;
+class QMenu;
+class QMenuBar;
+
+class EditMenu : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Adds the menu to a window's menu bar; lives as the window's child.
+    EditMenu(MainWindow &window, QMenuBar &bar);
+
+public slots:
+    // Enables the commands that can work on the table shown now, and offers them in its cell menu.
+    void update();
+
+private:
+    QAction *addCommand(const char *name, const QString &text, const QKeySequence &keys, const QString &tip,
+                        void (EditMenu::*command)());
+    void copy();
+    void copyWithNames();
+    void paste();
+    void selectAll();
+    template <class Command>
+    void run(Command command);
+    OrvaneTableView *table() const;
+
+    MainWindow &m_window;
+    QMenu *m_menu;
+    QAction *m_copy;
+    QAction *m_copyWithNames;
+    QAction *m_paste;
+    QAction *m_selectAll;
+};
+
+#endif

@@ -24,7 +24,8 @@ enum : unsigned {
     for_crunch = 256,
     for_create = 512,
     for_nextid = 1024,
-    for_all = 2047,
+    for_check = 2048,
+    for_all = 4095,
 };
 
 struct Option {

@@ -32,6 +32,8 @@ struct Request {
     std::optional<std::int64_t> limit; // rows
     bool count = false;
     bool all = false;
+    bool repair = false;
+    bool dry_run = false;
     bool checked = false;    // keys, when records are added
     std::string schema;      // of a new database
     std::string description; // of it, too

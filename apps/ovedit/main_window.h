@@ -57,6 +57,7 @@ public:
 
     // The commands of the menus.
     void openDatabase();
+    void newDatabase();
     void closeTab();
     void saveAs();
     void showEventMap();

@@ -50,7 +50,7 @@
         <translation>Aktualisierungsintervall</translation>
     </message>
     <message>
-        <source>Seconds between looks for changed tables (0: don't look):</source>
+        <source>Seconds between looks for changed tables (0: don&apos;t look):</source>
         <translation>Sekunden zwischen den Suchen nach geänderten Tabellen (0: nicht suchen):</translation>
     </message>
     <message>
@@ -125,6 +125,101 @@
     </message>
 </context>
 <context>
+    <name>NewDatabaseDialog</name>
+    <message>
+        <source>New Database</source>
+        <translation>Neue Datenbank</translation>
+    </message>
+    <message>
+        <source>What the names of its files begin with</source>
+        <translation>Womit die Namen ihrer Dateien beginnen</translation>
+    </message>
+    <message>
+        <source>One line that tells what it holds</source>
+        <translation>Eine Zeile, die sagt, was sie enthält</translation>
+    </message>
+    <message>
+        <source>Table</source>
+        <translation>Tabelle</translation>
+    </message>
+    <message>
+        <source>Description</source>
+        <translation>Beschreibung</translation>
+    </message>
+    <message>
+        <source>&amp;Browse...</source>
+        <translation>D&amp;urchsuchen...</translation>
+    </message>
+    <message>
+        <source>From a &amp;File...</source>
+        <translation>Aus einer &amp;Datei...</translation>
+    </message>
+    <message>
+        <source>&amp;Create</source>
+        <translation>&amp;Anlegen</translation>
+    </message>
+    <message>
+        <source>&amp;Name:</source>
+        <translation>&amp;Name:</translation>
+    </message>
+    <message>
+        <source>F&amp;older:</source>
+        <translation>&amp;Ordner:</translation>
+    </message>
+    <message>
+        <source>&amp;Description:</source>
+        <translation>&amp;Beschreibung:</translation>
+    </message>
+    <message>
+        <source>&amp;Schema:</source>
+        <translation>&amp;Schema:</translation>
+    </message>
+    <message>
+        <source>Folder of the New Database</source>
+        <translation>Ordner der neuen Datenbank</translation>
+    </message>
+    <message>
+        <source>Choose a Schema</source>
+        <translation>Schema wählen</translation>
+    </message>
+    <message>
+        <source>Schemas (%1)</source>
+        <translation>Schemata (%1)</translation>
+    </message>
+    <message>
+        <source>Fields: %1</source>
+        <translation>Felder: %1</translation>
+    </message>
+    <message>
+        <source>Give the database a name.</source>
+        <translation>Geben Sie der Datenbank einen Namen.</translation>
+    </message>
+    <message>
+        <source>A name has no slash in it; the folder stands below.</source>
+        <translation>Ein Name hat keinen Schrägstrich; der Ordner steht darunter.</translation>
+    </message>
+    <message>
+        <source>There is no such folder.</source>
+        <translation>Diesen Ordner gibt es nicht.</translation>
+    </message>
+    <message>
+        <source>The folder cannot be written.</source>
+        <translation>In den Ordner kann nicht geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>There is a file of that name already.</source>
+        <translation>Eine Datei dieses Namens gibt es schon.</translation>
+    </message>
+    <message>
+        <source>No schema is installed; choose a file.</source>
+        <translation>Kein Schema ist installiert; wählen Sie eine Datei.</translation>
+    </message>
+    <message>
+        <source>The schema cannot be used.</source>
+        <translation>Das Schema ist nicht zu gebrauchen.</translation>
+    </message>
+</context>
+<context>
     <name>NoticeBar</name>
     <message>
         <source>&amp;Details...</source>
@@ -140,7 +235,10 @@
     </message>
     <message numerus="yes">
         <source>%n problems were found. Everything else can be used.</source>
-        <translation><numerusform>%n Problem wurde gefunden. Alles andere ist benutzbar.</numerusform><numerusform>%n Probleme wurden gefunden. Alles andere ist benutzbar.</numerusform></translation>
+        <translation>
+            <numerusform>%n Problem wurde gefunden. Alles andere ist benutzbar.</numerusform>
+            <numerusform>%n Probleme wurden gefunden. Alles andere ist benutzbar.</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -196,7 +294,7 @@
         <translation>Erdbebenkarte</translation>
     </message>
     <message>
-        <source>The map can't be drawn: %1</source>
+        <source>The map can&apos;t be drawn: %1</source>
         <translation>Die Karte kann nicht gezeichnet werden: %1</translation>
     </message>
     <message>
@@ -220,7 +318,7 @@
         <translation>ausgewählt: %1</translation>
     </message>
     <message>
-        <source>beyond the map's range: %1</source>
+        <source>beyond the map&apos;s range: %1</source>
         <translation>außerhalb des Kartenbereichs: %1</translation>
     </message>
     <message>
@@ -244,12 +342,15 @@
         <translation>Datensatz %1</translation>
     </message>
     <message>
-        <source>The record can't be read any more.</source>
+        <source>The record can&apos;t be read any more.</source>
         <translation>Der Datensatz ist nicht mehr lesbar.</translation>
     </message>
     <message numerus="yes">
         <source>and %n more here</source>
-        <translation><numerusform>und hier noch %n weiteres</numerusform><numerusform>und hier noch %n weitere</numerusform></translation>
+        <translation>
+            <numerusform>und hier noch %n weiteres</numerusform>
+            <numerusform>und hier noch %n weitere</numerusform>
+        </translation>
     </message>
     <message>
         <source>Magnitude</source>
@@ -264,7 +365,7 @@
         <translation>unbekannt</translation>
     </message>
     <message>
-        <source>The database %1 has no table "origin".</source>
+        <source>The database %1 has no table &quot;origin&quot;.</source>
         <translation>Die Datenbank %1 hat keine Tabelle „origin“.</translation>
     </message>
     <message>
@@ -275,7 +376,7 @@
 <context>
     <name>OvEventView</name>
     <message>
-        <source>The events can't be read: the memory doesn't suffice.</source>
+        <source>The events can&apos;t be read: the memory doesn&apos;t suffice.</source>
         <translation>Die Erdbeben können nicht gelesen werden: Der Speicher reicht nicht aus.</translation>
     </message>
 </context>
@@ -294,7 +395,7 @@ Um sie zum Lesen und Schreiben zu öffnen, schließen Sie zuerst ihr Fenster.</t
         <translation>Die Datenbankbibliothek hat keinen Grund genannt.</translation>
     </message>
     <message>
-        <source>The database %1 can't be opened.
+        <source>The database %1 can&apos;t be opened.
 
 %2
 
@@ -378,7 +479,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Jede zweite Zeile abtönen</translation>
     </message>
     <message>
-        <source>%1: can't be read as a parameter file</source>
+        <source>%1: can&apos;t be read as a parameter file</source>
         <translation>%1: kann nicht als Parameterdatei gelesen werden</translation>
     </message>
     <message>
@@ -782,11 +883,11 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Die Datensätze der ausgewählten Zeilen leeren; das Verdichten der Tabelle entfernt sie</translation>
     </message>
     <message>
-        <source>Empty 1 row of '%1'? Its values are lost. The row itself goes when the table is crunched.</source>
+        <source>Empty 1 row of &apos;%1&apos;? Its values are lost. The row itself goes when the table is crunched.</source>
         <translation>1 Zeile von „%1“ leeren? Ihre Werte gehen verloren. Die Zeile selbst verschwindet, wenn die Tabelle verdichtet wird.</translation>
     </message>
     <message>
-        <source>Empty %2 rows of '%1'? Their values are lost. The rows themselves go when the table is crunched.</source>
+        <source>Empty %2 rows of &apos;%1&apos;? Their values are lost. The rows themselves go when the table is crunched.</source>
         <translation>%2 Zeilen von „%1“ leeren? Ihre Werte gehen verloren. Die Zeilen selbst verschwinden, wenn die Tabelle verdichtet wird.</translation>
     </message>
     <message>
@@ -798,7 +899,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Die leeren Datensätze der Tabelle entfernen</translation>
     </message>
     <message>
-        <source>Remove the empty records of '%1'? The records behind them get other numbers.</source>
+        <source>Remove the empty records of &apos;%1&apos;? The records behind them get other numbers.</source>
         <translation>Die leeren Datensätze von „%1“ entfernen? Die Datensätze dahinter bekommen andere Nummern.</translation>
     </message>
     <message>
@@ -826,7 +927,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Allein die ausgewählten Zeilen in der Sicht behalten; die Datensätze bleiben</translation>
     </message>
     <message>
-        <source>%1: the picture can't be written: %2</source>
+        <source>%1: the picture can&apos;t be written: %2</source>
         <translation>%1: Das Bild kann nicht geschrieben werden: %2</translation>
     </message>
     <message>
@@ -846,7 +947,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation> – </translation>
     </message>
     <message>
-        <source>ignoring requested size of '%1' and setting to 10</source>
+        <source>ignoring requested size of &apos;%1&apos; and setting to 10</source>
         <translation>die gewünschte Größe „%1“ wird übergangen und 10 gesetzt</translation>
     </message>
     <message>
@@ -882,7 +983,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>...</translation>
     </message>
     <message>
-        <source>' -- not making an event map</source>
+        <source>&apos; -- not making an event map</source>
         <translation>“ – es wird keine Erdbebenkarte gezeichnet</translation>
     </message>
     <message>
@@ -890,11 +991,11 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>ovedit kann zurzeit nur eine Karte zugleich zeigen</translation>
     </message>
     <message>
-        <source>Failed to lookup 'origin' table in database '</source>
+        <source>Failed to lookup &apos;origin&apos; table in database &apos;</source>
         <translation>Die Tabelle „origin“ ließ sich nicht finden in der Datenbank „</translation>
     </message>
     <message>
-        <source>No 'origin' table found in database '</source>
+        <source>No &apos;origin&apos; table found in database &apos;</source>
         <translation>Es gibt keine Tabelle „origin“ in der Datenbank „</translation>
     </message>
     <message>
@@ -910,7 +1011,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>%1 Zeilen</translation>
     </message>
     <message>
-        <source>Table '%1' updated</source>
+        <source>Table &apos;%1&apos; updated</source>
         <translation>Tabelle „%1“ geändert</translation>
     </message>
     <message>
@@ -974,7 +1075,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Schließen</translation>
     </message>
     <message>
-        <source>in table '%1'</source>
+        <source>in table &apos;%1&apos;</source>
         <translation>in Tabelle „%1“</translation>
     </message>
     <message>
@@ -1022,15 +1123,15 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Zeile %1 zeigen</translation>
     </message>
     <message>
-        <source>Remove Column '%1' From Display</source>
+        <source>Remove Column &apos;%1&apos; From Display</source>
         <translation>Spalte „%1“ ausblenden</translation>
     </message>
     <message>
-        <source>Change Selected '%1' Values</source>
+        <source>Change Selected &apos;%1&apos; Values</source>
         <translation>Ausgewählte Werte von „%1“ ändern</translation>
     </message>
     <message>
-        <source>Change All '%1' Values</source>
+        <source>Change All &apos;%1&apos; Values</source>
         <translation>Alle Werte von „%1“ ändern</translation>
     </message>
     <message>
@@ -1042,11 +1143,11 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Wert für</translation>
     </message>
     <message>
-        <source>'%1' was not stored in %2 cells: %3</source>
+        <source>&apos;%1&apos; was not stored in %2 cells: %3</source>
         <translation>„%1“ wurde in %2 Zellen nicht gespeichert: %3</translation>
     </message>
     <message>
-        <source>'%1' was not stored: %2</source>
+        <source>&apos;%1&apos; was not stored: %2</source>
         <translation>„%1“ wurde nicht gespeichert: %2</translation>
     </message>
     <message>
@@ -1144,15 +1245,15 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Das Fenster konnte nicht gezeichnet werden</translation>
     </message>
     <message>
-        <source>'%1' has %2 rows; a spreadsheet holds no more than %3. Nothing was written: save it as a text file, or a part of it.</source>
+        <source>&apos;%1&apos; has %2 rows; a spreadsheet holds no more than %3. Nothing was written: save it as a text file, or a part of it.</source>
         <translation>„%1“ hat %2 Zeilen; ein Tabellenblatt fasst höchstens %3. Nichts wurde geschrieben: Speichern Sie als Textdatei oder nur einen Teil.</translation>
     </message>
     <message>
-        <source>'%1' has more columns than a spreadsheet holds</source>
+        <source>&apos;%1&apos; has more columns than a spreadsheet holds</source>
         <translation>„%1“ hat mehr Spalten, als ein Tabellenblatt fasst</translation>
     </message>
     <message>
-        <source>The spreadsheet '%1' could not be written</source>
+        <source>The spreadsheet &apos;%1&apos; could not be written</source>
         <translation>Das Tabellenblatt „%1“ konnte nicht geschrieben werden</translation>
     </message>
     <message>
@@ -1164,7 +1265,7 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Ausdruck der Teilmenge</translation>
     </message>
     <message>
-        <source>Subset of '%1' on expression '%2'</source>
+        <source>Subset of &apos;%1&apos; on expression &apos;%2&apos;</source>
         <translation>Teilmenge von „%1“ mit dem Ausdruck „%2“</translation>
     </message>
     <message>
@@ -1172,7 +1273,7 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Sortierfelder</translation>
     </message>
     <message>
-        <source>Sort of '%1' on fields</source>
+        <source>Sort of &apos;%1&apos; on fields</source>
         <translation>Sortieren von „%1“ nach den Feldern</translation>
     </message>
     <message>
@@ -1180,27 +1281,27 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Gruppierfelder</translation>
     </message>
     <message>
-        <source>Group of '%1' on fields</source>
+        <source>Group of &apos;%1&apos; on fields</source>
         <translation>Gruppieren von „%1“ nach den Feldern</translation>
     </message>
     <message>
-        <source>Ungroup of '%1'</source>
+        <source>Ungroup of &apos;%1&apos;</source>
         <translation>Auflösen der Gruppen von „%1“</translation>
     </message>
     <message>
-        <source>Join of '%1' to '%2'</source>
+        <source>Join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Verbund von „%1“ mit „%2“</translation>
     </message>
     <message>
-        <source>Outer-join of '%1' to '%2'</source>
+        <source>Outer-join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Äußerer Verbund von „%1“ mit „%2“</translation>
     </message>
     <message>
-        <source>Left-join of '%1' to '%2'</source>
+        <source>Left-join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Linker Verbund von „%1“ mit „%2“</translation>
     </message>
     <message>
-        <source>No-join of '%1' to '%2'</source>
+        <source>No-join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Zeilen von „%1“ ohne Entsprechung in „%2“</translation>
     </message>
     <message>
@@ -1208,15 +1309,15 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Ausdruck des Theta-Verbunds</translation>
     </message>
     <message>
-        <source>Theta-join of '%1' to '%2' with expression '%3'</source>
+        <source>Theta-join of &apos;%1&apos; to &apos;%2&apos; with expression &apos;%3&apos;</source>
         <translation>Theta-Verbund von „%1“ mit „%2“ und dem Ausdruck „%3“</translation>
     </message>
     <message>
-        <source>Sever of table '%1' from '%2'</source>
+        <source>Sever of table &apos;%1&apos; from &apos;%2&apos;</source>
         <translation>Abtrennen der Tabelle „%1“ von „%2“</translation>
     </message>
     <message>
-        <source>Separate table '%1' from '%2'</source>
+        <source>Separate table &apos;%1&apos; from &apos;%2&apos;</source>
         <translation>Herauslösen der Tabelle „%1“ aus „%2“</translation>
     </message>
     <message>
@@ -1451,6 +1552,14 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>years</source>
         <translation>Jahren</translation>
     </message>
+    <message>
+        <source>&amp;New Database...</source>
+        <translation>&amp;Neue Datenbank...</translation>
+    </message>
+    <message>
+        <source>Make a new database, with no records yet</source>
+        <translation>Eine neue Datenbank anlegen, noch ohne Datensätze</translation>
+    </message>
 </context>
 <context>
     <name>ProblemsDialog</name>
@@ -1551,7 +1660,10 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message numerus="yes">
         <source>About %n seconds left</source>
-        <translation><numerusform>Noch etwa %n Sekunde</numerusform><numerusform>Noch etwa %n Sekunden</numerusform></translation>
+        <translation>
+            <numerusform>Noch etwa %n Sekunde</numerusform>
+            <numerusform>Noch etwa %n Sekunden</numerusform>
+        </translation>
     </message>
     <message>
         <source>About a minute left</source>
@@ -1559,7 +1671,10 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message numerus="yes">
         <source>About %n minutes left</source>
-        <translation><numerusform>Noch etwa %n Minute</numerusform><numerusform>Noch etwa %n Minuten</numerusform></translation>
+        <translation>
+            <numerusform>Noch etwa %n Minute</numerusform>
+            <numerusform>Noch etwa %n Minuten</numerusform>
+        </translation>
     </message>
     <message>
         <source>About an hour left</source>
@@ -1567,7 +1682,10 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message numerus="yes">
         <source>About %n hours left</source>
-        <translation><numerusform>Noch etwa %n Stunde</numerusform><numerusform>Noch etwa %n Stunden</numerusform></translation>
+        <translation>
+            <numerusform>Noch etwa %n Stunde</numerusform>
+            <numerusform>Noch etwa %n Stunden</numerusform>
+        </translation>
     </message>
     <message>
         <source>More than a day left</source>

@@ -82,6 +82,17 @@ const Command table[] = {
      run_mark},
     {"crunch", "DB.TABLE", for_crunch, 1, 1, "remove the records that are marked",
      "Writes how many were removed. The records behind them get other numbers.\n", run_crunch},
+    {"check", "DB[.TABLE]", for_check, 1, 1, "check a database, and repair what loses nothing",
+     "Writes a line for each finding: the file and its line, the record, the byte in the\n"
+     "file, the field, what stands there, and what is wrong with it. Errors are what a\n"
+     "program can stumble over; notes are allowed. Exit status is 3 when there are\n"
+     "errors (that were not repaired).\n"
+     "\n"
+     "--repair takes back a change that was left half done, ends a last line that wants\n"
+     "its line feed, puts lines that are no records aside into a file TABLE.damaged-TIME\n"
+     "(the table as it was stays in TABLE.before-TIME), and raises counters of ids that\n"
+     "are behind. It removes nothing and changes no value.\n",
+     run_check},
     {"nextid", "DB ID", for_nextid, 2, 2, "write a new number for an id field, such as orid",
      "It is greater than any in use in the table that defines the id. Where the schema\n"
      "has a table lastid it is kept there, and is not given out again.\n",

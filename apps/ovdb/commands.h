@@ -38,5 +38,6 @@ void run_set(const Request &request);
 void run_mark(const Request &request);
 void run_crunch(const Request &request);
 void run_nextid(const Request &request);
+void run_check(const Request &request);
 
 } // namespace ovdb

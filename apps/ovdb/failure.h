@@ -12,6 +12,7 @@ enum class ExitCode : int {
     Done = 0,
     Failed = 1,        // a database, table, expression or the output could not be used
     Usage = 2,         // the arguments make no sense
+    FoundErrors = 3,   // the check of a database did
     Interrupted = 130, // as shells say of a program that the interrupt key ended
 };
 

@@ -12,7 +12,8 @@ constexpr std::size_t left_width = 26;
 
 const char exit_codes[] = "Exit status: 0 when all went well; 1 when a database, table, expression or value\n"
                           "can't be used or the output can't be written; 2 when the arguments are wrong;\n"
-                          "130 when it was interrupted. A reader that goes away ends it quietly.\n";
+                          "3 when a check found errors; 130 when it was interrupted. A reader that goes\n"
+                          "away ends it quietly.\n";
 
 std::string entry(std::string left, std::string_view right)
 {

@@ -183,6 +183,15 @@ void set_checked(Request &request, const Arguments &)
     request.checked = true;
 }
 
+void set_repair(Request &request, const Arguments &)
+{
+    request.repair = true;
+}
+void set_dry_run(Request &request, const Arguments &)
+{
+    request.dry_run = true;
+}
+
 void set_schema(Request &request, const Arguments &arguments)
 {
     request.schema = arguments[0];
@@ -239,9 +248,15 @@ const Option table[] = {
     {"--range", "", {"DEGREES"}, for_map, "its radius, 120 unless given; 180 is the world", set_range},
     {"--no-legend", "", {}, for_map, "without a legend", set_no_legend},
     {"--dark", "", {}, for_map, "light on dark", set_dark},
-    {"--schema", "", {"NAME"}, for_create, "the schema of the database", set_schema},
+    {"--schema", "", {"NAME"}, for_create, "the schema of the database: its name, or a file FILE.yaml", set_schema},
     {"--description", "", {"TEXT"}, for_create, "what it is, one line", set_description},
     {"--all", "", {}, for_tables, "tables without a file, too", set_all},
+    {"--repair", "", {}, for_check, "repair what can be repaired without losing anything", set_repair},
+    {"--dry-run", "", {}, for_check, "tell what --repair would do, and do nothing", set_dry_run},
+    {"--limit", "", {"N"}, for_check, "tell N findings of a kind in a field of a table (10)", set_limit},
+    {"--all", "", {}, for_check, "tell all findings", set_all},
+    {"--format", "", {"FORMAT"}, for_check, "text (the default), csv, tsv or json", set_format},
+    {"--no-header", "", {}, for_check, "leave the line of names out (csv, tsv)", set_no_header},
     {"--help", "-h", {}, for_all, "show help and exit", set_help},
     {"--version", "-v", {}, for_all, "show the version and exit", set_version},
 };

@@ -25,7 +25,8 @@ enum : unsigned {
     for_create = 512,
     for_nextid = 1024,
     for_map = 2048,
-    for_all = 4095,
+    for_check = 4096,
+    for_all = 8191,
 };
 
 struct Option {

@@ -44,6 +44,8 @@ struct Request {
     std::optional<std::int64_t> limit; // rows
     bool count = false;
     bool all = false;
+    bool repair = false;
+    bool dry_run = false;
     bool checked = false; // keys, when records are added
     std::string output;   // empty: standard output
     bool force = false;   // to replace a file

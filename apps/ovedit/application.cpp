@@ -16,6 +16,7 @@
 #include "configuration.h"
 #include "error_text.h"
 #include "main_window.h"
+#include "new_database_dialog.h"
 #include "open_dialog.h"
 #include "piped_view.h"
 
@@ -252,6 +253,14 @@ void Application::chooseDatabase(MainWindow *from)
     OpenDialog dialog(m_settings, from);
     if (dialog.exec() == QDialog::Accepted) {
         openDatabase(dialog.database(), dialog.mode(), from);
+    }
+}
+
+void Application::createDatabase(MainWindow *from)
+{
+    NewDatabaseDialog dialog(m_settings, from);
+    if (dialog.exec() == QDialog::Accepted) {
+        openDatabase(dialog.database(), "r+", from);
     }
 }
 

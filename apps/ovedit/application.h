@@ -58,6 +58,8 @@ public:
 
     // Asks for a database and opens it.
     void chooseDatabase(MainWindow *from);
+    // Asks the user for a new database, makes it, and opens it to be written.
+    void createDatabase(MainWindow *from);
 
 public slots:
     // Does nothing while the database library works: an operation is cancelled first.

@@ -264,6 +264,11 @@ void MainWindow::openDatabase()
     m_application.chooseDatabase(this);
 }
 
+void MainWindow::newDatabase()
+{
+    m_application.createDatabase(this);
+}
+
 void MainWindow::quit()
 {
     m_application.quit();

@@ -60,6 +60,7 @@ public:
 
     // The commands of the menus.
     void openDatabase();
+    void newDatabase();
     void closeTab();
     void saveAs();
     void printShown();

@@ -25,6 +25,10 @@ const Command openCommand = {"open",         OvTranslation::noop("&Open..."),
                              "Ctrl+O",       OvTranslation::noop("Open a database"),
                              Needs::Nothing, &MainWindow::openDatabase};
 
+const Command newCommand = {"newDatabase",  OvTranslation::noop("&New Database..."),
+                            "Ctrl+N",       OvTranslation::noop("Make a new database, with no records yet"),
+                            Needs::Nothing, &MainWindow::newDatabase};
+
 const Command saveCommand = {
     "saveAs",
     OvTranslation::noop("Save &As..."),
@@ -135,6 +139,7 @@ void Menus::build()
     QMenuBar &bar = *m_window.menuBar();
 
     QMenu &file = *bar.addMenu(tr("&File"));
+    addCommand(file, newCommand);
     addCommand(file, openCommand);
     m_recent = addListMenu(file, tr("Open &Recent"), "recentMenu", &Menus::fillRecent);
     file.addSeparator();

@@ -47,6 +47,11 @@ def take_start_page(display, arguments, home, camera):
     session.window = window
     fill_screen(session)
     camera.take("start")
+    display.key("ctrl+n")
+    wait_until(lambda: display.windows("--name", "^New Database$"), "the dialog")
+    display.tool("type", "--delay", "12", "shaking")
+    camera.take("new-database")
+    display.key("Escape")
     display.key("ctrl+q")
     process.wait(20)
 

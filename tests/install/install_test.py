@@ -1,5 +1,6 @@
 """Installs the build into a temporary folder and uses it as another project would."""
 
+import csv
 import os
 import re
 import subprocess
@@ -12,7 +13,8 @@ SOURCE = Path(os.environ["ORVANE_SOURCE"])
 CMAKE = os.environ.get("CMAKE", "cmake")
 HOST = Path(__file__).resolve().parent / "host"
 
-PLATFORM_HEADERS = {"orvane/util.h", "orvane/util_export.h", "orvane/db.h", "orvane/db_export.h",
+PLATFORM_HEADERS = {"orvane/util.h", "orvane/util_export.h", "orvane/db.h", "orvane/db_check.h", "orvane/db_create.h",
+                    "orvane/db_export.h",
                     "orvane/tr.h", "orvane/language.h", "orvane/tr_export.h", "orvane/plot.h", "orvane/plot_export.h"}
 WIDGET_HEADERS = {"ovqt_export.h", "qovresponse.h", "qovserver.h", "qovconnection.h", "qdbptr.h", "ovconfig.h",
                   "orvanedatabasemodel.h", "orvanetablemodel.h", "qovutil.h", "orvanetableview.h",
@@ -90,7 +92,8 @@ class InstalledTree(unittest.TestCase):
         for name, header in (("liborvane_db.so.1", "db"), ("liborvane_util.so.1", "util")):
             symbols = run("nm", "-D", "--defined-only", self.libraries[name])
             exported = {line.split()[2].split("@")[0] for line in symbols.splitlines() if " T " in line}
-            text = (self.prefix / f"include/orvane/{header}.h").read_text()
+            headers = (self.prefix / "include/orvane").glob(f"{header}*.h")
+            text = "".join(path.read_text() for path in headers if not path.name.endswith("_export.h"))
             declared = set(re.findall(r"_EXPORT [^;(]*?\*?\s*(\w+)\(", text))
             self.assertTrue(declared)
             self.assertEqual(declared - exported, set(), f"{name} declares what it does not export")
@@ -108,6 +111,36 @@ class InstalledTree(unittest.TestCase):
         environment = {key: value for key, value in os.environ.items() if not key.startswith("ORVANE_SCHEMA")}
         self.assertEqual(run(build / "count", demo, "origin", env=environment).strip(), "1707")
         self.assertIn("origin", run(build / "host", demo, env=environment))
+
+    def test_the_program_of_the_hosting_page_builds_and_runs(self):
+        page = (SOURCE / "docs/hosting.md").read_text()
+        folder = Path(self.folder.name) / "hosting"
+        folder.mkdir()
+        files = re.findall(r"^`([\w.]+)`:\n\n```\w+\n(.*?)^```$", page, re.M | re.S)
+        self.assertEqual([name for name, _ in files], ["CMakeLists.txt", "main.cpp"])
+        for name, text in files:
+            (folder / name).write_text(text)
+        run(CMAKE, "-S", folder, "-B", folder / "build", f"-DCMAKE_PREFIX_PATH={self.prefix}",
+            f"-DCMAKE_CXX_FLAGS={os.environ.get('HOST_CXX_FLAGS', '')} -Wall -Wextra -Werror",
+            f"-DCMAKE_CXX_COMPILER={os.environ['HOST_CXX_COMPILER']}")
+        run(CMAKE, "--build", folder / "build", "-j2")
+        environment = {key: value for key, value in os.environ.items() if not key.startswith("ORVANE_SCHEMA")}
+        environment["DEEP_EVENTS_ONCE"] = "1"
+        program, demo, written = folder / "build/deep_events", SOURCE / "demo/quakes", folder / "deep.csv"
+        said = run(program, demo, "origin", "depth > 100", written, env=environment)
+        with written.open(newline="") as file:
+            rows = list(csv.DictReader(file))
+        records = (SOURCE / "demo/quakes.origin").read_text().splitlines()
+        deep = [record for record in records if float(record.split()[2]) > 100]
+        self.assertGreater(len(deep), 10)
+        self.assertEqual([row["depth"] for row in rows], [record.split()[2] for record in deep])
+        self.assertIn(f"{len(deep)} rows in chosen", said)
+        for arguments, reason in ((("nowhere", "origin", "1==1"), "no such database"),
+                                  ((demo, "origin", "dep > 1"), "dep")):
+            failed = subprocess.run([program, *arguments, written], env=environment, text=True,
+                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            self.assertEqual(failed.returncode, 1)
+            self.assertIn(reason, failed.stderr)
 
 
 if __name__ == "__main__":

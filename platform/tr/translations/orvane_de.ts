@@ -156,6 +156,101 @@
     </message>
 </context>
 <context>
+    <name>NewDatabaseDialog</name>
+    <message>
+        <source>New Database</source>
+        <translation>Neue Datenbank</translation>
+    </message>
+    <message>
+        <source>What the names of its files begin with</source>
+        <translation>Womit die Namen ihrer Dateien beginnen</translation>
+    </message>
+    <message>
+        <source>One line that tells what it holds</source>
+        <translation>Eine Zeile, die sagt, was sie enthält</translation>
+    </message>
+    <message>
+        <source>Table</source>
+        <translation>Tabelle</translation>
+    </message>
+    <message>
+        <source>Description</source>
+        <translation>Beschreibung</translation>
+    </message>
+    <message>
+        <source>&amp;Browse...</source>
+        <translation>D&amp;urchsuchen...</translation>
+    </message>
+    <message>
+        <source>From a &amp;File...</source>
+        <translation>Aus einer &amp;Datei...</translation>
+    </message>
+    <message>
+        <source>&amp;Create</source>
+        <translation>&amp;Anlegen</translation>
+    </message>
+    <message>
+        <source>&amp;Name:</source>
+        <translation>&amp;Name:</translation>
+    </message>
+    <message>
+        <source>F&amp;older:</source>
+        <translation>&amp;Ordner:</translation>
+    </message>
+    <message>
+        <source>&amp;Description:</source>
+        <translation>&amp;Beschreibung:</translation>
+    </message>
+    <message>
+        <source>&amp;Schema:</source>
+        <translation>&amp;Schema:</translation>
+    </message>
+    <message>
+        <source>Folder of the New Database</source>
+        <translation>Ordner der neuen Datenbank</translation>
+    </message>
+    <message>
+        <source>Choose a Schema</source>
+        <translation>Schema wählen</translation>
+    </message>
+    <message>
+        <source>Schemas (%1)</source>
+        <translation>Schemata (%1)</translation>
+    </message>
+    <message>
+        <source>Fields: %1</source>
+        <translation>Felder: %1</translation>
+    </message>
+    <message>
+        <source>Give the database a name.</source>
+        <translation>Geben Sie der Datenbank einen Namen.</translation>
+    </message>
+    <message>
+        <source>A name has no slash in it; the folder stands below.</source>
+        <translation>Ein Name hat keinen Schrägstrich; der Ordner steht darunter.</translation>
+    </message>
+    <message>
+        <source>There is no such folder.</source>
+        <translation>Diesen Ordner gibt es nicht.</translation>
+    </message>
+    <message>
+        <source>The folder cannot be written.</source>
+        <translation>In den Ordner kann nicht geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>There is a file of that name already.</source>
+        <translation>Eine Datei dieses Namens gibt es schon.</translation>
+    </message>
+    <message>
+        <source>No schema is installed; choose a file.</source>
+        <translation>Kein Schema ist installiert; wählen Sie eine Datei.</translation>
+    </message>
+    <message>
+        <source>The schema cannot be used.</source>
+        <translation>Das Schema ist nicht zu gebrauchen.</translation>
+    </message>
+</context>
+<context>
     <name>NoticeBar</name>
     <message>
         <source>&amp;Details...</source>
@@ -1803,6 +1898,14 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>Row %1 can&apos;t be read any more: the table has changed. A view of it has to be made again.</source>
         <translation>Zeile %1 kann nicht mehr gelesen werden: Die Tabelle hat sich geändert. Eine Sicht auf sie muss neu gebildet werden.</translation>
+    </message>
+    <message>
+        <source>&amp;New Database...</source>
+        <translation>&amp;Neue Datenbank...</translation>
+    </message>
+    <message>
+        <source>Make a new database, with no records yet</source>
+        <translation>Eine neue Datenbank anlegen, noch ohne Datensätze</translation>
     </message>
 </context>
 <context>

@@ -73,6 +73,7 @@ public:
         const auto found = refused_views_.find(view_name);
         return found == refused_views_.end() ? Status() : found->second;
     }
+    const std::map<std::string, Status> &refused_views() const { return refused_views_; }
     // Takes a view out of the list. It lives on while bundles or members of other views need it.
     void free_view(std::int64_t index);
     // The index by which pointers reach a table that bundles stand in, also when no list shows it (any more).
@@ -93,6 +94,9 @@ public:
     // if the schema has that, and than the greatest in use. Kept there as given out.
     Result<std::int64_t> next_id(std::string_view id_field, Work &work);
 
+    // Has the table lastid count an id from there on, if it is behind.
+    Status raise_counter(std::string_view id_field, std::int64_t in_use, Work &work);
+
     // An operation runs in this database: another one, or closing, is refused meanwhile.
     bool operation_running = false;
 
@@ -111,6 +115,7 @@ private:
     // Rows of a view got new numbers, null_row for those that went: what is grouped of it follows.
     void follow_rows(const Table &view, std::span<const RowNumber> moved);
     Result<std::int64_t> greatest_in_use(const Relation &relation, std::string_view id_field, Work &work);
+    Result<std::int64_t> count_up(std::string_view id_field, std::int64_t at_least, Work &work);
     std::shared_ptr<Table> unlisted_table(std::int64_t index) const;
     // A grouped view of that name which something keeps.
     std::shared_ptr<Table> freed_member(std::string_view name) const;

@@ -78,17 +78,27 @@ Result<std::int64_t> Database::next_id(std::string_view id_field, Work &work)
     if (!greatest.ok())
         return greatest;
     const Relation *lastid = schema_->relation("lastid");
-    const int name = lastid ? lastid->field_index("keyname") : -1;
-    const int number = lastid ? lastid->field_index("keyvalue") : -1;
-    if (name < 0 || number < 0)
+    if (!lastid || !lastid->has_field("keyname") || !lastid->has_field("keyvalue"))
         return *greatest + 1;
+    return count_up(id_field, *greatest, work);
+}
+
+Result<std::int64_t> Database::count_up(std::string_view id_field, std::int64_t at_least, Work &work)
+{
+    const int lastid = schema_->relation_index("lastid");
+    auto &table = static_cast<BaseTable &>(*tables_[static_cast<std::size_t>(lastid)]);
+    const auto place = [&](std::string_view name) {
+        return static_cast<std::size_t>(table.relation().field_index(name));
+    };
     FieldValue key;
     key.type = FieldType::String;
     key.text = id_field;
-    auto &table =
-        static_cast<BaseTable &>(*tables_[static_cast<std::size_t>(schema_->relation_index("lastid"))]);
-    return table.count_up(static_cast<std::size_t>(name), key, static_cast<std::size_t>(number), *greatest,
-                          work);
+    return table.count_up(place("keyname"), key, place("keyvalue"), at_least, work);
+}
+
+Status Database::raise_counter(std::string_view id_field, std::int64_t in_use, Work &work)
+{
+    return count_up(id_field, in_use - 1, work).status();
 }
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #include "catalog/descriptor.h"
 
 #include "base/concat.h"
+#include "base/yaml_text.h"
 #include "schema/parameter_node.h"
 
 #include <algorithm>
@@ -93,6 +94,19 @@ Result<Descriptor> read_descriptor(const std::string &text, const std::string &f
     if (!findings.empty())
         return findings.status();
     return descriptor;
+}
+
+std::string descriptor_text(const Descriptor &descriptor)
+{
+    std::string folders;
+    for (const std::string &folder : descriptor.dbpath)
+        folders.append(folders.empty() ? "" : ", ").append(folder == "." ? folder : yaml_quoted(folder));
+    return concat("schema: ", yaml_quoted(descriptor.schema), "\ndbpath: [", folders,
+                  "]\nlocks: ", descriptor.locks == Locks::Local ? "local" : "none",
+                  "\ndurability: ", descriptor.durability == Durability::Disk ? "disk" : "process",
+                  "\nidserver: ", yaml_quoted(descriptor.idserver),
+                  "\ndescription: ", yaml_quoted(descriptor.description),
+                  "\ndetail: ", yaml_quoted(descriptor.detail), "\n");
 }
 
 bool looks_like_descriptor(std::string_view head)

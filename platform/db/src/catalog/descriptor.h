@@ -25,6 +25,9 @@ struct Descriptor {
 // The descriptor in a text, or a failure with a line for every finding. `file` names the text in messages.
 Result<Descriptor> read_descriptor(const std::string &text, const std::string &file);
 
+// The text of a descriptor.
+std::string descriptor_text(const Descriptor &descriptor);
+
 // Whether the first bytes of a file are those of a descriptor rather than of a table: its first line that is
 // neither blank nor a comment opens a mapping with one of a descriptor's keys.
 bool looks_like_descriptor(std::string_view head);

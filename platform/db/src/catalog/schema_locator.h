@@ -24,6 +24,8 @@ public:
     // The schema, perhaps shared with another open database. A schema that is nowhere is NotFound, with the
     // places where it was looked for; one that is found and can't be read or is wrong is a failure at once.
     Result<std::shared_ptr<const Schema>> load(const std::string &name) const;
+    // Where schemas are looked for, in order.
+    const std::vector<LocatedPath> &folders() const { return folders_; }
 
 private:
     FileSystem &files_;

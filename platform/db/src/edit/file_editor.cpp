@@ -42,11 +42,18 @@ bool FileEditor::target_is_current() const
     return target_.file && records_.present() && target_.identity.same_file(records_.state());
 }
 
+// What is to be mended may be refused for what it holds, not for what it is.
+bool FileEditor::is_usable(Purpose purpose) const
+{
+    return records_.refusal().ok() || (purpose == Purpose::Mend && records_.state().kind == FileKind::File &&
+                                       records_.refusal().code() == Code::Format);
+}
+
 Status FileEditor::open_target(Purpose purpose)
 {
     target_ = Target();
     const bool make = !records_.present();
-    if (make && purpose == Purpose::Change)
+    if (make && purpose != Purpose::Append)
         return Status(Code::NotFound, concat(records_.path().shown, ": there is no such file"));
     const std::string &path = records_.path().absolute;
     auto file = storage_.files.open_to_write(path, make ? Creation::New : Creation::Never);
@@ -78,14 +85,14 @@ Result<FileEditor::Hold> FileEditor::begin(Purpose purpose, Work &work)
     for (;;) {
         if (!target_.file) {
             static_cast<void>(records_.count_records());
-            if (!records_.refusal().ok())
+            if (!is_usable(purpose))
                 return records_.refusal();
             const bool was_present = records_.present();
             if (Status opened = open_target(purpose); !opened.ok()) {
                 // The file may have come, or gone, in between: then it is begun anew.
                 static_cast<void>(records_.look().ok());
                 const bool other = records_.present() != was_present;
-                if (!other || (was_present && purpose == Purpose::Change))
+                if (!other || (was_present && purpose != Purpose::Append))
                     return opened;
             }
         }
@@ -94,7 +101,7 @@ Result<FileEditor::Hold> FileEditor::begin(Purpose purpose, Work &work)
                 return locked;
             Hold hold(*this);
             count_ = records_.count_records();
-            if (!records_.refusal().ok())
+            if (!is_usable(purpose))
                 return records_.refusal();
             if (target_is_current()) {
                 if (Status done = take_back_unfinished_change(work); !done.ok())

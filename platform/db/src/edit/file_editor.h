@@ -42,6 +42,7 @@ public:
     enum class Purpose {
         Change, // of what is there: a table without a file is a failure
         Append, // a table without a file gets one in its first folder
+        Mend,   // as Change, whatever the file holds: one that is refused, too
     };
     // Waits for the lock, asking the work's hook. A file that is refused is a failure with its reason.
     Result<Hold> begin(Purpose purpose, Work &work);
@@ -58,6 +59,10 @@ public:
     // Goes through all records, each with its line feed, and tells the work's hook how far that is.
     using TakeRecord = std::function<Status(std::int64_t number, std::string_view line)>;
     Status for_each_record(double share_done, double share, Work &work, const TakeRecord &take);
+    // The same in blocks of so many records, but the last; where line feeds stand is not looked at.
+    using TakeBlock = std::function<Status(std::int64_t first, std::string_view lines)>;
+    Status for_each_block(std::int64_t block, double share_done, double share, Work &work,
+                          const TakeBlock &take);
     // Puts a record's text behind the last one and answers its number. After a failure the file is as it was.
     Result<std::int64_t> append(std::string_view text);
     // Puts a record's text in the place of another one of the same length. After a failure the file is as it
@@ -79,7 +84,21 @@ public:
     using LeaveOut = std::function<bool(std::string_view record)>;
     Result<Replaced> replace(const LeaveOut &leave_out, Work &work);
 
+    struct Mended {
+        std::int64_t lines = 0;  // that were put aside
+        std::int64_t bytes = 0;  // of them
+        std::string put_aside;   // the file where they are; empty: none were
+        std::string copy;        // the file as it was; empty: only its end was changed
+        bool ended_line = false; // the last line wanted nothing but its line feed, and got it
+    };
+    // Takes out what is no record: its bytes go into a file QUAKES.ORIGIN.damaged-TIME first, and where other
+    // lines follow them a copy of all into QUAKES.ORIGIN.before-TIME. All of it is on the disk before the
+    // table changes, which is then replaced, or only shortened. A file without any record is left as it is.
+    // What is held is the mended file.
+    Result<Mended> mend(Work &work);
+
 private:
+    struct Lines;
     struct Target {
         std::unique_ptr<WritableFile> file;
         FileState identity;
@@ -88,6 +107,7 @@ private:
     };
 
     void end();
+    bool is_usable(Purpose purpose) const;
     Status open_target(Purpose purpose);
     Status lock_target(Work &work);
     bool target_is_current() const;
@@ -111,8 +131,13 @@ private:
     void finish(std::int64_t first_changed, std::int64_t end_changed);
     Status said(const Status &failure, const char *what) const;
 
+    Result<Lines> look_through(std::int64_t size, Work &work);
+    Status put_aside(const Lines &lines, const std::string &stem, Mended &mended, Work &work);
+    Status leave_records(const Lines &lines, std::int64_t size, Work &work);
+
     Status copy_others(const std::vector<std::int64_t> &left_out, WritableFile &to, Work &work);
     Status put_in_place(Target replacement, const std::string &temporary_path, Work &work);
+    std::string replacement_path() const;
     Result<Target> make_replacement(const std::string &temporary_path);
 
     Storage &storage_;

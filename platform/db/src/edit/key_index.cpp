@@ -1,69 +1,59 @@
 #include "edit/key_index.h"
 
-#include "table/field_value.h"
-
 #include <algorithm>
-#include <cstring>
 #include <functional>
+#include <utility>
 
 namespace orvane {
 
 namespace {
 
-template <typename T>
-void append_bytes(std::string &out, T value)
-{
-    char bytes[sizeof value];
-    std::memcpy(bytes, &value, sizeof value);
-    out.append(bytes, sizeof value);
-}
-
-void append_text(std::string &out, std::string_view text)
-{
-    append_bytes(out, text.size());
-    out += text;
-}
-
-std::uint64_t hash_of(std::string_view key)
+// Never 0, which stands for no key and no checksum.
+std::uint64_t hash_of(std::string_view bytes)
 {
     // The library's hash leaves low bits that are not mixed with the high ones to chance.
-    return static_cast<std::uint64_t>(std::hash<std::string_view>()(key)) * 0x9e3779b97f4a7c15u;
+    return (static_cast<std::uint64_t>(std::hash<std::string_view>()(bytes)) * 0x9e3779b97f4a7c15u) | 1;
 }
 
 } // namespace
 
-KeyIndex::KeyIndex(const Relation &relation)
-{
-    for (const KeyElement &element : relation.primary)
-        for (const std::string *name : {&element.begin, &element.end})
-            if (const int field = relation.field_index(*name); field >= 0)
-                fields_.push_back(relation.fields()[static_cast<std::size_t>(field)]);
-}
-
-std::string KeyIndex::key_of(std::string_view record) const
-{
-    std::string key;
-    for (const RelationField &field : fields_) {
-        const Attribute &attribute = *field.attribute;
-        const std::string_view text =
-            record.substr(static_cast<std::size_t>(field.offset), static_cast<std::size_t>(attribute.width));
-        const auto value = decode_field(attribute, text);
-        if (value && is_integer(attribute.type))
-            append_bytes(key, value->integer);
-        else if (value && is_real(attribute.type))
-            append_bytes(key, value->real + 0.0); // -0.0 is 0.0
-        else
-            append_text(key, attribute.type == FieldType::String ? trimmed_right(text) : trimmed(text));
-    }
-    return key;
-}
-
-void KeyIndex::start(std::int64_t records)
+void KeyIndex::start(std::int64_t records, std::uint64_t generation)
 {
     version_ = 0;
+    generation_ = generation;
     used_ = 0;
     slots_.clear();
+    hashes_.clear();
+    sums_.clear();
+    hashes_.reserve(static_cast<std::size_t>(records));
     grow(static_cast<std::size_t>(records) + 1);
+}
+
+bool KeyIndex::is_same_block(std::int64_t first, std::string_view lines)
+{
+    const auto block = static_cast<std::size_t>(first / block_records);
+    if (block >= sums_.size())
+        sums_.resize(block + 1);
+    const std::uint64_t sum = hash_of(lines);
+    return std::exchange(sums_[block], sum) == sum;
+}
+
+void KeyIndex::put(std::int64_t number, std::optional<std::string_view> record)
+{
+    const auto index = static_cast<std::size_t>(number);
+    if (index >= hashes_.size())
+        hashes_.resize(index + 1, no_key);
+    const std::uint64_t hash = record ? hash_of(key_.of(*record)) : no_key;
+    const std::uint64_t before = std::exchange(hashes_[index], hash);
+    if (hash == before)
+        return;
+    if (before != no_key)
+        remove(before, number);
+    if (hash == no_key)
+        return;
+    if (4 * (used_ + 1) > 3 * slots_.size())
+        grow(hashes_.size());
+    insert(hash, number);
 }
 
 void KeyIndex::grow(std::size_t records)
@@ -89,16 +79,8 @@ void KeyIndex::insert(std::uint64_t hash, std::int64_t number)
     ++used_;
 }
 
-void KeyIndex::add(std::int64_t number, std::string_view key)
+void KeyIndex::remove(std::uint64_t hash, std::int64_t number)
 {
-    if (4 * (used_ + 1) > 3 * slots_.size())
-        grow(used_ + 1);
-    insert(hash_of(key), number);
-}
-
-void KeyIndex::remove(std::int64_t number, std::string_view key)
-{
-    const std::uint64_t hash = hash_of(key);
     const std::size_t mask = slots_.size() - 1;
     for (std::size_t at = (hash >> 20) & mask; slots_[at].number != empty; at = (at + 1) & mask)
         if (slots_[at].number == number && slots_[at].hash == hash)

@@ -18,6 +18,12 @@ constexpr int max_births = 50;
 
 } // namespace
 
+std::string FileEditor::replacement_path() const
+{
+    const auto name = target_.real_path.rfind('/') + 1;
+    return concat(target_.real_path.substr(0, name), '.', target_.real_path.substr(name), ".new");
+}
+
 // A file that follows another one must be told from it, and from the one before that whose number it may get:
 // so its birth is a later one.
 Result<FileEditor::Target> FileEditor::make_replacement(const std::string &temporary_path)
@@ -42,10 +48,11 @@ Result<FileEditor::Target> FileEditor::make_replacement(const std::string &tempo
     }
 }
 
-Status FileEditor::for_each_record(double share_done, double share, Work &work, const TakeRecord &take)
+Status FileEditor::for_each_block(std::int64_t block, double share_done, double share, Work &work,
+                                  const TakeBlock &take)
 {
     const auto size = static_cast<std::size_t>(record_size_);
-    const std::int64_t at_once = std::max<std::int64_t>(1, read_bytes / record_size_);
+    const std::int64_t at_once = std::max<std::int64_t>(1, read_bytes / (record_size_ * block)) * block;
     std::string buffer;
     for (std::int64_t first = 0; first < count_; first += at_once) {
         const std::int64_t end = std::min(count_, first + at_once);
@@ -55,20 +62,27 @@ Status FileEditor::for_each_record(double share_done, double share, Work &work, 
             return got.status();
         if (*got < buffer.size())
             return Status(Code::Io, "the file was cut short while it was read");
-        for (std::int64_t number = first; number < end; ++number) {
-            const std::string_view line =
-                std::string_view(buffer).substr(static_cast<std::size_t>(number - first) * size, size);
-            if (line.find('\n') != size - 1)
-                return Status(Code::Format,
-                              concat("record ", number, " has a line feed out of its place; mend the file"));
-            if (Status taken = take(number, line); !taken.ok())
+        const std::string_view lines = buffer;
+        for (std::int64_t begin = first; begin < end; begin += block)
+            if (Status taken = take(begin, lines.substr(static_cast<std::size_t>(begin - first) * size,
+                                                        static_cast<std::size_t>(block) * size));
+                !taken.ok())
                 return taken;
-        }
         work.advance_to(share_done + share * static_cast<double>(end) / static_cast<double>(count_));
         if (Status asked = work.poll(); !asked.ok())
             return asked;
     }
     return Status();
+}
+
+Status FileEditor::for_each_record(double share_done, double share, Work &work, const TakeRecord &take)
+{
+    return for_each_block(1, share_done, share, work, [&](std::int64_t number, std::string_view line) {
+        if (line.find('\n') != line.size() - 1)
+            return Status(Code::Format,
+                          concat("record ", number, " has a line feed out of its place; mend the file"));
+        return take(number, line);
+    });
 }
 
 Status FileEditor::copy_others(const std::vector<std::int64_t> &left_out, WritableFile &to, Work &work)
@@ -141,9 +155,7 @@ Result<FileEditor::Replaced> FileEditor::replace(const LeaveOut &leave_out, Work
     replaced.records = count_;
     if (replaced.left_out.empty())
         return replaced;
-    const auto slash = target_.real_path.rfind('/');
-    const std::string folder = target_.real_path.substr(0, slash + 1);
-    const std::string temporary_path = concat(folder, '.', target_.real_path.substr(slash + 1), ".new");
+    const std::string temporary_path = replacement_path();
     auto replacement = make_replacement(temporary_path);
     if (!replacement.ok())
         return failed(replacement.status());
@@ -155,7 +167,9 @@ Result<FileEditor::Replaced> FileEditor::replace(const LeaveOut &leave_out, Work
         return failed(done);
     }
     if (policy_.force_to_disk)
-        if (Status forced = storage_.files.sync_folder(folder); !forced.ok())
+        if (Status forced =
+                storage_.files.sync_folder(LocatedPath::from(target_.real_path).folder().absolute);
+            !forced.ok())
             replaced.forced = said(forced, "is crunched, but the disk may not know yet");
     return replaced;
 }

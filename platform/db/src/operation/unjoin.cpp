@@ -1,8 +1,7 @@
 #include "operation/unjoin.h"
 
 #include "base/concat.h"
-#include "base/yaml_text.h"
-#include "catalog/schema_locator.h"
+#include "catalog/new_database.h"
 #include "operation/operand.h"
 #include "storage/replacement_file.h"
 #include "view/grouped_view.h"
@@ -15,7 +14,6 @@ namespace orvane {
 namespace {
 
 constexpr std::int64_t piece_bytes = 1 << 20;
-constexpr std::int64_t max_schema_bytes = 16 << 20;
 constexpr int max_attempts = 4; // at tables that keep changing
 
 // ---- Which records -------------------------------------------------------------------------------
@@ -210,41 +208,25 @@ public:
     Status write_schema()
     {
         const Schema &schema = source_.schema();
-        const auto found = SchemaLocator(files_, path_.folder()).load(schema.name);
-        if (!found.ok() && found.status().code() != Code::NotFound)
-            return found.status();
-        if (found.ok() && (*found)->file == schema.file)
+        const auto copy = schema_to_copy(files_, path_, schema);
+        if (!copy.ok())
+            return copy.status();
+        if (!*copy)
             return Status();
-        const LocatedPath from = LocatedPath::from(schema.file);
-        const auto text = read_whole_file(files_, from.absolute, from.shown, max_schema_bytes);
-        if (!text.ok())
-            return text.status();
-        if (found.ok()) {
-            const auto other = read_whole_file(files_, LocatedPath::from((*found)->file).absolute,
-                                               (*found)->file, max_schema_bytes);
-            if (other.ok() && *other == *text)
-                return Status();
-            return Status(Code::Argument, concat(path_.shown, ": another schema ", schema.name, ", ",
-                                                 (*found)->file, ", would be that of the new database"));
-        }
         ReplacementFile *file = nullptr;
         if (Status made = make(path_.folder().entry(schema.name + ".yaml"), file); !made.ok())
             return made;
-        return file->write(*text);
+        return file->write(**copy);
     }
 
     Status write_descriptor()
     {
-        const Descriptor &descriptor = source_.descriptor();
+        Descriptor descriptor = source_.descriptor();
+        descriptor.dbpath = {"."};
         ReplacementFile *file = nullptr;
         if (Status made = make(path_, file); !made.ok())
             return made;
-        return file->write(
-            concat("schema: ", yaml_quoted(descriptor.schema),
-                   "\ndbpath: [.]\nlocks: ", descriptor.locks == Locks::Local ? "local" : "none",
-                   "\ndurability: ", descriptor.durability == Durability::Disk ? "disk" : "process",
-                   "\nidserver: ", yaml_quoted(descriptor.idserver), "\ndescription: ",
-                   yaml_quoted(descriptor.description), "\ndetail: ", yaml_quoted(descriptor.detail), "\n"));
+        return file->write(descriptor_text(descriptor));
     }
 
     // All files come to stand under their names, or none.

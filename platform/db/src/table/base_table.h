@@ -93,6 +93,13 @@ public:
     // Removes the marked records. `renumber` is called while nobody else can change the table.
     Status crunch(Work &work, const std::function<void(const Crunched &)> &renumber);
 
+    // Takes out of the file what is no record, as FileEditor::mend has it, and takes back a change that was
+    // left half done. Answers also when there was nothing to do.
+    Result<FileEditor::Mended> mend(Work &work);
+
+    const Relation &relation() const { return relation_; }
+    FilePolicy policy() const { return policy_; }
+
 private:
     // The new text of a record for the one that it has.
     using Edit = std::function<Result<std::string>(const std::string &before)>;
@@ -111,17 +118,16 @@ private:
                        Work &work, std::int64_t &done);
     Status change_window(FileEditor &editor, const BulkWindow &window, BulkEdit &edit, Work &work,
                          std::int64_t &done);
-    void follow_window(FileVersion version_before, const BulkWindow &window, std::string_view before,
-                       std::string_view after);
+    void follow_window(FileVersion version_before, const BulkWindow &window, std::string_view after);
     Status check_writable() const;
     Status of_file(const Status &failure, std::string_view what) const;
     Result<std::int64_t> append(FileEditor &editor, std::string record, const Work *told = nullptr);
     Status overwrite(FileEditor &editor, std::int64_t number, const std::string &before,
                      const std::string &after, Work &work);
-    Status build_index(FileEditor &editor, Work &work);
+    void put_into_index(std::int64_t number, std::string_view record);
+    Status update_index(FileEditor &editor, Work &work);
     Result<std::int64_t> find_key(FileEditor &editor, std::string_view key);
-    void follow(FileVersion version_before, std::int64_t number, std::string_view before,
-                std::string_view after);
+    void follow(FileVersion version_before, std::int64_t number, std::string_view after);
 
     Result<std::vector<std::shared_ptr<Column>>> decode(const std::vector<RelationField> &fields,
                                                         const Snapshot &as_of, Work &work) const;

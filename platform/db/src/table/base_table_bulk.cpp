@@ -266,8 +266,7 @@ struct BaseTable::BulkExchange : BulkEdit {
 
 // ---- Windows -------------------------------------------------------------------------------------
 
-void BaseTable::follow_window(FileVersion version_before, const BulkWindow &window, std::string_view before,
-                              std::string_view after)
+void BaseTable::follow_window(FileVersion version_before, const BulkWindow &window, std::string_view after)
 {
     if (file_.version() != version_before)
         return;
@@ -284,10 +283,8 @@ void BaseTable::follow_window(FileVersion version_before, const BulkWindow &wind
     for (const std::int64_t number : window.numbers) {
         const auto at = static_cast<std::size_t>((number - window.first) * size);
         const auto length = static_cast<std::size_t>(size - 1);
-        if (const std::string_view record = before.substr(at, length); !rules_.is_marked(record))
-            index_.remove(number, index_.key_of(record));
-        if (const std::string_view record = after.substr(at, length); !rules_.is_marked(record))
-            index_.add(number, index_.key_of(record));
+        index_.forget_block(number);
+        put_into_index(number, after.substr(at, length));
     }
 }
 
@@ -314,7 +311,7 @@ Status BaseTable::change_window(FileEditor &editor, const BulkWindow &window, Bu
     whole.end = window.first + lines;
     whole.numbers.erase(std::lower_bound(whole.numbers.begin(), whole.numbers.end(), whole.end),
                         whole.numbers.end());
-    follow_window(version, whole, before, after);
+    follow_window(version, whole, after);
     edit.tell(whole.end);
     done += static_cast<std::int64_t>(whole.numbers.size());
     return written;

@@ -20,8 +20,7 @@ Status BaseTable::of_file(const Status &failure, std::string_view what) const
 }
 
 // What was derived from the file follows a change of one record, where it is known that nothing else changed.
-void BaseTable::follow(FileVersion version_before, std::int64_t number, std::string_view before,
-                       std::string_view after)
+void BaseTable::follow(FileVersion version_before, std::int64_t number, std::string_view after)
 {
     if (file_.version() != version_before)
         return;
@@ -31,10 +30,8 @@ void BaseTable::follow(FileVersion version_before, std::int64_t number, std::str
     });
     if (index_.version() != version_before)
         return;
-    if (!before.empty() && !rules_.is_marked(before))
-        index_.remove(number, index_.key_of(before));
-    if (!rules_.is_marked(after))
-        index_.add(number, index_.key_of(after));
+    index_.forget_block(number);
+    put_into_index(number, after);
 }
 
 // ---- Records in place ----------------------------------------------------------------------------
@@ -45,7 +42,7 @@ Status BaseTable::overwrite(FileEditor &editor, std::int64_t number, const std::
     const FileVersion version = file_.version();
     if (Status done = editor.overwrite(number, before, after, work); !done.ok())
         return done;
-    follow(version, number, before, after);
+    follow(version, number, after);
     return Status();
 }
 
@@ -161,7 +158,7 @@ Result<std::int64_t> BaseTable::append(FileEditor &editor, std::string record, c
     const auto number = editor.append(record);
     if (!number.ok())
         return number;
-    follow(version, *number, {}, record);
+    follow(version, *number, record);
     if (told && told->listener())
         (*told->listener())({.kind = RecordChange::Kind::Add,
                              .relation = relation_,
@@ -185,19 +182,38 @@ Result<std::int64_t> BaseTable::add(std::string_view record_text, Work &work)
     return append(hold->editor(), std::string(record_text), &work);
 }
 
-Status BaseTable::build_index(FileEditor &editor, Work &work)
+void BaseTable::put_into_index(std::int64_t number, std::string_view record)
+{
+    index_.put(number, rules_.is_marked(record) ? std::nullopt : std::optional(record));
+}
+
+// What another program did may be anything, but nearly always most of the table stays as it was: that is told
+// from its bytes, which costs much less than reading its keys.
+Status BaseTable::update_index(FileEditor &editor, Work &work)
 {
     if (index_.version() == file_.version())
         return Status();
-    index_.start(editor.count());
-    Status done = editor.for_each_record(0, 1, work, [&](std::int64_t number, std::string_view line) {
-        const std::string_view record = line.substr(0, line.size() - 1);
-        if (!rules_.is_marked(record))
-            index_.add(number, index_.key_of(record));
-        return Status();
-    });
-    if (!done.ok())
-        return done.code() == Code::Cancelled ? done : of_file(done, "its keys cannot be read: ");
+    if (!index_.can_follow(file_.generation(), editor.count()))
+        index_.start(editor.count(), file_.generation());
+    index_.set_version(0);
+    const auto size = static_cast<std::size_t>(relation_.record_size());
+    Status done = editor.for_each_block(
+        KeyIndex::block_records, 0, 1, work, [&](std::int64_t first, std::string_view lines) {
+            if (index_.is_same_block(first, lines))
+                return Status();
+            for (std::int64_t number = first; !lines.empty(); ++number, lines.remove_prefix(size)) {
+                if (Status formed = editor.check_line(number, lines.substr(0, size)); !formed.ok()) {
+                    index_.start(0, ~std::uint64_t{0}); // what is remembered of the block was not taken
+                    return formed;
+                }
+                put_into_index(number, lines.substr(0, size - 1));
+            }
+            return Status();
+        });
+    if (!done.ok()) // a line that is none says where it is
+        return done.code() == Code::Cancelled || done.code() == Code::Format
+                   ? done
+                   : of_file(done, "its keys cannot be read: ");
     index_.set_version(file_.version());
     return Status();
 }
@@ -229,7 +245,7 @@ Result<std::int64_t> BaseTable::add_checked(std::string_view record_text, Work &
     FileEditor &editor = hold->editor();
     std::string record(record_text);
     rules_.stamp(record); // it may be part of the key
-    if (Status built = build_index(editor, work); !built.ok())
+    if (Status built = update_index(editor, work); !built.ok())
         return built;
     const auto same = find_key(editor, index_.key_of(record));
     if (!same.ok() || *same >= 0)
@@ -313,6 +329,18 @@ Status BaseTable::crunch(Work &work, const std::function<void(const Crunched &)>
                                 .generation = file_.generation()});
     }
     return replaced->forced;
+}
+
+// ---- Mending -------------------------------------------------------------------------------------
+
+Result<FileEditor::Mended> BaseTable::mend(Work &work)
+{
+    if (Status writable = check_writable(); !writable.ok())
+        return writable;
+    auto hold = editor_.begin(FileEditor::Purpose::Mend, work);
+    if (!hold.ok())
+        return hold.status();
+    return hold->editor().mend(work);
 }
 
 } // namespace orvane

@@ -59,7 +59,7 @@ Work::Work(const char *call, ProgressHook hook)
 
 Status Work::poll()
 {
-    if (!hook_.call)
+    if (!hook_.call && !stopped())
         return Status();
     if (!stopped()) {
         const auto now = std::chrono::steady_clock::now();

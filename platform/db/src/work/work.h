@@ -51,6 +51,9 @@ public:
     // Whether to stop. Of any thread: long bodies ask this and return, whatever they return.
     bool stopped() const { return stopped_.load(std::memory_order_relaxed); }
 
+    // Has the work stop as if the hook had said so.
+    void stop() { stopped_.store(true, std::memory_order_relaxed); }
+
     // A table changed while it was read: what was made of it is worth nothing, and the operation is begun
     // anew, a few times.
     void meet_change() { changed_ = true; }

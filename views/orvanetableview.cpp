@@ -116,7 +116,10 @@ void OrvaneTableView::setModel(OrvaneTableModel *model)
 {
     if (m_model != nullptr && m_model != model) {
         disconnect(m_model, nullptr, this, SLOT(modelDestroyed()));
-        disconnect(m_model, nullptr, this, SLOT(resizeColumns()));
+        disconnect(m_model, nullptr, this, SLOT(holdPlace()));
+        disconnect(m_model, nullptr, this, SLOT(keepPlace()));
+        disconnect(m_model, &QAbstractItemModel::modelReset, this, nullptr);
+        m_model->noteRows(this, {});
         disconnect(m_model, nullptr, this, SLOT(checkSortIndicator()));
     }
     m_model = model;
@@ -125,13 +128,15 @@ void OrvaneTableView::setModel(OrvaneTableModel *model)
     }
     startWithoutOrder();
     QTableView::setModel(model);
+    hearInheritedReset();
     connect(model, SIGNAL(destroyed()), this, SLOT(modelDestroyed()), Qt::UniqueConnection);
     if (!m_config["show_empty_columns"].toBool()) {
         setFieldNamesVisible(model->getNonNullTableFields());
     }
     resizeColumns();
     horizontalHeader()->setMinimumSectionSize(minimumColumnWidth);
-    connect(model, SIGNAL(layoutChanged()), this, SLOT(resizeColumns()), Qt::UniqueConnection);
+    connect(model, SIGNAL(layoutAboutToBeChanged()), this, SLOT(holdPlace()), Qt::UniqueConnection);
+    connect(model, SIGNAL(layoutChanged()), this, SLOT(keepPlace()), Qt::UniqueConnection);
     connect(model, SIGNAL(modelReset()), this, SLOT(checkSortIndicator()), Qt::UniqueConnection);
 }
 
@@ -236,6 +241,10 @@ void OrvaneTableView::paintEvent(QPaintEvent *event)
     loggingErrors("OrvaneTableView::paintEvent", [this] {
         const QHeaderView &columns = *horizontalHeader();
         const bool noRows = verticalHeader()->count() == 0;
+        if (m_model->isOutdated()) {
+            tellOutdated();
+            return;
+        }
         if (!noRows && columns.hiddenSectionCount() < columns.count()) {
             return;
         }
@@ -245,6 +254,22 @@ void OrvaneTableView::paintEvent(QPaintEvent *event)
         painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
                          noRows ? OvTranslation::tr("No records") : OvTranslation::tr("No column is shown"));
     });
+}
+
+// The rows are there, and blank.
+void OrvaneTableView::tellOutdated()
+{
+    QPainter painter(viewport());
+    const QRect room = viewport()->rect().adjusted(20, 20, -20, -20);
+    const QString text =
+        OvTranslation::tr("Another program has replaced a table since this view was made of it, "
+                          "and its rows stand for nothing any more. Close the view and make it again.");
+    const QRect place =
+        painter.boundingRect(room, Qt::AlignCenter | Qt::TextWordWrap, text).adjusted(-10, -6, 10, 6);
+    painter.fillRect(place, palette().brush(QPalette::ToolTipBase));
+    painter.setPen(palette().color(QPalette::ToolTipText));
+    painter.drawRect(place);
+    painter.drawText(place, Qt::AlignCenter | Qt::TextWordWrap, text);
 }
 
 void OrvaneTableView::scrollToColumn(QString fieldname)

@@ -69,7 +69,7 @@ std::vector<OrvaneTableView::RowRange> OrvaneTableView::rowsBetween(const std::v
 
 void OrvaneTableView::markRows(const std::vector<RowRange> &ranges)
 {
-    if (m_model == nullptr || ranges.empty()) {
+    if (m_model == nullptr || ranges.empty() || !isStillThere()) {
         return;
     }
     const QModelIndex some = m_model->addQdbptrToIndex(m_model->index(ranges.front().first, 1));

@@ -15,6 +15,7 @@
 #include <qdbptr.h>
 
 #include "application.h"
+#include "change_watch.h"
 #include "command_line.h"
 #include "configuration.h"
 #include "map_selection.h"
@@ -58,6 +59,7 @@ MainWindow::MainWindow(Application &application) : m_application(application)
 MainWindow::~MainWindow()
 {
     m_application.problems().remove(m_vanished.values()); // nobody else's concern
+    m_watch.reset();
     delete m_schemaWindow;
     // The view points to the models, so it goes first. Table models outlive their database model, for others
     // who may still show them; here nobody does.
@@ -105,6 +107,7 @@ void MainWindow::showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const 
     connect(m_view, &OrvaneDatabaseView::focusTableChanged, m_menus, &Menus::update);
     connect(m_view, &OrvaneDatabaseView::stackItemChanged, m_menus, &Menus::update);
     m_view->setModel(m_model.get());
+    m_watch = std::make_unique<ChangeWatch>(*m_model, m_application.config(), nullptr);
     m_menus->update();
     updateTitle();
     problemsChanged();
@@ -166,6 +169,15 @@ void MainWindow::closeEvent(QCloseEvent *event)
     }
     m_application.settings().setWindowGeometry(saveGeometry());
     event->accept();
+}
+
+bool MainWindow::event(QEvent *event)
+{
+    // Who comes back from another program wants to see what that has done.
+    if (event->type() == QEvent::WindowActivate && m_watch != nullptr) {
+        m_watch->lookSoon();
+    }
+    return QMainWindow::event(event);
 }
 
 void MainWindow::showMessage(const QString &text)

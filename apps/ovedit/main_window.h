@@ -11,6 +11,7 @@
 #include <QString>
 
 class Application;
+class ChangeWatch;
 class Menus;
 class NoticeBar;
 class OrvaneDatabaseModel;
@@ -79,6 +80,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    bool event(QEvent *event) override;
 
 private slots:
     void updateTitle();
@@ -104,6 +106,7 @@ private:
     OrvaneDatabaseView *m_view = nullptr;
     QPointer<SchemaWindow> m_schemaWindow;
     Menus *m_menus = nullptr;
+    std::unique_ptr<ChangeWatch> m_watch;
 };
 
 #endif

@@ -58,6 +58,10 @@ const Words words[] = {
      OvTranslation::noop("Making a database of %1 was cancelled.")},
     {"dbcrunch", OvTranslation::noop("Taking marked rows out of %1"),
      OvTranslation::noop("Crunching %1 was cancelled.")},
+    {"dbputv", T("Storing a value in %1"), T("Storing the value was given up; %1 is as it was.")},
+    {"dbadd", T("Adding a record to %1"), T("Adding the record was given up; %1 is as it was.")},
+    {"dbaddchk", T("Adding a record to %1"), T("Adding the record was given up; %1 is as it was.")},
+    {"dbmark", T("Marking a record of %1"), T("Marking the record was given up.")},
     {"dbfind", OvTranslation::noop("Searching %1"), OvTranslation::noop("Searching %1 was cancelled.")},
 };
 const Words anyWords = {"", OvTranslation::noop("Working on %1"),
@@ -115,6 +119,7 @@ int OperationProgress::told(double fraction)
     }
     if (m_dialog != nullptr) {
         m_dialog->tell(fraction, elapsed);
+        m_dialog->tellWaiting(QString::fromUtf8(dbprogress_waiting())); // of null, nothing
     }
     handleEvents();
     if (m_dialog != nullptr && m_dialog->isCancelled()) {

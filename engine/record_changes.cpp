@@ -126,13 +126,18 @@ bool convertValue(const RequestCall &call, const QString &field, const QString &
     return false;
 }
 
-// A text with a zero byte in it would reach the library cut short. False, with the error made, when it has
-// one.
+// A text with a zero byte in it would reach the library cut short, and half a character as a question mark.
+// False, with the error made, when it has one.
 bool isWhole(const RequestCall &call, const QString &text)
 {
-    if (!text.contains(QChar(0)))
+    const bool hasZero = text.contains(QChar(0));
+    if (!hasZero && text.isValidUtf16())
         return true;
-    elog_log("a text with a zero byte in it can't be stored; take the byte out");
+    if (hasZero)
+        elog_log("a text with a zero byte in it can't be stored; take the byte out");
+    else
+        elog_log("a text with half a character in it can't be stored: '%s'; take the half out",
+                 text.toUtf8().constData());
     call.fail(QLatin1String(call.row.failure), LibraryLog::With);
     return false;
 }

@@ -60,11 +60,14 @@ OrvaneTableModel::OrvaneTableModel(OrvaneDatabaseModel *parent, QDbptr *handle, 
     if (parent)
         connect(parent, SIGNAL(tableChanged(OrvaneTableModel *)), this,
                 SLOT(announceChanged(OrvaneTableModel *)));
+    if (parent)
+        connect(parent, SIGNAL(databaseChecked()), this, SLOT(catchUp()));
     if (handle) {
         handle->setParent(this);
         connect(handle, SIGNAL(invalidated()), this, SIGNAL(modelReset()));
     }
     d->rows = d->askRowCount();
+    d->takeState();
 }
 
 OrvaneTableModel::~OrvaneTableModel()
@@ -82,25 +85,6 @@ OrvaneTableModel::~OrvaneTableModel()
     } catch (...) {
         // What listeners throw must not leave a destructor.
     }
-}
-
-void OrvaneTableModel::announceChanged(OrvaneTableModel *dtm)
-{
-    if (dtm != this)
-        return;
-    if (d->sorting)
-        d->resetAfterSorting = true;
-    else
-        emit modelReset();
-}
-
-void OrvaneTableModel::startOver()
-{
-    d->resetAfterSorting = false;
-    beginResetModel();
-    d->forgetTable();
-    d->rows = d->askRowCount();
-    endResetModel();
 }
 
 void OrvaneTableModel::dropSettings()
@@ -238,7 +222,7 @@ int OrvaneTableModel::rowCount(const QModelIndex &parent) const
     if (!isSignalConnected(inserted))
         return d->rows = d->askRowCount();
     if (!d->rowsAnnouncementQueued && std::chrono::steady_clock::now() - d->rowsAskedAt > rowCountInterval &&
-        d->askRowCount() != d->rows) {
+        (d->askRowCount() != d->rows || !isCurrent())) {
         d->rowsAnnouncementQueued = true;
         QMetaObject::invokeMethod(const_cast<OrvaneTableModel *>(this), "announceRowCount",
                                   Qt::QueuedConnection);
@@ -253,7 +237,7 @@ void OrvaneTableModel::announceRowCount()
         return;
     const int known = d->rows;
     const int rows = d->askRowCount();
-    if (rows < known) {
+    if (rows < known || !isCurrent()) {
         emit modelReset();
     } else if (rows > known) {
         if (known < sampledRecords)

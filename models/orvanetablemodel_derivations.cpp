@@ -1,7 +1,5 @@
 // Views made of a table by way of its database model, and the sorted view shown in its place.
 
-#include <QScopedValueRollback>
-#include <algorithm>
 #include <stdexcept>
 
 #include "answered.h"
@@ -107,6 +105,7 @@ void OrvaneTableModel::facadeDestroyed()
 {
     // Somebody deleted the view; its rows went with it.
     d->show(d->own);
+    d->ownState = QDbptr::TableState();
     emit modelReset();
 }
 
@@ -117,67 +116,4 @@ QVector<qint64> OrvaneTableModel::Private::sameRows(QDbptr *from, QDbptr *to, co
     // Records that are gone are nowhere, which is no problem.
     return answeredOrNone(QVector<qint64>(rows.size(), -1),
                           [&] { return from->findRows(to->getTableName(), rows); });
-}
-
-namespace {
-
-// The rows of indexes, each once and in order.
-QVector<qint64> rowsOf(const QModelIndexList &indexes)
-{
-    QVector<qint64> rows;
-    rows.reserve(indexes.size());
-    for (const QModelIndex &index : indexes)
-        rows.append(index.row());
-    std::sort(rows.begin(), rows.end());
-    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-    return rows;
-}
-
-} // namespace
-
-QVector<qint64> OrvaneTableModel::showOrder(const QString &key, bool reverse, QVector<qint64> rows)
-{
-    if (!rows.isEmpty())
-        rows = d->sameRows(d->display, d->own, rows);
-    d->dropFacade(this);
-    // Without a view there is the own order.
-    d->facade = answered<OrvaneTableModel *>(nullptr, [&] {
-        return d->database("sort").getSort(getTableName(), {key}, reverse, false, QString(), this);
-    });
-    if (d->facade) {
-        d->show(d->facade->getQDbptr());
-        connect(d->facade, SIGNAL(destroyed()), this, SLOT(facadeDestroyed()));
-        if (!rows.isEmpty())
-            rows = d->sameRows(d->own, d->display, rows);
-    }
-    return rows;
-}
-
-void OrvaneTableModel::sort(int column, Qt::SortOrder order)
-{
-    if (d->sorting) // from within the sort's own progress
-        return;
-    emit layoutAboutToBeChanged({}, VerticalSortHint);
-    const QString key = d->sortKey(column);
-    if (!key.isEmpty()) {
-        const QScopedValueRollback<bool> sorting(d->sorting, true);
-        const QModelIndexList before = persistentIndexList();
-        const QVector<qint64> rows = rowsOf(before);
-        const QVector<qint64> rowsNow = showOrder(key, order == Qt::DescendingOrder, rows);
-        const int rowsKnown = rowCount();
-        QModelIndexList now;
-        now.reserve(before.size());
-        for (const QModelIndex &index : before) {
-            const auto place = std::lower_bound(rows.begin(), rows.end(), index.row()) - rows.begin();
-            const qint64 row = rowsNow.at(static_cast<int>(place));
-            now.append(row >= 0 && row < rowsKnown ? createIndex(static_cast<int>(row), index.column())
-                                                   : QModelIndex());
-        }
-        changePersistentIndexList(before, now);
-    }
-    emit layoutChanged({}, VerticalSortHint);
-    if (d->resetAfterSorting)
-        emit modelReset();
-    else if (!key.isEmpty())
-        announceRowCount();
 }

@@ -117,17 +117,30 @@ bool OrvaneTableModel::setData(const QModelIndex &index, const QVariant &value, 
         return true;
     d->editError.clear();
     const std::optional<Dbptr> place = d->place(index.column(), index.row());
-    if (!place)
+    if (!place) {
+        d->editError = OvTranslation::tr("the table is not there any more");
         return false;
+    }
+    if (index.row() >= 0 && !isCurrent()) {
+        // The row may have another record by now than the one that the user looks at.
+        d->editError = OvTranslation::tr("another program replaced the table since it was shown, and it is "
+                                         "read anew. Look whether this is "
+                                         "still the record that you mean, and store the value again");
+        queueRefresh({});
+        return false;
+    }
     try {
         // A handle of its own: those of indexes may have listeners who reset the model.
         QDbptr cell(d->display->getConnection(), *place);
         cell.dbPutv(d->column(index.column())->name, value);
     } catch (const std::exception &error) {
         d->editError = reasonOf(QString::fromUtf8(error.what()));
+        if (index.row() >= 0 && !isCurrent())
+            queueRefresh({});
         return false;
     }
     emit dataChanged(index, index);
+    letOthersShowChange();
     return true;
 }
 
@@ -174,4 +187,5 @@ void OrvaneTableModel::crunch()
     if (d->display != d->own && tableIsView())
         d->display->dbCrunch();
     emit modelReset();
+    letOthersCatchUp();
 }

@@ -9,6 +9,7 @@
 #include "cell_reader.h"
 #include "display_settings.h"
 #include "handle_pool.h"
+#include "noted_records.h"
 #include "orvanedatabasemodel.h"
 #include "orvanetablemodel.h"
 #include "table_columns.h"
@@ -30,6 +31,23 @@ struct OrvaneTableModel::Private {
     CellReader reader;
     HandlePool handles{16384};
 
+    // The table as it was when it was last looked at.
+    QDbptr::TableState ownState;
+    QDbptr::TableState displayState;
+    int ownRows = 0;                         // of the table, while a sorted view is shown in its place
+    QHash<const void *, NotedRecords> noted; // by who wants to know
+    bool outdated = false;
+    QVector<int> keyColumns; // by which records are told apart
+    QStringList members;     // the names of the tables that the records come from
+    bool told = false;       // of a change, by the look that goes on
+
+    QString orderKey; // of the sorted view
+    bool orderReversed = false;
+    std::chrono::steady_clock::time_point sortEnded{};
+    std::chrono::steady_clock::duration sortTook{};
+    bool refreshQueued = false;
+    bool refreshing = false;
+
     bool sorting = false; // the row count and the records of rows change only when it is done
     bool resetAfterSorting = false;
     QString editError; // why setData() answered false last; empty where it did not
@@ -48,6 +66,14 @@ struct OrvaneTableModel::Private {
     const TableColumn *column(int number);
 
     int askRowCount();
+
+    void takeState();
+    bool followMoves(QVector<qint64> &places);
+    QString tellingExpression(int row);
+    void findNoted(const QVector<qint64> &before, QVector<qint64> &places);
+    bool mayResort() const;
+    const QStringList &memberTables();
+    bool sharesRecordsWith(Private &other);
 
     // Drops everything that was learned from the display table.
     void forgetTable();
@@ -79,6 +105,17 @@ struct OrvaneTableModel::Private {
 
     QVariant columnHeader(int section, int role, const OrvaneTableModel &model);
     QVariant rowHeader(int section, int role, const OrvaneTableModel &model);
+};
+
+// Moves the persistent indexes of a model to where their records are.
+struct OrvaneTableModel::Rearranging {
+    explicit Rearranging(OrvaneTableModel &arranged);
+    void apply(int rowCount); // indexes without a place among so many rows end
+
+    OrvaneTableModel &model;
+    const QModelIndexList before;
+    const QVector<qint64> rows; // of the indexes, each once and in order
+    QVector<qint64> places;     // of the records of these rows; -1: nowhere
 };
 
 #endif

@@ -4,16 +4,21 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScopedValueRollback>
+#include <QTimer>
 #include <QToolTip>
 
+#include <orvane/db.h>
 #include <orvane/tr.h>
 #include <orvanetablemodel.h>
+#include <qovutil.h>
 
 #include "slot_guard.h"
 
 namespace {
 
 constexpr const char *placeOfEditor = "orvane_index"; // property: the index that an editor is for
+constexpr const char *storedText = "orvane_stored";   // property: what its cell showed last
 
 // Keys by which an editor is left with its value stored.
 bool storesValue(const QEvent &event)
@@ -49,12 +54,20 @@ QWidget *CellDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem 
     return editor;
 }
 
+// Called anew when the table changes while one types: what is typed stays, and what is stored is told.
 void CellDelegate::setEditorData(QWidget *editor, const QModelIndex &index) const
 {
     auto &line = static_cast<QLineEdit &>(*editor);
-    if (!line.isModified()) { // a table that changes while one types keeps what is typed
-        line.setText(index.data(Qt::DisplayRole).toString());
+    const QString stored = index.data(Qt::DisplayRole).toString();
+    if (!line.isModified()) {
+        line.setText(stored);
+    } else if (!m_storing && stored != editor->property(storedText).toString()) {
+        tell(editor,
+             OvTranslation::tr("Changed meanwhile: '%1' is stored now. Enter replaces it by what you typed, "
+                               "Escape leaves it.")
+                 .arg(stored));
     }
+    editor->setProperty(storedText, stored);
 }
 
 bool CellDelegate::store(QWidget *editor) const
@@ -64,6 +77,10 @@ bool CellDelegate::store(QWidget *editor) const
         auto &line = static_cast<QLineEdit &>(*editor);
         const QModelIndex index = editor->property(placeOfEditor).value<QPersistentModelIndex>();
         auto *model = qobject_cast<OrvaneTableModel *>(m_view->model());
+        if (!index.isValid() && model != nullptr && line.isModified()) {
+            stored = false; // destroyEditor() tells
+            return;
+        }
         if (!index.isValid() || model == nullptr || line.text() == index.data(Qt::DisplayRole).toString()) {
             return;
         }
@@ -71,7 +88,10 @@ bool CellDelegate::store(QWidget *editor) const
             stored = false; // told already
             return;
         }
-        stored = model->setData(index, line.text(), Qt::EditRole);
+        {
+            const QScopedValueRollback<bool> storing(m_storing, true);
+            stored = model->setData(index, line.text(), Qt::EditRole);
+        }
         if (stored) {
             line.setText(index.data(Qt::DisplayRole).toString()); // closing the editor stores nothing more
         } else {
@@ -91,12 +111,27 @@ void CellDelegate::setModelData(QWidget *editor, QAbstractItemModel *, const QMo
 void CellDelegate::destroyEditor(QWidget *editor, const QModelIndex &index) const
 {
     hideRefusal();
+    const auto &line = static_cast<QLineEdit &>(*editor);
+    if (!index.isValid() && line.isModified() &&
+        qobject_cast<OrvaneTableModel *>(m_view->model()) != nullptr) {
+        const QString text =
+            OvTranslation::tr(
+                "The record that was being changed is gone: another program removed it or replaced "
+                "the table. Not stored was what had been typed:") +
+            "\n\n" + line.text();
+        // Not from within the change that is being told.
+        QTimer::singleShot(0, m_view, [text] { qovutil_showError(text, nullptr); });
+    }
     QStyledItemDelegate::destroyEditor(editor, index);
 }
 
 bool CellDelegate::eventFilter(QObject *watched, QEvent *event)
 {
     auto *editor = qobject_cast<QLineEdit *>(watched);
+    // What takes long shows a window of its own, which takes the keyboard: the editor is not left by that.
+    if (event->type() == QEvent::FocusOut && (m_storing || dbprogress_operation() != nullptr)) {
+        return false;
+    }
     if (editor != nullptr && storesValue(*event) && !store(editor)) {
         return event->type() == QEvent::KeyPress; // the editor goes on, where it is left it stays open
     }
@@ -104,6 +139,11 @@ bool CellDelegate::eventFilter(QObject *watched, QEvent *event)
 }
 
 void CellDelegate::tellRefusal(QWidget *editor, const QString &reason) const
+{
+    tell(editor, OvTranslation::tr("Not stored: %1").arg(reason));
+}
+
+void CellDelegate::tell(QWidget *editor, const QString &text) const
 {
     if (m_refusal.isNull()) {
         m_refusal = new QLabel(m_view->viewport());
@@ -119,7 +159,7 @@ void CellDelegate::tellRefusal(QWidget *editor, const QString &reason) const
     }
     const QRect cell = editor->geometry();
     const QRect room = m_view->viewport()->rect();
-    m_refusal->setText(OvTranslation::tr("Not stored: %1").arg(reason));
+    m_refusal->setText(text);
     m_refusal->setMaximumWidth(room.width());
     m_refusal->adjustSize();
     // Below the cell, or above it where there is no room below.

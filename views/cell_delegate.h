@@ -10,7 +10,8 @@ class QAbstractItemView;
 class QLabel;
 
 // A value that the model refuses keeps its editor, with what was typed, and the reason stands beside the cell
-// until something else is typed or the editing is given up with Escape.
+// until something else is typed or the editing is given up with Escape. What others change in the cell
+// meanwhile is told there, too.
 class CellDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
@@ -30,11 +31,13 @@ protected:
 private:
     bool store(QWidget *editor) const;
     void tellRefusal(QWidget *editor, const QString &reason) const;
+    void tell(QWidget *editor, const QString &text) const;
     void hideRefusal() const;
 
     QAbstractItemView *m_view;
     mutable QPointer<QLabel> m_refusal; // beside the cell; a child of the view's viewport
-    mutable QString m_refusedText;      // what it tells of, so that it is not tried again as it is
+    mutable bool m_storing = false;
+    mutable QString m_refusedText; // what it tells of, so that it is not tried again as it is
 };
 
 #endif

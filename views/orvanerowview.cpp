@@ -93,7 +93,12 @@ OrvaneRowView::OrvaneRowView(OvConfig &config, QMainWindow *mainWindow)
     buildForm();
 }
 
-OrvaneRowView::~OrvaneRowView() = default;
+OrvaneRowView::~OrvaneRowView()
+{
+    if (modelIsAlive()) {
+        m_liveModel->noteRows(this, {});
+    }
+}
 
 void OrvaneRowView::buildForm()
 {
@@ -109,6 +114,11 @@ void OrvaneRowView::buildForm()
     auto *lines = new QVBoxLayout(this);
     lines->setContentsMargins(formMargin, formMargin, formMargin, formMargin);
     lines->addWidget(buildRowLine());
+    m_gone = new QLabel;
+    m_gone->setObjectName("recordGone");
+    m_gone->setWordWrap(true);
+    m_gone->hide();
+    lines->addWidget(m_gone);
     lines->addWidget(new FittingScrollArea(m_fieldArea), 1);
     lines->addWidget(buildButtons());
     lines->addWidget(buildSwitches());
@@ -220,7 +230,9 @@ void OrvaneRowView::setModel(OrvaneTableModel *model, int row)
 {
     if (modelIsAlive()) {
         m_liveModel->disconnect(this);
+        m_liveModel->noteRows(this, {});
     }
+    m_record = QPersistentModelIndex();
     m_model = model;
     m_liveModel = model;
     if (model == nullptr) {
@@ -247,6 +259,10 @@ void OrvaneRowView::setModel(OrvaneTableModel *model, int row)
         }
         connect(m_model, SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)), this,
                 SLOT(updateRowView()));
+        // Before the fields are told that cells changed.
+        connect(m_model, SIGNAL(layoutChanged()), this, SLOT(followRecord()));
+        connect(m_model, SIGNAL(rowsInserted(QModelIndex, int, int)), this, SLOT(followRecord()));
+        connect(m_model, SIGNAL(rowsRemoved(QModelIndex, int, int)), this, SLOT(followRecord()));
     });
 }
 
@@ -304,11 +320,55 @@ void OrvaneRowView::showRow(int row)
             editor->setReadOnly(m_row == dbNULL);
         }
     }
+    m_gone->hide();
+    noteRecord();
     setHeaderLabel();
-    m_previous->setEnabled(m_row > 0);
-    m_next->setEnabled(m_row < count - 1);
+    updateSteps();
     setRowEntry();
     updateControlButtons();
+}
+
+void OrvaneRowView::updateSteps()
+{
+    m_previous->setEnabled(m_row > 0);
+    m_next->setEnabled(m_row < m_model->rowCount() - 1);
+}
+
+void OrvaneRowView::noteRecord()
+{
+    m_record = m_row >= 0 ? QPersistentModelIndex(m_model->index(m_row, 0)) : QPersistentModelIndex();
+    m_model->noteRows(this, m_row >= 0 ? QVector<int>{m_row} : QVector<int>());
+}
+
+void OrvaneRowView::followRecord()
+{
+    loggingErrors("OrvaneRowView::followRecord", [this] {
+        if (!modelIsAlive()) {
+            return;
+        }
+        if (m_row >= 0 && !m_record.isValid()) {
+            for (QFieldEdit *editor : qAsConst(m_editors)) {
+                editor->giveUp(OvTranslation::tr("the record is gone"));
+            }
+            const int gone = m_row;
+            m_row = std::min(m_row, m_model->rowCount() - 1);
+            m_gone->setText(
+                OvTranslation::tr("Another program removed the record of row %1 or replaced the table.")
+                    .arg(gone));
+            m_gone->show();
+            noteRecord();
+        } else if (m_row >= 0) {
+            m_row = m_record.row();
+        }
+        for (QFieldEdit *editor : qAsConst(m_editors)) {
+            editor->followTo(m_row);
+        }
+        setHeaderLabel();
+        updateSteps();
+        if (!m_rowEntry->isModified()) {
+            setRowEntry();
+        }
+    });
 }
 
 // The null record comes before the scratch record, and that before row 0.

@@ -133,7 +133,10 @@ void OrvaneTableView::setModel(OrvaneTableModel *model)
 {
     if (m_model != nullptr && m_model != model) {
         disconnect(m_model, nullptr, this, SLOT(modelDestroyed()));
-        disconnect(m_model, nullptr, this, SLOT(resizeColumns()));
+        disconnect(m_model, nullptr, this, SLOT(holdPlace()));
+        disconnect(m_model, nullptr, this, SLOT(keepPlace()));
+        disconnect(m_model, &QAbstractItemModel::modelReset, this, nullptr);
+        m_model->noteRows(this, {});
         disconnect(m_model, nullptr, this, SLOT(checkSortIndicator()));
     }
     m_model = model;
@@ -142,13 +145,15 @@ void OrvaneTableView::setModel(OrvaneTableModel *model)
     }
     startWithoutOrder();
     QTableView::setModel(model);
+    hearInheritedReset();
     connect(model, SIGNAL(destroyed()), this, SLOT(modelDestroyed()), Qt::UniqueConnection);
     if (!m_config["show_empty_columns"].toBool()) {
         setFieldNamesVisible(model->getNonNullTableFields());
     }
     resizeColumns();
     horizontalHeader()->setMinimumSectionSize(minimumColumnWidth);
-    connect(model, SIGNAL(layoutChanged()), this, SLOT(resizeColumns()), Qt::UniqueConnection);
+    connect(model, SIGNAL(layoutAboutToBeChanged()), this, SLOT(holdPlace()), Qt::UniqueConnection);
+    connect(model, SIGNAL(layoutChanged()), this, SLOT(keepPlace()), Qt::UniqueConnection);
     connect(model, SIGNAL(modelReset()), this, SLOT(checkSortIndicator()), Qt::UniqueConnection);
 }
 

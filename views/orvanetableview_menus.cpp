@@ -155,6 +155,8 @@ void OrvaneTableView::showRowContextMenu(QPoint pos)
         if (record == nullptr) {
             return;
         }
+        // The table may change while the menu is open.
+        const QPersistentModelIndex place = cell;
         const QString number = QString::number(record->getIndexRecord());
         const bool isView = record->tableIsView();
         std::vector<MenuEntry> entries = {
@@ -166,8 +168,8 @@ void OrvaneTableView::showRowContextMenu(QPoint pos)
             entries.push_back({OvTranslation::tr("Show Row %1").arg(number)});
         }
         const int entry = chooseFrom(entries, "rowMenu", "showRowContextMenu", this, mapToGlobal(pos));
-        if (entry >= 0 && m_model != nullptr) {
-            runRowCommand(entry, m_model->addQdbptrToIndex(m_model->index(row, 1)));
+        if (entry >= 0 && isStillThere() && place.isValid()) {
+            runRowCommand(entry, m_model->addQdbptrToIndex(m_model->index(place.row(), 1)));
         }
     });
 }

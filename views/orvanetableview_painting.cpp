@@ -43,6 +43,10 @@ void OrvaneTableView::paintEvent(QPaintEvent *event)
 
 void OrvaneTableView::paintWhatIsMissing()
 {
+    if (m_model->isOutdated()) {
+        tellOutdated();
+        return;
+    }
     const QHeaderView &columns = *horizontalHeader();
     const bool noRows = verticalHeader()->count() == 0;
     if (!noRows && columns.hiddenSectionCount() < columns.count()) {
@@ -53,6 +57,22 @@ void OrvaneTableView::paintWhatIsMissing()
     painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
     painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
                      noRows ? OvTranslation::tr("No records") : OvTranslation::tr("No column is shown"));
+}
+
+// The rows are there, and blank.
+void OrvaneTableView::tellOutdated()
+{
+    QPainter painter(viewport());
+    const QRect room = viewport()->rect().adjusted(20, 20, -20, -20);
+    const QString text =
+        OvTranslation::tr("Another program has replaced a table since this view was made of it, "
+                          "and its rows stand for nothing any more. Close the view and make it again.");
+    const QRect place =
+        painter.boundingRect(room, Qt::AlignCenter | Qt::TextWordWrap, text).adjusted(-10, -6, 10, 6);
+    painter.fillRect(place, palette().brush(QPalette::ToolTipBase));
+    painter.setPen(palette().color(QPalette::ToolTipText));
+    painter.drawRect(place);
+    painter.drawText(place, Qt::AlignCenter | Qt::TextWordWrap, text);
 }
 
 void OrvaneTableView::paintPage(const QRegion &region)

@@ -70,7 +70,7 @@ std::vector<OrvaneTableView::RowRange> OrvaneTableView::rowsBetween(const std::v
 
 void OrvaneTableView::markRows(const std::vector<RowRange> &ranges)
 {
-    if (m_model == nullptr || ranges.empty()) {
+    if (m_model == nullptr || ranges.empty() || !isStillThere()) {
         return;
     }
     OrvaneTableModel::RowRanges rows;

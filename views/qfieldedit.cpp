@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QToolTip>
 
 #include <orvane/db.h>
@@ -117,6 +118,24 @@ void QFieldEdit::setRow(int row)
     updateCell();
 }
 
+void QFieldEdit::followTo(int row)
+{
+    m_row = row;
+}
+
+void QFieldEdit::giveUp(const QString &reason)
+{
+    if (isBeingTyped()) {
+        showRefusal(m_editor->text(), reason);
+        m_editor->setModified(false);
+    }
+}
+
+bool QFieldEdit::isBeingTyped() const
+{
+    return m_editor->isModified() && m_editor->hasFocus();
+}
+
 void QFieldEdit::setReadOnly(bool readOnly)
 {
     m_editor->setReadOnly(readOnly);
@@ -155,7 +174,17 @@ void QFieldEdit::updateCell()
             return;
         }
         const QModelIndex cell = m_model->indexForCell(m_row, m_fieldName);
-        setValue(m_model->data(cell, Qt::DisplayRole).toString());
+        const QString stored = m_model->data(cell, Qt::DisplayRole).toString();
+        const bool isToldByModel = sender() != nullptr && sender() == m_model;
+        if (isToldByModel && isBeingTyped()) {
+            if (stored != m_stored && !m_applying) {
+                showChange(stored);
+            }
+            m_stored = stored;
+            return;
+        }
+        m_stored = stored;
+        setValue(stored);
         setValueBackgroundColor(m_model->data(cell, Qt::BackgroundRole).value<QBrush>());
     });
 }
@@ -163,9 +192,11 @@ void QFieldEdit::updateCell()
 void QFieldEdit::applyEdit()
 {
     showingErrors([this] {
-        if (m_model == nullptr) {
+        // Waiting for a lock may show a window, which takes the keyboard.
+        if (m_model == nullptr || m_applying) {
             return;
         }
+        const QScopedValueRollback<bool> applying(m_applying, true);
         if (m_config["allow_edits"].toBool()) {
             const QModelIndex cell = m_model->indexForCell(m_row, m_fieldName);
             const QString typed = m_editor->text();
@@ -179,6 +210,15 @@ void QFieldEdit::applyEdit()
         }
         updateCell();
     });
+}
+
+// What is typed stays in the editor.
+void QFieldEdit::showChange(const QString &stored)
+{
+    m_refusal->setText(
+        OvTranslation::tr("Changed meanwhile: '%1' is stored now. Enter replaces it by what you typed.")
+            .arg(stored.toHtmlEscaped()));
+    m_refusal->show();
 }
 
 void QFieldEdit::showRefusal(const QString &typed, const QString &reason)

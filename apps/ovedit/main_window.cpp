@@ -18,6 +18,7 @@
 #include <qovutil.h>
 
 #include "application.h"
+#include "change_watch.h"
 #include "command_line.h"
 #include "configuration.h"
 #include "editing_sign.h"
@@ -66,6 +67,7 @@ MainWindow::MainWindow(Application &application) : m_application(application)
 MainWindow::~MainWindow()
 {
     m_application.problems().remove(m_vanished.values()); // nobody else's concern
+    m_watch.reset();
     delete m_schemaWindow;
     // The view points to the models, so it goes first. Table models outlive their database model, for others
     // who may still show them; here nobody does.
@@ -116,6 +118,7 @@ void MainWindow::showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const 
     connect(m_view, &OrvaneDatabaseView::stackItemChanged, this, &MainWindow::menusChanged);
     m_view->setModel(m_model.get());
     startHistory();
+    m_watch = std::make_unique<ChangeWatch>(*m_model, m_application.config(), nullptr);
     menusChanged();
     updateTitle();
     problemsChanged();
@@ -208,6 +211,15 @@ void MainWindow::closeEvent(QCloseEvent *event)
     }
     m_application.settings().setWindowGeometry(saveGeometry());
     event->accept();
+}
+
+bool MainWindow::event(QEvent *event)
+{
+    // Who comes back from another program wants to see what that has done.
+    if (event->type() == QEvent::WindowActivate && m_watch != nullptr) {
+        m_watch->lookSoon();
+    }
+    return QMainWindow::event(event);
 }
 
 void MainWindow::showMessage(const QString &text)

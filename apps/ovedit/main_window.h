@@ -11,6 +11,7 @@
 #include <QString>
 
 class Application;
+class ChangeWatch;
 class EditingSign;
 class Menus;
 class NoticeBar;
@@ -84,6 +85,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    bool event(QEvent *event) override;
 
 private slots:
     void updateTitle();
@@ -114,6 +116,7 @@ private:
     Menus *m_menus = nullptr;
     UndoHistory *m_history = nullptr;
     EditingSign *m_editing = nullptr;
+    std::unique_ptr<ChangeWatch> m_watch;
 };
 
 #endif

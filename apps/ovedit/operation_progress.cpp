@@ -62,6 +62,10 @@ const Words words[] = {
     {"dbmark_rows", OvTranslation::noop("Marking rows of %1"), ""},
     {"dbtake_back", OvTranslation::noop("Undoing the change of %1"), ""},
     {"dbdo_again", OvTranslation::noop("Changing %1 again"), ""},
+    {"dbputv", OvTranslation::noop("Storing a value in %1"), OvTranslation::noop("Storing the value was given up; %1 is as it was.")},
+    {"dbadd", OvTranslation::noop("Adding a record to %1"), OvTranslation::noop("Adding the record was given up; %1 is as it was.")},
+    {"dbaddchk", OvTranslation::noop("Adding a record to %1"), OvTranslation::noop("Adding the record was given up; %1 is as it was.")},
+    {"dbmark", OvTranslation::noop("Marking a record of %1"), OvTranslation::noop("Marking the record was given up.")},
     {"dbfind", OvTranslation::noop("Searching %1"), OvTranslation::noop("Searching %1 was cancelled.")},
 };
 const Words anyWords = {"", OvTranslation::noop("Working on %1"),
@@ -119,6 +123,7 @@ int OperationProgress::told(double fraction)
     }
     if (m_dialog != nullptr) {
         m_dialog->tell(fraction, elapsed);
+        m_dialog->tellWaiting(QString::fromUtf8(dbprogress_waiting())); // of null, nothing
     }
     handleEvents();
     if (m_dialog != nullptr && m_dialog->isCancelled()) {

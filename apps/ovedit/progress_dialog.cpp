@@ -15,7 +15,7 @@ constexpr int narrowest = 420; // pixels
 
 ProgressDialog::ProgressDialog(const QString &what, QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
-      m_what(new QLabel(what)), m_fraction(new QProgressBar), m_timeLeft(new QLabel)
+      m_running(what), m_what(new QLabel(what)), m_fraction(new QProgressBar), m_timeLeft(new QLabel)
 {
     setWindowModality(Qt::ApplicationModal);
     setWindowTitle(tr("Working"));
@@ -54,6 +54,20 @@ void ProgressDialog::tell(double fraction, qint64 elapsedMilliseconds)
     m_fraction->setValue(static_cast<int>(qMax(0.0, fraction - *m_begin) / (1 - *m_begin) * barSteps));
     m_left.note(fraction, elapsedMilliseconds);
     m_timeLeft->setText(m_left.text());
+}
+
+void ProgressDialog::tellWaiting(const QString &sentence)
+{
+    const QString wanted = sentence.isEmpty() ? m_running : m_running + "\n\n" + sentence;
+    if (wanted != m_what->text()) {
+        m_what->setText(wanted);
+        m_fraction->setRange(0, sentence.isEmpty() ? barSteps
+                                                   : 0); // the bar runs to and fro: nobody knows how long
+        adjustSize();
+    }
+    if (!sentence.isEmpty()) {
+        m_timeLeft->clear();
+    }
 }
 
 void ProgressDialog::reject()

@@ -25,6 +25,9 @@ public:
     // The bar begins where the operation is at the first call: what it did before took no time to speak of.
     void tell(double fraction, qint64 elapsedMilliseconds);
 
+    // Says what the operation waits for; an empty text: it goes on.
+    void tellWaiting(const QString &sentence);
+
     bool isCancelled() const { return m_cancelled; }
 
 public slots:
@@ -32,6 +35,7 @@ public slots:
     void reject() override;
 
 private:
+    const QString m_running;
     QLabel *m_what;
     QProgressBar *m_fraction;
     QLabel *m_timeLeft;

@@ -143,6 +143,7 @@ private slots:
     void dropSettings();
 
 private:
+    friend class OrvaneTableModel; // which tells its neighbours of its changes
     struct Private;
     std::unique_ptr<Private> d;
     static QMap<QString, OrvaneDatabaseModel *> s_openDatabases;

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include <chrono>
 #include <memory>
 
 #include <orvane/db.h>
@@ -85,7 +86,7 @@ public:
     // The records of the table that is shown. While nobody listens for inserted rows the database is asked
     // each time; otherwise the answer is the count that listeners know, the database is asked at most every
     // 100 ms, and a difference is announced from the event loop: rowsInserted() when the table grew,
-    // modelReset() when it shrank.
+    // modelReset() when it shrank or another program put another file in its place.
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     int columnCount(const QModelIndex &parent = QModelIndex()) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
@@ -118,6 +119,23 @@ public:
                                   const QString &viewName);
     OrvaneTableModel *sever(const QString &table, const QString &viewName);
     OrvaneTableModel *separate(const QString &table, const QString &viewName);
+
+    // Whether rows still stand for the records that they stood for when the model was last reset; false when
+    // another program has put another file in the table's place since. Looks at the file.
+    bool isCurrent() const;
+
+    // Whether a change of layout that is announced is one that nobody asked for: a sorted table that changed
+    // is sorted anew, a crunched one has other rows.
+    bool isRefreshing() const;
+
+    // Whether this is a view over a table that another program has replaced since: its rows stand for nothing
+    // any more, and it is to be made again.
+    bool isOutdated() const;
+
+    // Notes for somebody which records stand in these rows (those selected, say). Persistent indexes on them
+    // follow their records when another program puts another file in the place of the table; those on other
+    // rows end then. Beyond 50 none are noted; no rows end the notes.
+    void noteRows(const void *somebody, const QVector<int> &rows);
 
     // Stores a value, given as its text, in the record shown there ("NULL" stands for the null value), and
     // answers whether it is stored; editError() says why not. Whether editing is allowed is not looked at:
@@ -164,8 +182,10 @@ public:
 
 signals:
     // The model's own, beside the inherited one of the same name. Emitting it (also by connecting another
-    // signal to it) resets the model: what it kept is asked anew, and the inherited signals are emitted
-    // before any other listener hears of it.
+    // signal to it) takes in what changed in the table, before any other listener hears of it: what the model
+    // kept is asked anew, and the inherited signals tell which rows came, went or moved and that cells
+    // changed, so that selections and other persistent indexes stay with their records. The inherited reset
+    // is kept for the end of what is shown.
     void modelReset();
 
 public slots:
@@ -177,13 +197,29 @@ private slots:
     void dropSettings();
     void announceRowCount();
     void facadeDestroyed();
+    void catchUp();
 
 private:
     // Shows the table in the order of a key. Answers where the records of `rows` are then; -1 for those that
     // are not found.
     QVector<qint64> showOrder(const QString &key, bool reverse, QVector<qint64> rows);
 
+    // Takes in what changed; false where nothing of what is shown holds any more.
+    bool refresh();
+    void rearrange(bool displayMoved, bool resort);
+    void setRows(int rows);
+    void queueRefresh(std::chrono::steady_clock::duration delay);
+    void noteAgain();
+    void tellCellsChanged();
+
+    // For the other models of the database that show records of this table.
+    template <class Visit>
+    void forOthers(Visit visit);
+    void letOthersCatchUp();
+    void letOthersShowChange();
+
     struct Private;
+    struct Rearranging;
     std::unique_ptr<Private> d;
 };
 

@@ -298,7 +298,7 @@ TEST_F(Facade, PutsOffTheResetOfATableThatChangesWhileItIsMade)
     QStringList told;
     const QObject listener; // ends before what it writes to
     QObject::connect(&origin, &QAbstractItemModel::layoutChanged, &listener, [&] { told.append("changed"); });
-    QObject::connect(&origin, &QAbstractItemModel::modelReset, &listener, [&] { told.append("reset"); });
+    QObject::connect(&origin, &OrvaneTableModel::modelReset, &listener, [&] { told.append("reset"); });
     beforeSort = [&] {
         origin.announceChanged(&origin);
         return true;

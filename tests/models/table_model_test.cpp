@@ -243,27 +243,28 @@ TEST_F(TableModel, HandlesOfIndexesOutliveTheDatabaseAndAreInvalid)
     EXPECT_THROW(cell->getFieldName(), std::runtime_error);
 }
 
-TEST_F(TableModel, EmitsBothResetSignalsWhenItIsNamedAsChanged)
+TEST_F(TableModel, EmitsItsResetWhenItIsNamedAsChanged)
 {
     QSignalSpy own(&site, SIGNAL(modelReset()));
     QSignalSpy inherited(&site, &QAbstractItemModel::modelReset);
     QSignalSpy before(&site, SIGNAL(modelAboutToBeReset()));
+    QSignalSpy cells(&site, SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
     site.announceChanged(sites.table("origin"));
     site.announceChanged(nullptr);
-    EXPECT_EQ(own.count() + inherited.count() + before.count(), 0);
+    EXPECT_EQ(own.count() + inherited.count() + before.count() + cells.count(), 0);
     site.announceChanged(&site);
     EXPECT_EQ(own.count(), 1);
-    EXPECT_EQ(inherited.count(), 1);
-    EXPECT_EQ(before.count(), 1);
+    EXPECT_EQ(cells.count(), 1);
+    EXPECT_EQ(inherited.count() + before.count(), 0) << "what is shown has not ended";
 }
 
-TEST_F(TableModel, ResetsWhenAHandleSaysThatDataChanged)
+TEST_F(TableModel, TakesTheChangeInWhenAHandleSaysThatDataChanged)
 {
-    QSignalSpy inherited(&site, &QAbstractItemModel::modelReset);
+    QSignalSpy cells(&site, SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
     QDbptr *cell = handleOf(site.indexForCell(0, "sta"));
     QObject::connect(cell, SIGNAL(dataChanged()), &site, SIGNAL(modelReset()));
     emit cell->dataChanged();
-    EXPECT_EQ(inherited.count(), 1);
+    EXPECT_EQ(cells.count(), 1);
 }
 
 struct CountingView : QTableView {

@@ -2,6 +2,7 @@
 #define ORVANEROWVIEW_H
 
 #include <QHash>
+#include <QPersistentModelIndex>
 #include <QPointer>
 #include <QString>
 #include <QStringList>
@@ -29,7 +30,7 @@ class QToolButton;
 //
 // For style sheets and tests the parts have object names: "header", "rowEntry", "previousRow", "nextRow",
 // "scratchRow", "nullRow", "copyToScratchRow", "allowEdits", "readableTimes", "localTimezone", "add",
-// "dismiss".
+// "dismiss", "recordGone".
 class OVQT_EXPORT OrvaneRowView : public QWidget
 {
     Q_OBJECT
@@ -71,6 +72,10 @@ public slots:
     void setReadableTimesState(int state);
     void setLocalTimezoneState(int state);
 
+private slots:
+    // Goes to where the record is now that is shown.
+    void followRecord();
+
 private:
     void buildForm();
     QWidget *buildRowLine();
@@ -79,7 +84,8 @@ private:
     QWidget *buildClosingLine();
     bool modelIsAlive() const;
     void showRow(int row);
-    void updateSteps(int rowCount);
+    void updateSteps();
+    void noteRecord();
 
     OvConfig &m_config;
     QMainWindow *m_mainWindow;
@@ -101,6 +107,8 @@ private:
     QPushButton *m_scratch = nullptr;
     QPushButton *m_null = nullptr;
     QPushButton *m_copy = nullptr;
+    QLabel *m_gone = nullptr; // says that the record is gone that was shown
+    QPersistentModelIndex m_record;
     int m_rowsPerColumn = 0;
     int m_row;
 };

@@ -3,6 +3,7 @@
 
 #include <QList>
 #include <QPersistentModelIndex>
+#include <QPoint>
 #include <QPointer>
 #include <QString>
 #include <QTableView>
@@ -126,6 +127,11 @@ protected:
 private slots:
     // Takes the arrow back from a column by which the model could not sort.
     void checkSortIndicator();
+    void holdPlace();
+    void keepPlace();
+    void standWhereTheRecordWas();
+    void noteSelectionLater();
+    void noteSelection();
 
     // Takes in that the table has another number of rows.
     void followRows();
@@ -174,7 +180,20 @@ private:
     void findForward(const QModelIndex &cell);
     void requestSubset(const QModelIndex &cell);
 
+    void tellOutdated();
+    void hearInheritedReset();
+    bool isStillThere();
+
+    // Where one is in a table that is sorted anew or crunched.
+    struct Place {
+        QPersistentModelIndex anchor; // a row to be seen in the same place
+        int offset = 0;               // rows from the top
+        QPoint current{-1, -1};       // column and row
+    };
+
     OvConfig &m_config;
+    Place m_place;
+    bool m_noting = false; // when the event loop is next idle
     OrvaneTableModel *m_model = nullptr;
     QPointer<OrvaneRowView> m_rowView;
     std::unique_ptr<CellPainter> m_painter;

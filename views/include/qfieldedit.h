@@ -19,7 +19,8 @@ class QLineEdit;
 //
 // What is typed goes to the model's setData() when editing is finished and allowed (key allow_edits); then
 // the editor shows what is stored. A value that is refused is told below the editor, with its reason and a
-// link that takes it up again. It owns neither configuration nor model, and shows nothing once the model is
+// link that takes it up again. When others change the field while something is typed, that stays, and what is
+// stored is told below. It owns neither configuration nor model, and shows nothing once the model is
 // gone.
 //
 // For style sheets and tests: the editor's object name is the field's, the refusal's is "refusal".
@@ -36,6 +37,12 @@ public:
     // A record number of the model, dbNULL or dbSCRATCH.
     void setRow(int row);
 
+    // The record that is shown has another number now. What is typed stays.
+    void followTo(int row);
+
+    // The record that is shown is gone. What is typed is told as refused, with the reason.
+    void giveUp(const QString &reason);
+
     void setReadOnly(bool readOnly);
     void setValue(QString text);
     void setValueBackgroundColor(QBrush brush);
@@ -50,6 +57,8 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    bool isBeingTyped() const;
+    void showChange(const QString &stored);
     void showRefusal(const QString &typed, const QString &reason);
     bool isUndoOfOthers(const QEvent &event) const;
     void showToolTip(const QPoint &place);
@@ -62,6 +71,8 @@ private:
     QLineEdit *m_editor;
     QLabel *m_refusal;
     QString m_refusedText;
+    QString m_stored; // as last shown
+    bool m_applying = false;
 };
 
 #endif

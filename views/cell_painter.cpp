@@ -29,7 +29,7 @@ QString fittingSample()
 }
 QString longSample()
 {
-    return QStringLiteral("\u00c5ngstr\u00f6m AV To 0123456789 0123456789 0123456789 0123456789 (%Q)");
+    return QStringLiteral("\u00c5\u00e9 A V T o 0123456789 0123456789 0123456789 0123456789 (%Q)");
 }
 
 // A text in which a line may end, or that is not to be read as it stands, is the delegate's.

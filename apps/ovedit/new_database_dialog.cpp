@@ -140,7 +140,7 @@ void NewDatabaseDialog::browseFolder()
 void NewDatabaseDialog::browseSchema()
 {
     const QString chosen =
-        QFileDialog::getOpenFileName(this, tr("Choose a Schema"), folder(), tr("Schemas (%1)").arg("*.yaml"));
+        QFileDialog::getOpenFileName(this, tr("Choose a Schema"), folder(), tr("Schemas (*.yaml)"));
     if (chosen.isEmpty()) {
         return;
     }

@@ -214,8 +214,8 @@
         <translation>Schema wählen</translation>
     </message>
     <message>
-        <source>Schemas (%1)</source>
-        <translation>Schemata (%1)</translation>
+        <source>Schemas (*.yaml)</source>
+        <translation>Schemata (*.yaml)</translation>
     </message>
     <message>
         <source>Fields: %1</source>

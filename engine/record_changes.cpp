@@ -2,7 +2,9 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <optional>
+#include <vector>
 
 #include "queries.h"
 #include "request_call.h"
@@ -157,6 +159,34 @@ void change(const RequestCall &call, int (*action)(Dbptr))
         call.fail(QLatin1String(call.row.failure), LibraryLog::With);
 }
 
+// Ranges of rows, given as the first and the last of each in turn.
+std::vector<DbRows> rowsOf(const QVariant &argument)
+{
+    const QVariantList numbers = argument.toList();
+    std::vector<DbRows> rows;
+    rows.reserve(static_cast<std::size_t>(numbers.size()) / 2);
+    for (int i = 0; i + 1 < numbers.size(); i += 2)
+        rows.push_back({numbers[i].toLongLong(), numbers[i + 1].toLongLong() + 1});
+    return rows;
+}
+
+// Answers what became of a change of many rows: [rows changed, why not all, whether it was cancelled]. Only
+// one of which nothing was done is an error.
+void answerChanged(const RequestCall &call, int code, int64_t changed)
+{
+    if (code < 0 && code != dbERROR_CANCELLED && changed == 0) {
+        call.fail(QLatin1String(call.row.failure), LibraryLog::With);
+        return;
+    }
+    QString reason;
+    if (code < 0) {
+        const std::unique_ptr<char, decltype(&std::free)> log(elog_string(0), &std::free);
+        reason = shownText(log.get()).trimmed();
+        elog_clear();
+    }
+    call.response->setValue(QVariantList{static_cast<qlonglong>(changed), reason, code == dbERROR_CANCELLED});
+}
+
 } // namespace
 
 namespace requests {
@@ -180,6 +210,28 @@ void putValues(const RequestCall &call)
         if (dbputv(call.input, entry.key().toUtf8().constData(), &written.value) < 0)
             call.fail(QLatin1String(call.row.failure), LibraryLog::With);
     }
+}
+
+void putRows(const RequestCall &call)
+{
+    const QString field = call.arguments[0].toString();
+    const QString text = call.arguments[1].toString();
+    WrittenValue written;
+    if (!convertValue(call, field, text, written) || !isWhole(call, field) || !isWhole(call, text))
+        return;
+    const std::vector<DbRows> rows = rowsOf(call.arguments[2]);
+    int64_t changed = 0;
+    const int code = dbputv_rows(call.input, field.toUtf8().constData(), &written.value, rows.data(),
+                                 rows.size(), &changed);
+    answerChanged(call, code, changed);
+}
+
+void markRows(const RequestCall &call)
+{
+    const std::vector<DbRows> rows = rowsOf(call.arguments[0]);
+    int64_t changed = 0;
+    const int code = dbmark_rows(call.input, rows.data(), rows.size(), &changed);
+    answerChanged(call, code, changed);
 }
 
 void addRecord(const RequestCall &call)

@@ -65,6 +65,8 @@ void putValues(const RequestCall &call);
 void addRecord(const RequestCall &call);
 void addCheckedRecord(const RequestCall &call);
 void markRecord(const RequestCall &call);
+void putRows(const RequestCall &call);
+void markRows(const RequestCall &call);
 void crunchTable(const RequestCall &call);
 void freeView(const RequestCall &call);
 

@@ -1,6 +1,9 @@
 // Changing the records of a table.
 
+#include <algorithm>
 #include <stdexcept>
+
+#include <QScopeGuard>
 
 #include <orvane/db.h>
 
@@ -20,7 +23,90 @@ QString reasonOf(const QString &errorText)
     return message.section(QStringLiteral("\n\n"), 0, 0);
 }
 
+QVector<QDbptr::RowRange> rangesOf(const OrvaneTableModel::RowRanges &rows)
+{
+    QVector<QDbptr::RowRange> ranges;
+    ranges.reserve(rows.size());
+    for (const auto &[first, last] : rows)
+        ranges.append({first, last});
+    return ranges;
+}
+
+// Single rows, put together to ranges.
+QVector<QDbptr::RowRange> rangesOf(QVector<qint64> rows)
+{
+    std::sort(rows.begin(), rows.end());
+    QVector<QDbptr::RowRange> ranges;
+    for (const qint64 row : qAsConst(rows)) {
+        if (row < 0)
+            continue;
+        if (!ranges.isEmpty() && row <= ranges.last().last + 1)
+            ranges.last().last = row;
+        else
+            ranges.append({row, row});
+    }
+    return ranges;
+}
+
+QVector<qint64> singleRows(const OrvaneTableModel::RowRanges &rows)
+{
+    QVector<qint64> single;
+    for (const auto &[first, last] : rows)
+        for (int row = first; row <= last; ++row)
+            single.append(row);
+    return single;
+}
+
+template <typename Change>
+OrvaneTableModel::RowsStored stored(Change change)
+{
+    try {
+        const QDbptr::RowsChanged done = change();
+        return {done.changed, done.failure, done.cancelled};
+    } catch (const std::exception &error) {
+        return {0, reasonOf(QString::fromUtf8(error.what()))};
+    }
+}
+
 } // namespace
+
+OrvaneTableModel::RowsStored OrvaneTableModel::setRowsData(const RowRanges &rows, int column,
+                                                           const QVariant &value)
+{
+    const std::optional<Dbptr> place = column > 0 ? d->place(column, dbALL) : std::nullopt;
+    if (!place || rows.isEmpty())
+        return {};
+    QDbptr field(d->display->getConnection(), *place);
+    const QString name = d->column(column)->name;
+    const RowsStored done = stored([&] { return field.putRows(name, value, rangesOf(rows)); });
+    int first = rows.first().first;
+    int last = rows.first().second;
+    for (const auto &range : rows) {
+        first = std::min(first, range.first);
+        last = std::max(last, range.second);
+    }
+    // A change stamps records with its time, so other columns change, too.
+    if (done.stored > 0)
+        emit dataChanged(index(first, 0), index(last, columnCount() - 1));
+    return done;
+}
+
+OrvaneTableModel::RowsStored OrvaneTableModel::markRows(const RowRanges &rows)
+{
+    if (rows.isEmpty() || !d->own->isValid())
+        return {};
+    const auto reset = qScopeGuard([this] { emit modelReset(); });
+    QDbptr table(d->own->getConnection(), d->own->getDbptr());
+    return stored([&] {
+        if (d->display == d->own)
+            return table.markRows(rangesOf(rows));
+        if (tableIsView()) { // what is shown in its place loses the rows, too
+            QDbptr sorted(d->display->getConnection(), d->display->getDbptr());
+            sorted.markRows(rangesOf(rows));
+        }
+        return table.markRows(rangesOf(Private::sameRows(d->display, d->own, singleRows(rows))));
+    });
+}
 
 bool OrvaneTableModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
@@ -69,5 +155,7 @@ void OrvaneTableModel::crunch()
     if (!d->own->isValid())
         return;
     d->own->dbCrunch();
+    if (d->display != d->own && tableIsView())
+        d->display->dbCrunch();
     emit modelReset();
 }

@@ -4,11 +4,12 @@
 #include <algorithm>
 
 #include <QItemSelectionModel>
-#include <QScopeGuard>
-#include <QSignalBlocker>
+#include <QLocale>
+
+#include <orvane/tr.h>
 
 #include <orvanetablemodel.h>
-#include <qdbptr.h>
+#include <qovutil.h>
 
 #include "slot_guard.h"
 
@@ -72,29 +73,25 @@ void OrvaneTableView::markRows(const std::vector<RowRange> &ranges)
     if (m_model == nullptr || ranges.empty()) {
         return;
     }
-    const QModelIndex some = m_model->addQdbptrToIndex(m_model->index(ranges.front().first, 1));
-    const auto *place = static_cast<QDbptr *>(some.internalPointer());
-    if (place == nullptr) {
+    OrvaneTableModel::RowRanges rows;
+    qint64 count = 0;
+    for (const RowRange &range : ranges) {
+        rows.append({range.first, range.last});
+        count += range.last - range.first + 1;
+    }
+    const OrvaneTableModel::RowsStored done = m_model->markRows(rows);
+    if (done.reason.isEmpty()) {
         return;
     }
-    // One handle goes from row to row, and the model resets once for all of them, also when one can't be
-    // marked.
-    QDbptr record(place->getConnection(), place->getDbptr());
-    const QSignalBlocker quiet(record);
-    const QPointer<OrvaneTableModel> model = m_model;
-    const auto reset = qScopeGuard([&] {
-        if (model != nullptr) {
-            emit model->modelReset();
-        }
-    });
-    Dbptr next = place->getDbptr();
-    for (const RowRange &range : ranges) {
-        for (int row = range.first; row <= range.last; ++row) {
-            next.record = row;
-            record.moveTo(next);
-            record.dbMark();
-        }
-    }
+    const QLocale english(QLocale::English);
+    const char *told = done.cancelled
+                           ? OvTranslation::noop("Stopped: %1 of %2 rows are marked.")
+                           : OvTranslation::noop("%1 of %2 rows are marked. The others are not: %3");
+    qovutil_showError(OvTranslation::tr(told)
+                          .replace("%1", english.toString(done.stored))
+                          .replace("%2", english.toString(count))
+                          .replace("%3", done.reason),
+                      nullptr);
 }
 
 void OrvaneTableView::markSelected()

@@ -3,6 +3,7 @@
 #include <QFontMetrics>
 #include <QGridLayout>
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
@@ -76,7 +77,9 @@ QFieldEdit::QFieldEdit(OvConfig &config, QString fieldName, bool isPrimaryKey, b
     m_editor->setObjectName(m_fieldName);
     m_editor->setMinimumWidth(QFontMetrics(m_editor->font()).horizontalAdvance('x') *
                               m_config["fieldedit_width_chars"].toInt());
-    m_editor->setReadOnly(!m_config["allow_edits"].toBool());
+    m_editor->setMinimumHeight(m_editor->sizeHint().height()); // with a frame and without
+    m_editor->installEventFilter(this);
+    setReadOnly(!m_config["allow_edits"].toBool());
 
     m_refusal->setObjectName("refusal");
     m_refusal->setWordWrap(true);
@@ -117,6 +120,8 @@ void QFieldEdit::setRow(int row)
 void QFieldEdit::setReadOnly(bool readOnly)
 {
     m_editor->setReadOnly(readOnly);
+    m_editor->setFrame(!readOnly); // what can be typed into looks like it
+    m_editor->setToolTip(readOnly ? OvTranslation::tr("Read only: edits are not allowed here") : QString());
 }
 
 void QFieldEdit::setValue(QString text)
@@ -185,8 +190,20 @@ void QFieldEdit::showRefusal(const QString &typed, const QString &reason)
     m_refusal->show();
 }
 
+// An editor claims the keys of undo and redo also when it has nothing to undo; then they are the window's.
+bool QFieldEdit::isUndoOfOthers(const QEvent &event) const
+{
+    const auto &key = static_cast<const QKeyEvent &>(event);
+    return (key.matches(QKeySequence::Undo) && !m_editor->isUndoAvailable()) ||
+           (key.matches(QKeySequence::Redo) && !m_editor->isRedoAvailable());
+}
+
 bool QFieldEdit::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == m_editor && event->type() == QEvent::ShortcutOverride && isUndoOfOthers(*event)) {
+        event->ignore();
+        return true;
+    }
     if (watched != m_label || event->type() != QEvent::ToolTip) {
         return QWidget::eventFilter(watched, event);
     }

@@ -199,6 +199,21 @@ public:
     /* Marks the record pointed to, of a view the row, as one to be removed by dbCrunch(). */
     void dbMark();
     void dbCrunch();
+
+    /* The same for many rows of the table pointed to, in one request, which calls the progress hook. */
+    struct RowRange {
+        qint64 first;
+        qint64 last;
+    };
+    struct RowsChanged {
+        qint64 changed = 0; /* records that were changed, or rows of a view that were marked */
+        QString failure;    /* why not all; empty when all were */
+        bool cancelled = false;
+    };
+    /* As dbPutv(): the handle is of the field. Throws when nothing was changed, unless that was cancelled. */
+    RowsChanged putRows(QString field, QVariant value, const QVector<RowRange> &rows);
+    RowsChanged markRows(const QVector<RowRange> &rows);
+
     /* Lets go of the view pointed to: every handle on it goes stale. */
     void dbFree();
 

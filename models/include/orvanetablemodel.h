@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QList>
 #include <QMap>
+#include <QPair>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -120,6 +121,20 @@ public:
 
     // Why the last setData() stored nothing, as a sentence for the user; empty when it did.
     QString editError() const;
+
+    // Changes of many rows in one, during which the progress hook of the process is called.
+    using RowRanges = QVector<QPair<int, int>>; // the first and the last row of each
+    struct RowsStored {
+        qint64 stored = 0; // records or rows that were changed
+        QString reason;    // why not all, as a sentence for the user; empty when all were
+        bool cancelled = false;
+    };
+    // Stores a value in a column of many rows, as setData() does in one, but for the signals: there is one
+    // dataChanged() for all.
+    RowsStored setRowsData(const RowRanges &rows, int column, const QVariant &value);
+    // Marks the records of many rows for crunch(), of a view the rows, and resets the model. Rows of a sorted
+    // view that is shown in the table's place stand for those of the table.
+    RowsStored markRows(const RowRanges &rows);
 
     // Adds the scratch record to the table, unless a record has the same primary key. Answers the number of
     // the new record, or of the one that is there. Throws std::runtime_error when the request fails.

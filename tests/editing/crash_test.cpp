@@ -28,6 +28,9 @@ void carry_out(const Step &step, Model &model)
         model[step.id] = step.number;
     else if (step.what == '-')
         model.erase(step.id);
+    else if (step.what == '*')
+        for (auto &[id, number] : model)
+            number = step.number;
 }
 
 // What the program acknowledged goes into the model; what it was at is answered.

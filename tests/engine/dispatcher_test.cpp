@@ -79,6 +79,8 @@ const char *const allRequests[] = {"database_name",
                                    "dbfind",
                                    "find_rows",
                                    "moved_records",
+                                   "put_rows",
+                                   "mark_rows",
                                    "table_state",
                                    "dbfree",
                                    "close_database",
@@ -227,17 +229,19 @@ TEST_P(CountedArguments, AreCountedInTheMessage)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Requests, CountedArguments,
-                         testing::Values(Count{"open_database", 2, "two (databaseName, permissions)"},
-                                         Count{"lookup_table", 1, "one (table name or number)"},
-                                         Count{"lookup_field", 1, "one (field name or number)"},
-                                         Count{"lookup_record", 1, "one (record name or number)"},
-                                         Count{"dbget", 1, "one (scratch-flag)"},
-                                         Count{"dbgetv", 1, "one (list of fields to get)"},
-                                         Count{"dbfind", 2, "two (expression, backwards-flag)"},
-                                         Count{"moved_records", 2, "two (numbering, list of record numbers)"},
-                                         Count{"find_rows", 2,
-                                               "two (name of table to find them in, list of row numbers)"}));
+INSTANTIATE_TEST_SUITE_P(
+    Requests, CountedArguments,
+    testing::Values(Count{"open_database", 2, "two (databaseName, permissions)"},
+                    Count{"lookup_table", 1, "one (table name or number)"},
+                    Count{"lookup_field", 1, "one (field name or number)"},
+                    Count{"lookup_record", 1, "one (record name or number)"},
+                    Count{"dbget", 1, "one (scratch-flag)"},
+                    Count{"dbgetv", 1, "one (list of fields to get)"},
+                    Count{"dbfind", 2, "two (expression, backwards-flag)"},
+                    Count{"put_rows", 3, "three (field, value, list of first and last rows)"},
+                    Count{"mark_rows", 1, "one (list of first and last rows)"},
+                    Count{"moved_records", 2, "two (numbering, list of record numbers)"},
+                    Count{"find_rows", 2, "two (name of table to find them in, list of row numbers)"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Derivations, CountedArguments,

@@ -59,7 +59,8 @@ INSTANTIATE_TEST_SUITE_P(Derivations, NullHandle,
                                          CALL(sort, "orid", "", false, false), CALL(group, {"orid"}, ""),
                                          CALL(ungroup, ""), CALL(subset, "true", ""),
                                          CALL(dbFind, "true", false), CALL(findRows, "origin", {1}),
-                                         CALL(getTableState), CALL(movedRecords, 0, {1}), CALL(dbFree)));
+                                         CALL(getTableState), CALL(putRows, "orid", 1, {{0, 1}}),
+                                         CALL(markRows, {{0, 1}}), CALL(movedRecords, 0, {1}), CALL(dbFree)));
 
 INSTANTIATE_TEST_SUITE_P(TextGetters, NullHandle,
                          testing::Values(CALL(getDatabaseFileName), CALL(getDatabaseFilename),

@@ -195,6 +195,38 @@ TEST_F(RecordChanges, AnnounceThatDataChanged)
     EXPECT_EQ(changed.count(), 3);
 }
 
+TEST_F(RecordChanges, OfManyRowsAreOneRequest)
+{
+    const auto field = open.at(SiteTable, StaField);
+    const int rows = count(SiteTable);
+    const QSignalSpy changed(field.get(), SIGNAL(dataChanged()));
+    QDbptr::RowsChanged done = field->putRows("sta", "BFO", {{0, 0}, {1, rows - 1}});
+    EXPECT_EQ(done.changed, rows);
+    EXPECT_EQ(done.failure, "");
+    EXPECT_EQ(changed.count(), 1);
+    for (int row = 0; row < rows; ++row)
+        EXPECT_EQ(text(SiteTable, StaField, row), "BFO");
+    done = open.at(SiteTable, SiteLatField)->putRows("lat", "NULL", {{0, 0}});
+    EXPECT_EQ(text(SiteTable, SiteLatField, 0), "-999.0000");
+
+    done = field->putRows("sta", "KIV", {{0, 0}, {rows, rows}});
+    EXPECT_EQ(done.changed, 1) << "what was done before the failure is done";
+    EXPECT_NE(done.failure.indexOf("is not there"), -1) << done.failure.toStdString();
+    EXPECT_FALSE(done.cancelled);
+    EXPECT_EQ(text(SiteTable, StaField, 0), "KIV");
+
+    expectErrorWithLog(field.get(), "put_rows", {"sta", "longer than six", QVariantList{0, 0}},
+                       "dbputv_rows failed");
+    const auto lat = open.at(SiteTable, SiteLatField);
+    expectError(lat.get(), "put_rows", {"lat", "north", QVariantList{0, 0}},
+                "Field 'lat' value 'north' doesn't convert to a double-precision number");
+
+    done = open.at(SiteTable)->markRows({{0, rows - 1}});
+    EXPECT_EQ(done.changed, rows);
+    open.at(SiteTable)->dbCrunch();
+    EXPECT_EQ(count(SiteTable), 0);
+}
+
 TEST_F(RecordChanges, FailWhereTheDatabaseIsOpenToBeRead)
 {
     const OpenDatabase reading;

@@ -88,7 +88,8 @@ public slots:
     // Scrolls to a cell and makes it the only one selected.
     void scrollToCell(int row, QString fieldname);
 
-    // Marks the records of the selected cells, of a view its rows.
+    // Marks the records of the selected cells, of a view its rows; of a table that is shown sorted those of
+    // the table.
     void markSelected();
 
     // These take rows out of a view; its records stay. Visible rows are those between the upper and the lower
@@ -134,6 +135,7 @@ private:
         int first;
         int last;
     };
+    struct ColumnRows; // rows of one column
 
     std::vector<RowRange> selectedRows() const;
     static std::vector<RowRange> rowsBetween(const std::vector<RowRange> &ranges, int first, int last);
@@ -144,8 +146,11 @@ private:
     void showInRowView(int row);
     void runColumnCommand(int entry, int column);
     bool askForValue(const QString &field, QString &value);
+    std::vector<ColumnRows> selectedCells() const;
+    bool isChangeWanted(const QString &question) const;
     void changeSelected(const QString &value);
     void changeAll(int column, const QString &value);
+    void store(const QString &value, const std::vector<ColumnRows> &cells);
 
     bool isLong() const;
     int rowsInView() const;

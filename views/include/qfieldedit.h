@@ -51,6 +51,7 @@ protected:
 
 private:
     void showRefusal(const QString &typed, const QString &reason);
+    bool isUndoOfOthers(const QEvent &event) const;
     void showToolTip(const QPoint &place);
 
     OvConfig &m_config;

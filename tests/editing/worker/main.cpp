@@ -125,6 +125,16 @@ int change(const char *path, int64_t next_id, unsigned seed)
             say("= " + std::to_string(chosen->first) + " " + text);
             if (events.put(events.at(chosen->second), "prefor", text) < 0)
                 give_up("put");
+        } else if (dice < 85) { // all at once
+            say("* 0 " + text);
+            std::vector<DbRows> rows;
+            for (const auto &[id, number] : numbers)
+                rows.push_back({number, number + 1});
+            DbValue put{};
+            put.type = dbINTEGER;
+            put.integer = value;
+            if (dbputv_rows(events.table(), "prefor", &put, rows.data(), rows.size(), nullptr) < 0)
+                give_up("put_rows");
         } else if (dice < 94) {
             say("- " + std::to_string(chosen->first) + " 0");
             if (dbmark(events.at(chosen->second)) < 0)

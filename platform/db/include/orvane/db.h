@@ -468,8 +468,8 @@ typedef struct DbChange {
 } DbChange;
 
 /* Told of every change of a file's records by this process, once it is there, and of a change of many records
- * in several calls with one step. The hook must neither change anything nor ask for anything but memory: the
- * table is locked. Values that were put and are those of before are not told, nor are timestamps, the scratch
+ * in several calls with one step. The table is locked meanwhile: the hook must not change or read records, only
+ * ask for names. Values that were put and are those of before are not told, nor are timestamps, the scratch
  * record, flagged rows of views, and what dbnextid, dbtake_back and dbdo_again change. */
 typedef void (*dbchange_hook)(const DbChange *change, void *data);
 

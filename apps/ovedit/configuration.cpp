@@ -48,6 +48,7 @@ std::span<const KnownKey> knownKeys()
         {"default_table", QVariantMap{{"css3.0", "origin"}}},
         {"update_interval_sec", secondsBetweenLooks},
         {"allow_edits", false},
+        {"ask_before_changing_rows", true},
         {"show_blanks_background_colored", true},
         {"show_nulls_background_colored", true},
         {"show_readable_times", true},

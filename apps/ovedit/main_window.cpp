@@ -1,9 +1,11 @@
 #include "main_window.h"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QDir>
 #include <QFileInfo>
 #include <QInputDialog>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -17,6 +19,7 @@
 #include "application.h"
 #include "command_line.h"
 #include "configuration.h"
+#include "editing_sign.h"
 #include "map_selection.h"
 #include "menus.h"
 #include "notice_bar.h"
@@ -24,6 +27,7 @@
 #include "schema_window.h"
 #include "start_page.h"
 #include "time_zone_dialog.h"
+#include "undo_history.h"
 
 namespace {
 
@@ -48,6 +52,8 @@ MainWindow::MainWindow(Application &application) : m_application(application)
     column->addWidget(m_startPage, 1);
     setCentralWidget(middle);
 
+    m_editing = new EditingSign(*this);
+    menuBar()->setCornerWidget(m_editing);
     m_menus = new Menus(*this);
     connect(&application.config(), &OvConfig::configurationChanged, this, &MainWindow::configurationChanged);
     connect(&application.problems(), &ProblemLog::changed, this, &MainWindow::problemsChanged);
@@ -61,6 +67,8 @@ MainWindow::~MainWindow()
     delete m_schemaWindow;
     // The view points to the models, so it goes first. Table models outlive their database model, for others
     // who may still show them; here nobody does.
+    delete m_history;
+    m_history = nullptr;
     delete m_view;
     m_view = nullptr;
     if (m_model == nullptr) {
@@ -102,15 +110,47 @@ void MainWindow::showDatabase(std::unique_ptr<OrvaneDatabaseModel> model, const 
     connect(m_model.get(), &OrvaneDatabaseModel::tableAdded, this, &MainWindow::tableAdded);
     connect(m_model.get(), &OrvaneDatabaseModel::tableRemoved, this, &MainWindow::tableRemoved);
     connect(m_view, &OrvaneDatabaseView::focusTableChanged, this, &MainWindow::updateTitle);
-    connect(m_view, &OrvaneDatabaseView::focusTableChanged, m_menus, &Menus::update);
-    connect(m_view, &OrvaneDatabaseView::stackItemChanged, m_menus, &Menus::update);
+    connect(m_view, &OrvaneDatabaseView::focusTableChanged, this, &MainWindow::menusChanged);
+    connect(m_view, &OrvaneDatabaseView::stackItemChanged, this, &MainWindow::menusChanged);
     m_view->setModel(m_model.get());
-    m_menus->update();
+    startHistory();
+    menusChanged();
     updateTitle();
     problemsChanged();
     if (OrvaneTableView *table = m_view->getCurrentTableView()) {
         table->setFocus();
     }
+}
+
+void MainWindow::startHistory()
+{
+    m_history = new UndoHistory(m_model->getDbptr().database, this);
+    connect(m_history, &UndoHistory::changed, this, &MainWindow::menusChanged);
+    connect(m_history, &UndoHistory::recordsChanged, this, &MainWindow::recordsChanged);
+    connect(m_history, &UndoHistory::message, this, &MainWindow::showMessage);
+    connect(m_model.get(), &OrvaneDatabaseModel::databaseChecked, m_history, &UndoHistory::lookForNewNumbers);
+    // The row viewer is a window of its own, with the same keys.
+    if (auto *viewer = m_view->findChild<QMainWindow *>("rowViewWindow")) {
+        viewer->addActions({findChild<QAction *>("undo"), findChild<QAction *>("redo")});
+    }
+}
+
+void MainWindow::menusChanged()
+{
+    m_menus->update();
+    m_editing->refresh();
+}
+
+// Undone and done again: the numbers of rows stay, what they hold is read anew.
+void MainWindow::recordsChanged()
+{
+    for (const QPointer<OrvaneTableModel> &table : m_tables) {
+        if (table != nullptr && table->rowCount() > 0) {
+            emit table->dataChanged(table->index(0, 0),
+                                    table->index(table->rowCount() - 1, table->columnCount() - 1));
+        }
+    }
+    m_view->updateStatusLabels();
 }
 
 void MainWindow::tableAdded(OrvaneTableModel *table)
@@ -190,7 +230,7 @@ void MainWindow::updateTitle()
 void MainWindow::configurationChanged()
 {
     applyEmptyColumns();
-    m_menus->update();
+    menusChanged();
 }
 
 // The table views look at this key only when they get their model.

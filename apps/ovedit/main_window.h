@@ -11,6 +11,7 @@
 #include <QString>
 
 class Application;
+class EditingSign;
 class Menus;
 class NoticeBar;
 class OrvaneDatabaseModel;
@@ -19,6 +20,7 @@ class OrvaneTableModel;
 class SchemaWindow;
 class StartPage;
 class QTabWidget;
+class UndoHistory;
 
 class MainWindow : public QMainWindow
 {
@@ -44,6 +46,7 @@ public:
     // Null without a database.
     OrvaneDatabaseModel *model() const { return m_model.get(); }
     OrvaneDatabaseView *view() const { return m_view; }
+    UndoHistory *history() const { return m_history; }
     Application &application() const { return m_application; }
 
     // The tab widget of a page (0 tables, 1 views, 2 products); null without a database.
@@ -84,10 +87,13 @@ private slots:
     void updateTitle();
     void configurationChanged();
     void problemsChanged();
+    void menusChanged();
+    void recordsChanged();
     void tableAdded(OrvaneTableModel *table);
     void tableRemoved(const QString &name);
 
 private:
+    void startHistory();
     void stepTab(int step);
     void setPoints(int points);
     void applyEmptyColumns();
@@ -104,6 +110,8 @@ private:
     OrvaneDatabaseView *m_view = nullptr;
     QPointer<SchemaWindow> m_schemaWindow;
     Menus *m_menus = nullptr;
+    UndoHistory *m_history = nullptr;
+    EditingSign *m_editing = nullptr;
 };
 
 #endif

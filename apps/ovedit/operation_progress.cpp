@@ -18,7 +18,7 @@ constexpr int longestPainting = 40; // milliseconds given to events at each call
 struct Words {
     const char *call;
     const char *running;   // %1: what is worked on
-    const char *cancelled; // a sentence
+    const char *cancelled; // a sentence; empty where who was stopped tells how far he got
 };
 
 const Words words[] = {
@@ -58,6 +58,10 @@ const Words words[] = {
      OvTranslation::noop("Making a database of %1 was cancelled.")},
     {"dbcrunch", OvTranslation::noop("Taking marked rows out of %1"),
      OvTranslation::noop("Crunching %1 was cancelled.")},
+    {"dbputv_rows", OvTranslation::noop("Changing the rows of %1"), ""},
+    {"dbmark_rows", OvTranslation::noop("Marking rows of %1"), ""},
+    {"dbtake_back", OvTranslation::noop("Undoing the change of %1"), ""},
+    {"dbdo_again", OvTranslation::noop("Changing %1 again"), ""},
     {"dbfind", OvTranslation::noop("Searching %1"), OvTranslation::noop("Searching %1 was cancelled.")},
 };
 const Words anyWords = {"", OvTranslation::noop("Working on %1"),
@@ -133,7 +137,7 @@ void OperationProgress::begin()
     const char *call = dbprogress_operation();
     const Words &said = wordsFor(call == nullptr ? "" : call);
     const QString subject = place.subject.isEmpty() ? tr("the database") : place.subject;
-    m_cancelledText = OvTranslation::tr(said.cancelled).arg(subject);
+    m_cancelledText = *said.cancelled == '\0' ? QString() : OvTranslation::tr(said.cancelled).arg(subject);
     m_running = OvTranslation::tr(said.running).arg(subject);
     QApplication::setOverrideCursor(Qt::BusyCursor);
     m_busyCursor = true;
@@ -181,7 +185,7 @@ void OperationProgress::end()
         m_busyCursor = false;
     }
     hideDialog();
-    if (std::exchange(m_cancelled, false)) {
+    if (std::exchange(m_cancelled, false) && !m_cancelledText.isEmpty()) {
         emit cancelled(m_window, m_cancelledText);
     }
 }

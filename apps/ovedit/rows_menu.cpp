@@ -2,7 +2,6 @@
 
 #include <QAction>
 #include <QItemSelectionModel>
-#include <QLocale>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -16,6 +15,7 @@
 
 #include "application.h"
 #include "main_window.h"
+#include "undo_history.h"
 
 namespace {
 
@@ -31,9 +31,7 @@ struct RowCommand {
     const char *tip;
     Of of;
     bool needsSelection;
-    // What is asked before, with %1 the table and %2 the number of selected rows; empty where nothing is
-    // lost. The first is for one row.
-    const char *questionOfOne;
+    // What is asked before, with %1 the table; empty where what is done can be undone.
     const char *question;
     void (OrvaneDatabaseView::*run)();
 };
@@ -43,29 +41,23 @@ namespace {
 const RowCommand commands[] = {
     {"addRows", OvTranslation::noop("&Add Rows..."), "Ctrl+Shift+N",
      OvTranslation::noop("Put a new row together in the row viewer and add it"), Of::WritableTable, false, "",
-     "", &OrvaneDatabaseView::addRows},
+     &OrvaneDatabaseView::addRows},
     {"markSelected", OvTranslation::noop("&Mark Selected Rows For Deletion"), "",
      OvTranslation::noop("Empty the records of the selected rows; crunching the table removes them"),
-     Of::WritableTable, true,
-     OvTranslation::noop(
-         "Empty 1 row of '%1'? Its values are lost. The row itself goes when the table is crunched."),
-     OvTranslation::noop(
-         "Empty %2 rows of '%1'? Their values are lost. The rows themselves go when the table is crunched."),
-     &OrvaneDatabaseView::markSelected},
+     Of::WritableTable, true, "", &OrvaneDatabaseView::markSelected},
     {"crunch", OvTranslation::noop("&Crunch Table"), "",
      OvTranslation::noop("Remove the empty records of the table"), Of::WritableTable, false,
      OvTranslation::noop("Remove the empty records of '%1'? The records behind them get other numbers."),
-     OvTranslation::noop("Remove the empty records of '%1'? The records behind them get other numbers."),
      &OrvaneDatabaseView::crunch},
     {"deleteSelectedRows", OvTranslation::noop("&Delete Selected Rows From View"), "",
-     OvTranslation::noop("Take the selected rows out of the view; the records stay"), Of::View, true, "", "",
+     OvTranslation::noop("Take the selected rows out of the view; the records stay"), Of::View, true, "",
      &OrvaneDatabaseView::deleteSelectedViewRows},
     {"deleteOtherVisibleRows", OvTranslation::noop("Delete Other &Visible Rows From View"), "",
      OvTranslation::noop("Of the rows on the screen keep the selected ones; the records stay"), Of::View,
-     true, "", "", &OrvaneDatabaseView::deleteOtherVisibleViewRows},
+     true, "", &OrvaneDatabaseView::deleteOtherVisibleViewRows},
     {"deleteAllOtherRows", OvTranslation::noop("Delete All &Other Rows From View"), "",
      OvTranslation::noop("Keep the selected rows alone in the view; the records stay"), Of::View, true, "",
-     "", &OrvaneDatabaseView::deleteAllOtherViewRows},
+     &OrvaneDatabaseView::deleteAllOtherViewRows},
 };
 
 } // namespace
@@ -75,6 +67,8 @@ RowsMenu::RowsMenu(MainWindow &window, QMenuBar &bar)
 {
     m_menu->setObjectName("rowsMenu");
     m_menu->setToolTipsVisible(true);
+    addHistory();
+    m_menu->addSeparator();
     m_allowEdits = m_menu->addAction(tr("Allow &Edits"));
     m_allowEdits->setObjectName("allow_edits");
     m_allowEdits->setCheckable(true);
@@ -91,6 +85,42 @@ RowsMenu::RowsMenu(MainWindow &window, QMenuBar &bar)
     }
     connect(m_menu, &QMenu::aboutToShow, this, &RowsMenu::update);
     connect(m_newTables, &QMenu::aboutToShow, this, &RowsMenu::fillNewTables);
+}
+
+// Undo and redo have no other menu to stand in: records are all that can be undone.
+void RowsMenu::addHistory()
+{
+    m_undo = m_menu->addAction(tr("&Undo"), this, &RowsMenu::undo);
+    m_undo->setObjectName("undo");
+    m_undo->setShortcut(QKeySequence("Ctrl+Z", QKeySequence::PortableText));
+    m_redo = m_menu->addAction(tr("&Redo"), this, &RowsMenu::redo);
+    m_redo->setObjectName("redo");
+    m_redo->setShortcut(QKeySequence("Ctrl+Shift+Z", QKeySequence::PortableText));
+}
+
+void RowsMenu::undo()
+{
+    if (UndoHistory *history = m_window.history()) {
+        history->undo();
+    }
+}
+
+void RowsMenu::redo()
+{
+    if (UndoHistory *history = m_window.history()) {
+        history->redo();
+    }
+}
+
+void RowsMenu::updateHistory()
+{
+    const UndoHistory *history = m_window.history();
+    const QString undone = history == nullptr ? QString() : history->undoText();
+    const QString redone = history == nullptr ? QString() : history->redoText();
+    m_undo->setText(undone.isEmpty() ? tr("&Undo") : tr("&Undo %1").arg(undone));
+    m_undo->setEnabled(!undone.isEmpty());
+    m_redo->setText(redone.isEmpty() ? tr("&Redo") : tr("&Redo %1").arg(redone));
+    m_redo->setEnabled(!redone.isEmpty());
 }
 
 void RowsMenu::addCommand(const RowCommand &command)
@@ -131,7 +161,11 @@ void RowsMenu::update()
     for (auto command = m_commands.cbegin(); command != m_commands.cend(); ++command) {
         const bool fits = command.key()->of == Of::View ? isView : isWritable;
         command.value()->setEnabled(fits && (hasSelection || !command.key()->needsSelection));
+        command.value()->setToolTip(
+            OvTranslation::tr(command.key()->tip) +
+            (command.value()->isEnabled() ? QString() : "\n" + whyNot(*command.key())));
     }
+    updateHistory();
     m_allowEdits->setEnabled(databaseIsWritable());
     m_allowEdits->setChecked(m_window.application().config()["allow_edits"].toBool());
     m_allowEdits->setToolTip(
@@ -139,6 +173,30 @@ void RowsMenu::update()
             ? tr("Let cells be changed by typing into them")
             : tr("The database is open for reading only. Open it again to read and write."));
     m_newTables->setEnabled(databaseIsWritable());
+}
+
+// In a sentence, for the tooltip of a command that is disabled.
+QString RowsMenu::whyNot(const RowCommand &command) const
+{
+    OrvaneTableModel *shown = table();
+    if (shown == nullptr) {
+        return tr("No table is shown.");
+    }
+    if (command.of == Of::View && !shown->tableIsView()) {
+        return tr("This is a table; rows are taken out of views.");
+    }
+    if (command.of == Of::WritableTable) {
+        if (!databaseIsWritable()) {
+            return tr("The database is open for reading only. Open it again to read and write.");
+        }
+        if (shown->tableIsView()) {
+            return tr("This is a view; records are added, marked and removed in its tables.");
+        }
+        if (!shown->tableIsWritable()) {
+            return tr("The file of the table can't be written.");
+        }
+    }
+    return tr("No row is selected.");
 }
 
 void RowsMenu::fillNewTables()
@@ -169,10 +227,11 @@ bool RowsMenu::isWanted(const RowCommand &command)
     if (*command.question == '\0') {
         return true;
     }
-    const int rows = selectedRows();
-    const QString question = OvTranslation::tr(rows == 1 ? command.questionOfOne : command.question)
-                                 .replace("%2", QLocale(QLocale::English).toString(rows))
-                                 .replace("%1", table()->getTableName());
+    QString question = OvTranslation::tr(command.question).replace("%1", table()->getTableName());
+    const UndoHistory *history = m_window.history();
+    if (history != nullptr && history->hasStepsOf(table()->getDbptr().table)) {
+        question += " " + tr("What was changed in the table before can't be undone any more.");
+    }
     return QMessageBox::question(&m_window, OvTranslation::tr(command.text).remove('&'), question,
                                  QMessageBox::Yes | QMessageBox::Cancel,
                                  QMessageBox::Cancel) == QMessageBox::Yes;

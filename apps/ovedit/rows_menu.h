@@ -28,6 +28,11 @@ private:
     void addCommand(const RowCommand &command);
     void fillNewTables();
     void allowEdits(bool allowed);
+    void addHistory();
+    void undo();
+    void redo();
+    void updateHistory();
+    QString whyNot(const RowCommand &command) const;
     void run(const RowCommand &command);
     bool isWanted(const RowCommand &command);
     int selectedRows() const;
@@ -36,6 +41,8 @@ private:
 
     MainWindow &m_window;
     QMenu *m_menu = nullptr;
+    QAction *m_undo = nullptr;
+    QAction *m_redo = nullptr;
     QAction *m_allowEdits = nullptr;
     QMenu *m_newTables = nullptr;
     QHash<const RowCommand *, QAction *> m_commands;

@@ -9,6 +9,7 @@ import tempfile
 import time
 
 from derive_e2e import Hands, make_large
+from edit_e2e import copy_of_demo
 from ovedit_e2e import Session, focus_table
 from virtual_display import Display, missing_programs, wait_until
 
@@ -115,6 +116,26 @@ def take_progress(session, hands, camera):
     hands.back()
 
 
+def take_undo(display, arguments, home, camera):
+    with tempfile.TemporaryDirectory() as folder:
+        session = Session(display, arguments, home, ["--read-write"])
+        session.database = copy_of_demo(arguments.database, folder)
+        session.start()
+        fill_screen(session)
+        hands = Hands(session)
+        focus_table(session, "arrival")
+        hands.open_menu("r")
+        display.key("e")
+        display.tool("mousemove", "--window", session.window, 90, 86, "click", 1)
+        display.key("ctrl+Home", "F2", "ctrl+a")
+        hands.types("ANMO")
+        display.key("Return")
+        hands.open_menu("r")
+        camera.take("undo")
+        display.key("Escape", "Escape")
+        session.end()
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--ovedit", required=True)
@@ -134,6 +155,7 @@ def main():
         take_tables(session, Hands(session), camera)
         session.end()
         take_german(display, arguments, home, camera)
+        take_undo(display, arguments, home, camera)
         arguments.database = make_large(arguments.database, home)
         session = Session(display, arguments, home)
         session.start()

@@ -42,11 +42,12 @@ def tables_of(database):
 
 
 class Session:
-    def __init__(self, display, arguments, home):
+    def __init__(self, display, arguments, home, options=()):
         self.display = display
         self.database = arguments.database
         self.pictures = arguments.pictures
         self.program = arguments.ovedit
+        self.options = options
         environment = dict(display.environment, HOME=home, XDG_CONFIG_HOME=home + "/config", QT_STYLE_OVERRIDE="Fusion")
         environment.pop("ORVANE_SCHEMA_PATH", None)
         self.settings = pathlib.Path(home, "config", "Orvane", "ovedit.conf")
@@ -55,7 +56,7 @@ class Session:
         self.window = None
 
     def start(self):
-        self.process = self.display.start([self.program, str(self.database)], self.environment)
+        self.process = self.display.start([self.program, *self.options, str(self.database)], self.environment)
         self.window = wait_until(lambda: self.alive() and self.display.windows("--name", MAIN_TITLE), "the window")[0]
         self.display.tool("windowactivate", "--sync", self.window)
         self.display.tool("windowmove", "--sync", self.window, WINDOW[0], WINDOW[1])

@@ -140,17 +140,13 @@ TEST_F(Rows, allowEditsOnlyWhileTicked)
     EXPECT_FALSE(table.flags(cell) & Qt::ItemIsEditable);
 }
 
-TEST_F(Rows, areLeftAloneWhenTheQuestionIsCancelled)
+TEST_F(Rows, areNotCrunchedWhenTheQuestionIsCancelled)
 {
     const std::string before = siteFile();
     MainWindow &window = writable("site");
-    view(window).selectRow(0);
-    action(window, "markSelected").trigger();
     action(window, "crunch").trigger();
-    ASSERT_EQ(boxes.texts().size(), 2);
-    EXPECT_EQ(boxes.texts()[0], "Empty 1 row of 'site'? Its values are lost. "
-                                "The row itself goes when the table is crunched.");
-    EXPECT_EQ(boxes.texts()[1],
+    ASSERT_EQ(boxes.texts().size(), 1);
+    EXPECT_EQ(boxes.texts()[0],
               "Remove the empty records of 'site'? The records behind them get other numbers.");
     EXPECT_EQ(siteFile(), before);
 }
@@ -159,12 +155,8 @@ TEST_F(Rows, areEmptiedAndThenCrunched)
 {
     MainWindow &window = writable("site");
     view(window).selectAll();
-    {
-        Yes yes;
-        action(window, "markSelected").trigger();
-        EXPECT_EQ(yes.questions(), QStringList{"Empty 2 rows of 'site'? Their values are lost. "
-                                               "The rows themselves go when the table is crunched."});
-    }
+    action(window, "markSelected").trigger();
+    EXPECT_EQ(boxes.texts(), QStringList()) << "it can be undone";
     EXPECT_EQ(siteFile().find("AAK"), std::string::npos);
     EXPECT_FALSE(siteFile().empty()) << "the rows stay until the table is crunched";
     Yes yes;

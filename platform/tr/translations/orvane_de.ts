@@ -13,6 +13,37 @@
     </message>
 </context>
 <context>
+    <name>EditingSign</name>
+    <message>
+        <source>Read Only</source>
+        <translation>Nur Lesen</translation>
+    </message>
+    <message>
+        <source>The database is open for reading only. Close it and open it again to read and write.</source>
+        <translation>Die Datenbank ist nur zum Lesen geöffnet. Schließen Sie sie und öffnen Sie sie erneut zum Lesen und Schreiben.</translation>
+    </message>
+    <message>
+        <source>The file of this table can&apos;t be written.</source>
+        <translation>Die Datei dieser Tabelle kann nicht geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>Editing Off</source>
+        <translation>Ändern aus</translation>
+    </message>
+    <message>
+        <source>Cells can&apos;t be typed into. Click here to allow edits.</source>
+        <translation>In Zellen lässt sich nichts eintippen. Ein Klick hier erlaubt Änderungen.</translation>
+    </message>
+    <message>
+        <source>Editing On</source>
+        <translation>Ändern an</translation>
+    </message>
+    <message>
+        <source>What is typed into cells goes into the file. Click here to forbid edits.</source>
+        <translation>Was in Zellen eingetippt wird, geht in die Datei. Ein Klick hier verbietet Änderungen.</translation>
+    </message>
+</context>
+<context>
     <name>LanguageMenu</name>
     <message>
         <source>&amp;Display Language</source>
@@ -50,7 +81,7 @@
         <translation>Aktualisierungsintervall</translation>
     </message>
     <message>
-        <source>Seconds between looks for changed tables (0: don't look):</source>
+        <source>Seconds between looks for changed tables (0: don&apos;t look):</source>
         <translation>Sekunden zwischen den Suchen nach geänderten Tabellen (0: nicht suchen):</translation>
     </message>
     <message>
@@ -140,7 +171,10 @@
     </message>
     <message numerus="yes">
         <source>%n problems were found. Everything else can be used.</source>
-        <translation><numerusform>%n Problem wurde gefunden. Alles andere ist benutzbar.</numerusform><numerusform>%n Probleme wurden gefunden. Alles andere ist benutzbar.</numerusform></translation>
+        <translation>
+            <numerusform>%n Problem wurde gefunden. Alles andere ist benutzbar.</numerusform>
+            <numerusform>%n Probleme wurden gefunden. Alles andere ist benutzbar.</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -196,7 +230,7 @@
         <translation>Erdbebenkarte</translation>
     </message>
     <message>
-        <source>The map can't be drawn: %1</source>
+        <source>The map can&apos;t be drawn: %1</source>
         <translation>Die Karte kann nicht gezeichnet werden: %1</translation>
     </message>
     <message>
@@ -220,7 +254,7 @@
         <translation>ausgewählt: %1</translation>
     </message>
     <message>
-        <source>beyond the map's range: %1</source>
+        <source>beyond the map&apos;s range: %1</source>
         <translation>außerhalb des Kartenbereichs: %1</translation>
     </message>
     <message>
@@ -244,12 +278,15 @@
         <translation>Datensatz %1</translation>
     </message>
     <message>
-        <source>The record can't be read any more.</source>
+        <source>The record can&apos;t be read any more.</source>
         <translation>Der Datensatz ist nicht mehr lesbar.</translation>
     </message>
     <message numerus="yes">
         <source>and %n more here</source>
-        <translation><numerusform>und hier noch %n weiteres</numerusform><numerusform>und hier noch %n weitere</numerusform></translation>
+        <translation>
+            <numerusform>und hier noch %n weiteres</numerusform>
+            <numerusform>und hier noch %n weitere</numerusform>
+        </translation>
     </message>
     <message>
         <source>Magnitude</source>
@@ -264,7 +301,7 @@
         <translation>unbekannt</translation>
     </message>
     <message>
-        <source>The database %1 has no table "origin".</source>
+        <source>The database %1 has no table &quot;origin&quot;.</source>
         <translation>Die Datenbank %1 hat keine Tabelle „origin“.</translation>
     </message>
     <message>
@@ -275,7 +312,7 @@
 <context>
     <name>OvEventView</name>
     <message>
-        <source>The events can't be read: the memory doesn't suffice.</source>
+        <source>The events can&apos;t be read: the memory doesn&apos;t suffice.</source>
         <translation>Die Erdbeben können nicht gelesen werden: Der Speicher reicht nicht aus.</translation>
     </message>
 </context>
@@ -294,7 +331,7 @@ Um sie zum Lesen und Schreiben zu öffnen, schließen Sie zuerst ihr Fenster.</t
         <translation>Die Datenbankbibliothek hat keinen Grund genannt.</translation>
     </message>
     <message>
-        <source>The database %1 can't be opened.
+        <source>The database %1 can&apos;t be opened.
 
 %2
 
@@ -378,7 +415,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Jede zweite Zeile abtönen</translation>
     </message>
     <message>
-        <source>%1: can't be read as a parameter file</source>
+        <source>%1: can&apos;t be read as a parameter file</source>
         <translation>%1: kann nicht als Parameterdatei gelesen werden</translation>
     </message>
     <message>
@@ -782,14 +819,6 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Die Datensätze der ausgewählten Zeilen leeren; das Verdichten der Tabelle entfernt sie</translation>
     </message>
     <message>
-        <source>Empty 1 row of '%1'? Its values are lost. The row itself goes when the table is crunched.</source>
-        <translation>1 Zeile von „%1“ leeren? Ihre Werte gehen verloren. Die Zeile selbst verschwindet, wenn die Tabelle verdichtet wird.</translation>
-    </message>
-    <message>
-        <source>Empty %2 rows of '%1'? Their values are lost. The rows themselves go when the table is crunched.</source>
-        <translation>%2 Zeilen von „%1“ leeren? Ihre Werte gehen verloren. Die Zeilen selbst verschwinden, wenn die Tabelle verdichtet wird.</translation>
-    </message>
-    <message>
         <source>&amp;Crunch Table</source>
         <translation>Tabelle ver&amp;dichten</translation>
     </message>
@@ -798,7 +827,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Die leeren Datensätze der Tabelle entfernen</translation>
     </message>
     <message>
-        <source>Remove the empty records of '%1'? The records behind them get other numbers.</source>
+        <source>Remove the empty records of &apos;%1&apos;? The records behind them get other numbers.</source>
         <translation>Die leeren Datensätze von „%1“ entfernen? Die Datensätze dahinter bekommen andere Nummern.</translation>
     </message>
     <message>
@@ -826,7 +855,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Allein die ausgewählten Zeilen in der Sicht behalten; die Datensätze bleiben</translation>
     </message>
     <message>
-        <source>%1: the picture can't be written: %2</source>
+        <source>%1: the picture can&apos;t be written: %2</source>
         <translation>%1: Das Bild kann nicht geschrieben werden: %2</translation>
     </message>
     <message>
@@ -846,7 +875,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation> – </translation>
     </message>
     <message>
-        <source>ignoring requested size of '%1' and setting to 10</source>
+        <source>ignoring requested size of &apos;%1&apos; and setting to 10</source>
         <translation>die gewünschte Größe „%1“ wird übergangen und 10 gesetzt</translation>
     </message>
     <message>
@@ -882,7 +911,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>...</translation>
     </message>
     <message>
-        <source>' -- not making an event map</source>
+        <source>&apos; -- not making an event map</source>
         <translation>“ – es wird keine Erdbebenkarte gezeichnet</translation>
     </message>
     <message>
@@ -890,11 +919,11 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>ovedit kann zurzeit nur eine Karte zugleich zeigen</translation>
     </message>
     <message>
-        <source>Failed to lookup 'origin' table in database '</source>
+        <source>Failed to lookup &apos;origin&apos; table in database &apos;</source>
         <translation>Die Tabelle „origin“ ließ sich nicht finden in der Datenbank „</translation>
     </message>
     <message>
-        <source>No 'origin' table found in database '</source>
+        <source>No &apos;origin&apos; table found in database &apos;</source>
         <translation>Es gibt keine Tabelle „origin“ in der Datenbank „</translation>
     </message>
     <message>
@@ -910,7 +939,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>%1 Zeilen</translation>
     </message>
     <message>
-        <source>Table '%1' updated</source>
+        <source>Table &apos;%1&apos; updated</source>
         <translation>Tabelle „%1“ geändert</translation>
     </message>
     <message>
@@ -974,7 +1003,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Schließen</translation>
     </message>
     <message>
-        <source>in table '%1'</source>
+        <source>in table &apos;%1&apos;</source>
         <translation>in Tabelle „%1“</translation>
     </message>
     <message>
@@ -1022,15 +1051,15 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Zeile %1 zeigen</translation>
     </message>
     <message>
-        <source>Remove Column '%1' From Display</source>
+        <source>Remove Column &apos;%1&apos; From Display</source>
         <translation>Spalte „%1“ ausblenden</translation>
     </message>
     <message>
-        <source>Change Selected '%1' Values</source>
+        <source>Change Selected &apos;%1&apos; Values</source>
         <translation>Ausgewählte Werte von „%1“ ändern</translation>
     </message>
     <message>
-        <source>Change All '%1' Values</source>
+        <source>Change All &apos;%1&apos; Values</source>
         <translation>Alle Werte von „%1“ ändern</translation>
     </message>
     <message>
@@ -1042,11 +1071,7 @@ Eine Datenbank wird über ihren Deskriptor oder eine ihrer Tabellendateien geöf
         <translation>Wert für</translation>
     </message>
     <message>
-        <source>'%1' was not stored in %2 cells: %3</source>
-        <translation>„%1“ wurde in %2 Zellen nicht gespeichert: %3</translation>
-    </message>
-    <message>
-        <source>'%1' was not stored: %2</source>
+        <source>&apos;%1&apos; was not stored: %2</source>
         <translation>„%1“ wurde nicht gespeichert: %2</translation>
     </message>
     <message>
@@ -1144,15 +1169,15 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Das Fenster konnte nicht gezeichnet werden</translation>
     </message>
     <message>
-        <source>'%1' has %2 rows; a spreadsheet holds no more than %3. Nothing was written: save it as a text file, or a part of it.</source>
+        <source>&apos;%1&apos; has %2 rows; a spreadsheet holds no more than %3. Nothing was written: save it as a text file, or a part of it.</source>
         <translation>„%1“ hat %2 Zeilen; ein Tabellenblatt fasst höchstens %3. Nichts wurde geschrieben: Speichern Sie als Textdatei oder nur einen Teil.</translation>
     </message>
     <message>
-        <source>'%1' has more columns than a spreadsheet holds</source>
+        <source>&apos;%1&apos; has more columns than a spreadsheet holds</source>
         <translation>„%1“ hat mehr Spalten, als ein Tabellenblatt fasst</translation>
     </message>
     <message>
-        <source>The spreadsheet '%1' could not be written</source>
+        <source>The spreadsheet &apos;%1&apos; could not be written</source>
         <translation>Das Tabellenblatt „%1“ konnte nicht geschrieben werden</translation>
     </message>
     <message>
@@ -1164,7 +1189,7 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Ausdruck der Teilmenge</translation>
     </message>
     <message>
-        <source>Subset of '%1' on expression '%2'</source>
+        <source>Subset of &apos;%1&apos; on expression &apos;%2&apos;</source>
         <translation>Teilmenge von „%1“ mit dem Ausdruck „%2“</translation>
     </message>
     <message>
@@ -1172,7 +1197,7 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Sortierfelder</translation>
     </message>
     <message>
-        <source>Sort of '%1' on fields</source>
+        <source>Sort of &apos;%1&apos; on fields</source>
         <translation>Sortieren von „%1“ nach den Feldern</translation>
     </message>
     <message>
@@ -1180,27 +1205,27 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Gruppierfelder</translation>
     </message>
     <message>
-        <source>Group of '%1' on fields</source>
+        <source>Group of &apos;%1&apos; on fields</source>
         <translation>Gruppieren von „%1“ nach den Feldern</translation>
     </message>
     <message>
-        <source>Ungroup of '%1'</source>
+        <source>Ungroup of &apos;%1&apos;</source>
         <translation>Auflösen der Gruppen von „%1“</translation>
     </message>
     <message>
-        <source>Join of '%1' to '%2'</source>
+        <source>Join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Verbund von „%1“ mit „%2“</translation>
     </message>
     <message>
-        <source>Outer-join of '%1' to '%2'</source>
+        <source>Outer-join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Äußerer Verbund von „%1“ mit „%2“</translation>
     </message>
     <message>
-        <source>Left-join of '%1' to '%2'</source>
+        <source>Left-join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Linker Verbund von „%1“ mit „%2“</translation>
     </message>
     <message>
-        <source>No-join of '%1' to '%2'</source>
+        <source>No-join of &apos;%1&apos; to &apos;%2&apos;</source>
         <translation>Zeilen von „%1“ ohne Entsprechung in „%2“</translation>
     </message>
     <message>
@@ -1208,15 +1233,15 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Ausdruck des Theta-Verbunds</translation>
     </message>
     <message>
-        <source>Theta-join of '%1' to '%2' with expression '%3'</source>
+        <source>Theta-join of &apos;%1&apos; to &apos;%2&apos; with expression &apos;%3&apos;</source>
         <translation>Theta-Verbund von „%1“ mit „%2“ und dem Ausdruck „%3“</translation>
     </message>
     <message>
-        <source>Sever of table '%1' from '%2'</source>
+        <source>Sever of table &apos;%1&apos; from &apos;%2&apos;</source>
         <translation>Abtrennen der Tabelle „%1“ von „%2“</translation>
     </message>
     <message>
-        <source>Separate table '%1' from '%2'</source>
+        <source>Separate table &apos;%1&apos; from &apos;%2&apos;</source>
         <translation>Herauslösen der Tabelle „%1“ aus „%2“</translation>
     </message>
     <message>
@@ -1451,6 +1476,126 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>years</source>
         <translation>Jahren</translation>
     </message>
+    <message>
+        <source>Changing the rows of %1</source>
+        <translation>Die Zeilen von %1 werden geändert</translation>
+    </message>
+    <message>
+        <source>Marking rows of %1</source>
+        <translation>Zeilen von %1 werden vorgemerkt</translation>
+    </message>
+    <message>
+        <source>Undoing the change of %1</source>
+        <translation>Die Änderung von %1 wird rückgängig gemacht</translation>
+    </message>
+    <message>
+        <source>Changing %1 again</source>
+        <translation>%1 wird wieder geändert</translation>
+    </message>
+    <message>
+        <source>There is no room to keep what was there before the last change: it can&apos;t be undone.</source>
+        <translation>Für das, was vor der letzten Änderung da war, ist kein Platz: Sie lässt sich nicht rückgängig machen.</translation>
+    </message>
+    <message>
+        <source>Another program has crunched or replaced a table: what was changed in it before can&apos;t be undone any more.</source>
+        <translation>Ein anderes Programm hat eine Tabelle verdichtet oder ersetzt: Was vorher in ihr geändert wurde, lässt sich nicht mehr rückgängig machen.</translation>
+    </message>
+    <message>
+        <source>Nothing was undone of &quot;%1&quot;: the records hold something else by now. Another program may have changed them.</source>
+        <translation>Von „%1“ wurde nichts rückgängig gemacht: In den Datensätzen steht inzwischen etwas anderes. Vielleicht hat ein anderes Programm sie geändert.</translation>
+    </message>
+    <message>
+        <source>Nothing was done again of &quot;%1&quot;: the records hold something else by now. Another program may have changed them.</source>
+        <translation>Von „%1“ wurde nichts wiederholt: In den Datensätzen steht inzwischen etwas anderes. Vielleicht hat ein anderes Programm sie geändert.</translation>
+    </message>
+    <message>
+        <source>%2 of %3 values of &quot;%1&quot; were left as they are: they are others by now. Another program may have changed them.</source>
+        <translation>%2 von %3 Werten von „%1“ blieben, wie sie sind: Es sind inzwischen andere. Vielleicht hat ein anderes Programm sie geändert.</translation>
+    </message>
+    <message>
+        <source>Stopped before &quot;%1&quot; was done. Do it once more for the rest.</source>
+        <translation>Angehalten, bevor „%1“ fertig war. Noch einmal aufgerufen, geht es mit dem Rest weiter.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; can&apos;t be undone: %2</source>
+        <translation>„%1“ lässt sich nicht rückgängig machen: %2</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; can&apos;t be done again: %2</source>
+        <translation>„%1“ lässt sich nicht wiederholen: %2</translation>
+    </message>
+    <message>
+        <source>Changes of Several Tables</source>
+        <translation>Änderungen mehrerer Tabellen</translation>
+    </message>
+    <message>
+        <source>Change of %1 Values of %2</source>
+        <translation>Änderung von %1 Werten von %2</translation>
+    </message>
+    <message>
+        <source>Change of %2.%3 in record %4</source>
+        <translation>Änderung von %2.%3 in Datensatz %4</translation>
+    </message>
+    <message>
+        <source>Change of %2.%3 in %1 records</source>
+        <translation>Änderung von %2.%3 in %1 Datensätzen</translation>
+    </message>
+    <message>
+        <source>Marking Record %4 of %2</source>
+        <translation>Vormerken von Datensatz %4 von %2</translation>
+    </message>
+    <message>
+        <source>Marking %1 Records of %2</source>
+        <translation>Vormerken von %1 Datensätzen von %2</translation>
+    </message>
+    <message>
+        <source>Adding 1 Record to %2</source>
+        <translation>Anfügen von 1 Datensatz an %2</translation>
+    </message>
+    <message>
+        <source>Adding %1 Records to %2</source>
+        <translation>Anfügen von %1 Datensätzen an %2</translation>
+    </message>
+    <message>
+        <source>what was there before can&apos;t be read back</source>
+        <translation>was vorher da war, lässt sich nicht mehr lesen</translation>
+    </message>
+    <message>
+        <source>Change Values</source>
+        <translation>Werte ändern</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Ändern</translation>
+    </message>
+    <message>
+        <source>Put &apos;%4&apos; into %1 cells in %2 rows of &apos;%3&apos;?</source>
+        <translation>„%4“ in %1 Zellen in %2 Zeilen von „%3“ schreiben?</translation>
+    </message>
+    <message>
+        <source>Change &apos;%1&apos; to &apos;%4&apos; in all %2 rows of &apos;%3&apos;?</source>
+        <translation>„%1“ in allen %2 Zeilen von „%3“ auf „%4“ ändern?</translation>
+    </message>
+    <message>
+        <source>Stopped: &apos;%4&apos; was stored in %1 of %2 cells.</source>
+        <translation>Angehalten: „%4“ steht in %1 von %2 Zellen.</translation>
+    </message>
+    <message>
+        <source>&apos;%4&apos; was not stored in %1 cells: %2</source>
+        <translation>„%4“ wurde in %1 Zellen nicht gespeichert: %2</translation>
+    </message>
+    <message>
+        <source>Stopped: %1 of %2 rows are marked.</source>
+        <translation>Angehalten: %1 von %2 Zeilen sind vorgemerkt.</translation>
+    </message>
+    <message>
+        <source>%1 of %2 rows are marked. The others are not: %3</source>
+        <translation>%1 von %2 Zeilen sind vorgemerkt. Die anderen sind es nicht: %3</translation>
+    </message>
+    <message>
+        <source>Read only: edits are not allowed here</source>
+        <translation>Nur Lesen: Änderungen sind hier nicht erlaubt</translation>
+    </message>
 </context>
 <context>
     <name>ProblemsDialog</name>
@@ -1504,6 +1649,46 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>The database is open for reading only. Open it again to read and write.</source>
         <translation>Die Datenbank ist nur zum Lesen geöffnet. Öffnen Sie sie erneut zum Lesen und Schreiben.</translation>
     </message>
+    <message>
+        <source>&amp;Undo</source>
+        <translation>&amp;Rückgängig</translation>
+    </message>
+    <message>
+        <source>&amp;Redo</source>
+        <translation>&amp;Wiederholen</translation>
+    </message>
+    <message>
+        <source>&amp;Undo %1</source>
+        <translation>&amp;Rückgängig: %1</translation>
+    </message>
+    <message>
+        <source>&amp;Redo %1</source>
+        <translation>&amp;Wiederholen: %1</translation>
+    </message>
+    <message>
+        <source>No table is shown.</source>
+        <translation>Es wird keine Tabelle gezeigt.</translation>
+    </message>
+    <message>
+        <source>This is a table; rows are taken out of views.</source>
+        <translation>Dies ist eine Tabelle; Zeilen nimmt man aus Sichten.</translation>
+    </message>
+    <message>
+        <source>This is a view; records are added, marked and removed in its tables.</source>
+        <translation>Dies ist eine Sicht; Datensätze werden in ihren Tabellen angefügt, vorgemerkt und entfernt.</translation>
+    </message>
+    <message>
+        <source>The file of the table can&apos;t be written.</source>
+        <translation>Die Datei der Tabelle kann nicht geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>No row is selected.</source>
+        <translation>Es ist keine Zeile ausgewählt.</translation>
+    </message>
+    <message>
+        <source>What was changed in the table before can&apos;t be undone any more.</source>
+        <translation>Was vorher in der Tabelle geändert wurde, lässt sich dann nicht mehr rückgängig machen.</translation>
+    </message>
 </context>
 <context>
     <name>SchemaWindow</name>
@@ -1551,7 +1736,10 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message numerus="yes">
         <source>About %n seconds left</source>
-        <translation><numerusform>Noch etwa %n Sekunde</numerusform><numerusform>Noch etwa %n Sekunden</numerusform></translation>
+        <translation>
+            <numerusform>Noch etwa %n Sekunde</numerusform>
+            <numerusform>Noch etwa %n Sekunden</numerusform>
+        </translation>
     </message>
     <message>
         <source>About a minute left</source>
@@ -1559,7 +1747,10 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message numerus="yes">
         <source>About %n minutes left</source>
-        <translation><numerusform>Noch etwa %n Minute</numerusform><numerusform>Noch etwa %n Minuten</numerusform></translation>
+        <translation>
+            <numerusform>Noch etwa %n Minute</numerusform>
+            <numerusform>Noch etwa %n Minuten</numerusform>
+        </translation>
     </message>
     <message>
         <source>About an hour left</source>
@@ -1567,7 +1758,10 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
     <message numerus="yes">
         <source>About %n hours left</source>
-        <translation><numerusform>Noch etwa %n Stunde</numerusform><numerusform>Noch etwa %n Stunden</numerusform></translation>
+        <translation>
+            <numerusform>Noch etwa %n Stunde</numerusform>
+            <numerusform>Noch etwa %n Stunden</numerusform>
+        </translation>
     </message>
     <message>
         <source>More than a day left</source>

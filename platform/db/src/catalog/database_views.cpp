@@ -94,9 +94,12 @@ std::int64_t Database::index_for_bundles(const std::shared_ptr<Table> &source)
     for (std::size_t i = 0; i < tables_.size(); ++i)
         if (tables_[i] == source)
             return static_cast<std::int64_t>(i);
-    for (std::size_t i = 0; i < unlisted_.size(); ++i)
+    for (std::size_t i = 0; i < unlisted_.size(); ++i) {
         if (unlisted_[i].lock() == source)
             return first_unlisted + static_cast<std::int64_t>(i);
+        if (unlisted_[i].expired()) // what is gone keeps its number, and else no memory
+            unlisted_[i].reset();
+    }
     unlisted_.push_back(source);
     return first_unlisted + static_cast<std::int64_t>(unlisted_.size() - 1);
 }

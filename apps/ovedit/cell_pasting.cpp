@@ -11,6 +11,7 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QPointer>
+#include <QScopeGuard>
 
 #include <orvane/db.h>
 #include <orvane/tr.h>
@@ -165,9 +166,12 @@ public:
         });
     }
 
-    // Throws at the first value that can't be stored. False where the user cancels.
+    // Throws at the first value that can't be stored. False where the user cancels. What is stored is one
+    // step to be taken back.
     bool store()
     {
+        dbbegin_step();
+        const auto end = qScopeGuard([] { dbend_step(); });
         return eachChangedCell(checkingShare, 1, [this](const QModelIndex &cell, const QString &value) {
             if (!m_table->setData(cell, stored(value), Qt::EditRole)) {
                 fail(OvTranslation::tr("Row %1, %2: '%3' can't be stored: %4 %5 cells were changed before.")

@@ -267,6 +267,8 @@ bool OrvaneTableModel::refresh()
     setRows(d->askRowCount());
     tellCellsChanged();
     noteAgain();
+    if (std::exchange(d->resetAfterSorting, false)) // it changed again while it was sorted
+        queueRefresh({});
     return true;
 }
 

@@ -312,7 +312,8 @@ void OrvaneRowView::showRow(int row)
 {
     const int count = m_model->rowCount();
     const bool isSpecial = row == dbNULL || row == dbSCRATCH;
-    m_row = isSpecial ? row : std::min(std::max(row, 0), count - 1); // -1 where there are no rows
+    // -1 for the first row where there are none; a negative number is 0 there, too.
+    m_row = isSpecial ? row : row < count ? std::max(row, 0) : count - 1;
     for (QFieldEdit *editor : qAsConst(m_editors)) {
         editor->setRow(m_row);
         // Any other row leaves it as it was.

@@ -52,6 +52,7 @@ class Session:
         environment.pop("ORVANE_SCHEMA_PATH", None)
         self.settings = pathlib.Path(home, "config", "Orvane", "ovedit.conf")
         self.environment = environment
+        self.options = []
         self.process = None
         self.window = None
 

@@ -188,6 +188,8 @@ TEST_F(RowView, anEmptyTableHasNoRowToShow)
     show("event", 0);
     EXPECT_EQ(header(), "in table 'event' (0 total rows)");
     EXPECT_EQ(rowEntry(), "**ILLEGAL VALUE**");
+    typeRow("-7");
+    EXPECT_EQ(rowEntry(), "0") << "meant: a negative number is the first row, also where there is none";
     EXPECT_FALSE(enabled("previousRow"));
     EXPECT_FALSE(enabled("nextRow"));
 }

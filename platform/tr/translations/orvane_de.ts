@@ -1752,8 +1752,8 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Das Einfügen wurde abgebrochen. Vorher wurden %1 Zellen geändert.</translation>
     </message>
     <message>
-        <source>Save With Column &amp;Names</source>
-        <translation>Mit Spalten&amp;namen speichern</translation>
+        <source>Save &amp;With Column Names</source>
+        <translation>Mit S&amp;paltennamen speichern</translation>
     </message>
     <message>
         <source>Begin text files and spreadsheets with the names of the columns</source>

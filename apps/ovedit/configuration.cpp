@@ -39,7 +39,7 @@ const Switch switches[] = {
 };
 
 const Switch switchesOfSaving[] = {
-    {"saveas_includes_headers", OvTranslation::noop("Save With Column &Names"),
+    {"saveas_includes_headers", OvTranslation::noop("Save &With Column Names"),
      OvTranslation::noop("Begin text files and spreadsheets with the names of the columns")},
 };
 

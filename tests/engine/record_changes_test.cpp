@@ -210,11 +210,8 @@ TEST_F(RecordChanges, OfManyRowsAreOneRequest)
     done = open.at(SiteTable, SiteLatField)->putRows("lat", "NULL", {{0, 0}});
     EXPECT_EQ(text(SiteTable, SiteLatField, 0), "-999.0000");
 
-    done = field->putRows("sta", "KIV", {{0, 0}, {rows, rows}});
-    EXPECT_EQ(done.changed, 1) << "what was done before the failure is done";
-    EXPECT_NE(done.failure.indexOf("is not there"), -1) << done.failure.toStdString();
-    EXPECT_FALSE(done.cancelled);
-    EXPECT_EQ(text(SiteTable, StaField, 0), "KIV");
+    EXPECT_THROW(field->putRows("sta", "KIV", {{0, 0}, {rows, rows}}), std::runtime_error);
+    EXPECT_EQ(text(SiteTable, StaField, 0), "BFO") << "neighbouring rows are changed together or not at all";
 
     expectErrorWithLog(field.get(), "put_rows", {"sta", "longer than six", QVariantList{0, 0}},
                        "dbputv_rows failed");

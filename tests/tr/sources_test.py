@@ -44,8 +44,6 @@ UNSEEN = {
 ALLOWED = {
     ("apps/ovedit/application.cpp", "Failed to open database"): "looked for, not shown",
     ("apps/ovedit/language_menu.cpp", "English"): "a language by its own name",
-    ("apps/ovedit/new_database_dialog.cpp", "*.yaml"): "a pattern of file names",
-    ("views/cell_painter.cpp", "Ångström AV To 0123456789 0123456789 0123456789 0123456789 (%Q)"): "measured, not shown",
     ("apps/ovedit/settings.cpp", "Orvane"): "the folder of the settings",
     ("models/tooltip_database.cpp", "Dblocks:"): "a label of the library's own, the same everywhere",
     ("models/tooltip_database.cpp", "Dbidserver:"): "a label of the library's own, the same everywhere",

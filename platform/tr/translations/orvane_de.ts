@@ -1812,8 +1812,8 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Das Einfügen wurde abgebrochen. Vorher wurden %1 Zellen geändert.</translation>
     </message>
     <message>
-        <source>Save With Column &amp;Names</source>
-        <translation>Mit Spalten&amp;namen speichern</translation>
+        <source>Save &amp;With Column Names</source>
+        <translation>Mit S&amp;paltennamen speichern</translation>
     </message>
     <message>
         <source>Begin text files and spreadsheets with the names of the columns</source>
@@ -1966,6 +1966,66 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>Make a new database, with no records yet</source>
         <translation>Eine neue Datenbank anlegen, noch ohne Datensätze</translation>
+    </message>
+    <message>
+        <source>Storing a value in %1</source>
+        <translation>Ein Wert wird in %1 gespeichert</translation>
+    </message>
+    <message>
+        <source>Storing the value was given up; %1 is as it was.</source>
+        <translation>Das Speichern des Werts wurde aufgegeben; %1 ist, wie es war.</translation>
+    </message>
+    <message>
+        <source>Adding a record to %1</source>
+        <translation>Ein Datensatz wird zu %1 hinzugefügt</translation>
+    </message>
+    <message>
+        <source>Adding the record was given up; %1 is as it was.</source>
+        <translation>Das Hinzufügen des Datensatzes wurde aufgegeben; %1 ist, wie es war.</translation>
+    </message>
+    <message>
+        <source>Marking a record of %1</source>
+        <translation>Ein Datensatz von %1 wird vorgemerkt</translation>
+    </message>
+    <message>
+        <source>Marking the record was given up.</source>
+        <translation>Das Vormerken des Datensatzes wurde aufgegeben.</translation>
+    </message>
+    <message>
+        <source>Changed meanwhile: &apos;%1&apos; is stored now. Enter replaces it by what you typed, Escape leaves it.</source>
+        <translation>Inzwischen geändert: Jetzt ist „%1“ gespeichert. Die Eingabetaste ersetzt es durch Ihre Eingabe, Esc lässt es stehen.</translation>
+    </message>
+    <message>
+        <source>The record that was being changed is gone: another program removed it or replaced the table. Not stored was what had been typed:</source>
+        <translation>Der Datensatz, der geändert wurde, ist verschwunden: Ein anderes Programm hat ihn entfernt oder die Tabelle ersetzt. Nicht gespeichert wurde die Eingabe:</translation>
+    </message>
+    <message>
+        <source>the record is gone</source>
+        <translation>der Datensatz ist verschwunden</translation>
+    </message>
+    <message>
+        <source>Another program removed the record of row %1 or replaced the table.</source>
+        <translation>Ein anderes Programm hat den Datensatz der Zeile %1 entfernt oder die Tabelle ersetzt.</translation>
+    </message>
+    <message>
+        <source>Another program has replaced a table since this view was made of it, and its rows stand for nothing any more. Close the view and make it again.</source>
+        <translation>Ein anderes Programm hat eine Tabelle ersetzt, seit diese Sicht daraus gebildet wurde; ihre Zeilen stehen für nichts mehr. Schließen Sie die Sicht und bilden Sie sie neu.</translation>
+    </message>
+    <message>
+        <source>Another program has replaced the table &apos;%1&apos; since it was shown. Nothing was changed. The table has been read anew: look at the rows and try again.</source>
+        <translation>Ein anderes Programm hat die Tabelle „%1“ ersetzt, seit sie gezeigt wurde. Nichts wurde geändert. Die Tabelle ist neu gelesen: Sehen Sie die Zeilen an und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>Changed meanwhile: &apos;%1&apos; is stored now. Enter replaces it by what you typed.</source>
+        <translation>Inzwischen geändert: Jetzt ist „%1“ gespeichert. Die Eingabetaste ersetzt es durch Ihre Eingabe.</translation>
+    </message>
+    <message>
+        <source>the table is not there any more</source>
+        <translation>die Tabelle gibt es nicht mehr</translation>
+    </message>
+    <message>
+        <source>another program replaced the table since it was shown, and it is read anew. Look whether this is still the record that you mean, and store the value again</source>
+        <translation>ein anderes Programm hat die Tabelle ersetzt, seit sie gezeigt wurde; sie ist neu gelesen. Prüfen Sie, ob dies noch der gemeinte Datensatz ist, und speichern Sie den Wert noch einmal</translation>
     </message>
 </context>
 <context>

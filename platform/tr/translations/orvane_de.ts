@@ -1564,66 +1564,6 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Jahren</translation>
     </message>
     <message>
-        <source>Changed meanwhile: '%1' is stored now. Enter replaces it by what you typed, Escape leaves it.</source>
-        <translation>Inzwischen geändert: jetzt ist „%1“ gespeichert. Eingabe ersetzt es durch das Getippte, Esc lässt es stehen.</translation>
-    </message>
-    <message>
-        <source>The record that was being changed is gone: another program removed it or replaced the table. Not stored was what had been typed:</source>
-        <translation>Der Datensatz, der gerade geändert wurde, ist nicht mehr da: Ein anderes Programm hat ihn entfernt oder die Tabelle ersetzt. Nicht gespeichert wurde, was getippt war:</translation>
-    </message>
-    <message>
-        <source>the record is gone</source>
-        <translation>der Datensatz ist nicht mehr da</translation>
-    </message>
-    <message>
-        <source>Another program removed the record of row %1 or replaced the table.</source>
-        <translation>Ein anderes Programm hat den Datensatz der Zeile %1 entfernt oder die Tabelle ersetzt.</translation>
-    </message>
-    <message>
-        <source>Another program has replaced a table since this view was made of it, and its rows stand for nothing any more. Close the view and make it again.</source>
-        <translation>Ein anderes Programm hat eine Tabelle ersetzt, seit diese Sicht aus ihr gemacht wurde; ihre Zeilen stehen für nichts mehr. Schließen Sie die Sicht und machen Sie sie neu.</translation>
-    </message>
-    <message>
-        <source>Another program has replaced the table '%1' since it was shown. Nothing was changed. The table has been read anew: look at the rows and try again.</source>
-        <translation>Ein anderes Programm hat die Tabelle „%1“ ersetzt, seit sie gezeigt wurde. Nichts wurde geändert. Die Tabelle ist neu gelesen: Sehen Sie sich die Zeilen an und versuchen Sie es noch einmal.</translation>
-    </message>
-    <message>
-        <source>Changed meanwhile: '%1' is stored now. Enter replaces it by what you typed.</source>
-        <translation>Inzwischen geändert: jetzt ist „%1“ gespeichert. Eingabe ersetzt es durch das Getippte.</translation>
-    </message>
-    <message>
-        <source>the table is not there any more</source>
-        <translation>die Tabelle ist nicht mehr da</translation>
-    </message>
-    <message>
-        <source>another program replaced the table since it was shown, and it is read anew. Look whether this is still the record that you mean, and store the value again</source>
-        <translation>ein anderes Programm hat die Tabelle ersetzt, seit sie gezeigt wurde, und sie wird neu gelesen. Sehen Sie nach, ob dies noch der gemeinte Datensatz ist, und speichern Sie den Wert noch einmal</translation>
-    </message>
-    <message>
-        <source>Storing a value in %1</source>
-        <translation>Speichere einen Wert in %1</translation>
-    </message>
-    <message>
-        <source>Storing the value was given up; %1 is as it was.</source>
-        <translation>Das Speichern des Werts wurde aufgegeben; %1 ist, wie es war.</translation>
-    </message>
-    <message>
-        <source>Adding a record to %1</source>
-        <translation>Füge %1 einen Datensatz hinzu</translation>
-    </message>
-    <message>
-        <source>Adding the record was given up; %1 is as it was.</source>
-        <translation>Das Hinzufügen des Datensatzes wurde aufgegeben; %1 ist, wie es war.</translation>
-    </message>
-    <message>
-        <source>Marking a record of %1</source>
-        <translation>Markiere einen Datensatz von %1</translation>
-    </message>
-    <message>
-        <source>Marking the record was given up.</source>
-        <translation>Das Markieren des Datensatzes wurde aufgegeben.</translation>
-    </message>
-    <message>
         <source>Changing the rows of %1</source>
         <translation>Die Zeilen von %1 werden geändert</translation>
     </message>

@@ -87,8 +87,10 @@ OrvaneTableModel::RowsStored OrvaneTableModel::setRowsData(const RowRanges &rows
         last = std::max(last, range.second);
     }
     // A change stamps records with its time, so other columns change, too.
-    if (done.stored > 0)
+    if (done.stored > 0) {
         emit dataChanged(index(first, 0), index(last, columnCount() - 1));
+        letOthersShowChange();
+    }
     return done;
 }
 
@@ -96,7 +98,10 @@ OrvaneTableModel::RowsStored OrvaneTableModel::markRows(const RowRanges &rows)
 {
     if (rows.isEmpty() || !d->own->isValid())
         return {};
-    const auto reset = qScopeGuard([this] { emit modelReset(); });
+    const auto reset = qScopeGuard([this] {
+        emit modelReset();
+        letOthersShowChange();
+    });
     QDbptr table(d->own->getConnection(), d->own->getDbptr());
     return stored([&] {
         if (d->display == d->own)

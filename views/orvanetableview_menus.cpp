@@ -347,7 +347,7 @@ void OrvaneTableView::changeSelected(const QString &value)
                                             m_model->getTableName(), value))) {
         return;
     }
-    if (model != nullptr && model == m_model) {
+    if (model != nullptr && model == m_model && isStillThere()) {
         store(value, cells);
     }
 }
@@ -361,7 +361,7 @@ void OrvaneTableView::changeAll(int column, const QString &value)
                                            m_model->getTableName(), value))) {
         return;
     }
-    if (model != nullptr && model == m_model && rows > 0) {
+    if (model != nullptr && model == m_model && rows > 0 && isStillThere()) {
         store(value, {{column, {{0, rows - 1}}}});
     }
 }

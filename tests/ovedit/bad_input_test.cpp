@@ -160,7 +160,7 @@ TEST_P(RefusedValue, ofTheScratchRecordIsToldAndNotAdded)
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, RefusedValue, testing::ValuesIn(badValues),
-                         [](const auto &info) { return std::string(info.param.name); });
+                         [](const auto &given) { return std::string(given.param.name); });
 
 TEST_F(Refused, aRecordWithAKeyThatIsThereIsNotAdded)
 {

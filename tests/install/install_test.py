@@ -135,7 +135,7 @@ class InstalledTree(unittest.TestCase):
         self.assertGreater(len(deep), 10)
         self.assertEqual([row["depth"] for row in rows], [record.split()[2] for record in deep])
         self.assertIn(f"{len(deep)} rows in chosen", said)
-        for arguments, reason in ((("nowhere", "origin", "1==1"), "no such database"),
+        for arguments, reason in ((("nowhere", "origin", "1==1"), "cannot open the database 'nowhere'"),
                                   ((demo, "origin", "dep > 1"), "dep")):
             failed = subprocess.run([program, *arguments, written], env=environment, text=True,
                                     stdout=subprocess.PIPE, stderr=subprocess.PIPE)

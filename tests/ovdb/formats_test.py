@@ -8,7 +8,7 @@ import unittest
 from program import DEMO, ProgramTest, field, record, run
 
 NOTES = ['plain', 'a,b', 'say "hi"', '"', '""', "tab\there", "carriage\rreturn", " leads", "'quoted'", "semi;colon",
-         "\\back\\", "ÅØ ü", "", "-", "{json}", "a\u2028b", "\x01\x1f\x7f", "line\nfeed"]
+         "\\back\\", "ÅØ ü", "", "-", "{json}", "a\u2028b", "\x01\x1f\x7f"]
 
 
 class Formats(ProgramTest):
@@ -25,6 +25,14 @@ class Formats(ProgramTest):
             result = run("select", self.table(table))
             self.assertEqual((result.returncode, result.stdout), (0, self.path(table).read_bytes()))
             self.assertEqual(run("select", self.table(table), "--format", "text").stdout, result.stdout)
+
+    def test_a_line_feed_within_a_record_is_an_error(self):
+        self.write("kinds", *self.rows, ("1", "2018038", "99", "1.5000", "0.00000", "line\nfeed"))
+        for form in ("text", "csv", "tsv", "json"):
+            result = run("select", self.table("kinds"), "--format", form)
+            self.assertEqual(result.returncode, 1)
+            self.assertIn(f"record {len(self.rows)}, ".encode(), result.stderr)
+            self.assertIn(b"has a line feed at byte ", result.stderr)
 
     def test_text_has_names_when_asked(self):
         lines = self.select("arrival", "--header", "--limit", "1").splitlines()

@@ -341,9 +341,9 @@ TEST_F(CellClipboard, CopiesNoRowsOfRecordsThatAreGone)
 TEST_F(CellClipboard, CanBeCancelledAndLeavesTheClipboardAlone)
 {
     MainWindow &window = opened("origin");
+    view(window).selectAll();
     QTest::qWait(150); // the hook is asked at most every 100 ms
     dbset_progress_hook([](double, void *) { return 1; }, nullptr);
-    view(window).selectAll();
     EXPECT_EQ(copied(window), "before");
     QTest::qWait(150);
     EXPECT_EQ(boxes.texts(), QStringList());

@@ -78,6 +78,8 @@ NewDatabaseDialog::NewDatabaseDialog(Settings &settings, QWidget *parent)
     connect(browseFolderButton, &QPushButton::clicked, this, &NewDatabaseDialog::browseFolder);
     auto *browseSchemaButton = new QPushButton(tr("From a &File..."));
     connect(browseSchemaButton, &QPushButton::clicked, this, &NewDatabaseDialog::browseSchema);
+    for (QPushButton *button : {browseFolderButton, browseSchemaButton})
+        button->setAutoDefault(false); // Return creates
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     m_create = buttons->addButton(tr("&Create"), QDialogButtonBox::AcceptRole);
     m_create->setDefault(true);

@@ -39,9 +39,10 @@ class Table:
 
 def choose(hands, letter):
     """An entry of the Rows menu."""
+    windows = hands.session.popups()
     patiently(hands.open_menu, "r")
     hands.display.key(letter)
-    wait_until(lambda: hands.session.popups() == 1 or hands.active() != hands.session.window, "the menu to close", 10)
+    wait_until(lambda: hands.session.popups() <= windows or hands.active() != hands.session.window, "the menu to close", 10)
 
 
 def agree(hands, seconds=5):

@@ -296,8 +296,8 @@ def use_the_table(hands):
 
     def choose_in_cell_menu(entry):
         hands.click(session.window, *FIRST_CELL, button=3)
-        left, top, _, height = display.place(hands.popup())
-        display.click(left + 20, top + round(height * (entry + 0.5) / 3))
+        hands.popup()
+        display.key(*["Down"] * (entry + 1), "Return")
 
     patiently(choose_in_cell_menu, 1)
     found = hands.table_seen("found")

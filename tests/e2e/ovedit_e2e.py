@@ -52,7 +52,6 @@ class Session:
         environment.pop("ORVANE_SCHEMA_PATH", None)
         self.settings = pathlib.Path(home, "config", "Orvane", "ovedit.conf")
         self.environment = environment
-        self.options = []
         self.process = None
         self.window = None
 

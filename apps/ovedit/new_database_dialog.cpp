@@ -82,7 +82,6 @@ NewDatabaseDialog::NewDatabaseDialog(Settings &settings, QWidget *parent)
         button->setAutoDefault(false); // Return creates
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     m_create = buttons->addButton(tr("&Create"), QDialogButtonBox::AcceptRole);
-    m_create->setDefault(true);
     connect(buttons, &QDialogButtonBox::accepted, this, &NewDatabaseDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
@@ -101,6 +100,7 @@ NewDatabaseDialog::NewDatabaseDialog(Settings &settings, QWidget *parent)
     grid->addWidget(m_tables, 5, 0, 1, 3);
     grid->addWidget(m_hindrance, 6, 0, 1, 3);
     grid->addWidget(buttons, 7, 0, 1, 3);
+    m_create->setDefault(true); // now that it is in the dialog
     grid->setRowStretch(5, 1);
     grid->setColumnStretch(1, 1);
 

@@ -23,7 +23,7 @@ DERIVE_ROW = 0.0885  # the height of an entry
 DERIVE_KEYS = {
     "subset": "s", "sort": "o", "group": "g", "ungroup": "u", "join": "j", "outer join": "t", "left join": "l",
     "no join": "n", "theta join": "h", "sever": "v", "separate": "p"}
-DERIVE_PLACE = (112, 10)  # of the word Derive in the menu bar
+DERIVE_PLACE = (152, 10)  # of the word Derive in the menu bar
 
 # The first column of the table shown: its header, and its first cell.
 FIRST_HEADER = (104, 69)

@@ -23,6 +23,7 @@ def run(arguments):
         display.tool("type", "--delay", "12", "shaking")
         display.settled_picture(str(arguments.pictures / "dialog.png"))
         display.key("Return")
+        display.settled_picture(str(arguments.pictures / "created.png"))
         database = pathlib.Path(home, "shaking")
         wait_until(database.is_file, "the descriptor")
         wait_until(lambda: display.windows("--name", "^shaking"), "the window of the database")

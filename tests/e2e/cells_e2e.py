@@ -153,6 +153,9 @@ def use_the_row_viewer(hands, table):
     display.key("Return")
     table.wait_for_station(1, "FORM")
     check(True, "a field is edited in the row viewer")
+    _, _, width, height = display.place(viewer)
+    hands.click(viewer, width - 45, height - 22)  # Dismiss
+    wait_until(lambda: session.popups() == 1, "the row viewer to close", 10)
     display.tool("windowactivate", "--sync", session.window)
     hands.back()
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QScrollBar>
@@ -65,11 +66,17 @@ void OrvaneTableView::keepPlace()
         return;
     }
     loggingErrors("OrvaneTableView::keepPlace", [this] {
+        const bool recordIsGone = m_place.current.y() >= 0 && !currentIndex().isValid();
+        if (recordIsGone && viewport()->isAncestorOf(QApplication::focusWidget())) {
+            // An editor that is hidden with the keyboard hands it on like the Tab key, and the toolkit would
+            // go to a cell that nobody chose, and select it.
+            setFocus();
+        }
         if (m_place.anchor.isValid()) {
             executeDelayedItemsLayout();
             verticalScrollBar()->setValue(m_place.anchor.row() - m_place.offset);
         }
-        if (m_place.current.y() >= 0 && !currentIndex().isValid()) {
+        if (recordIsGone) {
             // The view has not let go of all that it knew of the record yet.
             QTimer::singleShot(0, this, SLOT(standWhereTheRecordWas()));
         }
@@ -83,6 +90,7 @@ void OrvaneTableView::standWhereTheRecordWas()
         if (m_model == nullptr || currentIndex().isValid()) {
             return;
         }
+        executeDelayedItemsLayout(); // not from within the change of the current cell
         const int row = std::min(m_place.current.y(), m_model->rowCount() - 1);
         if (row >= 0) {
             selectionModel()->setCurrentIndex(m_model->index(row, m_place.current.x()),

@@ -10,7 +10,7 @@ import tempfile
 import time
 
 from derive_e2e import FIRST_CELL, Hands
-from ovedit_e2e import Session, check, focus_table, patiently
+from ovedit_e2e import WINDOW, Session, check, focus_table, patiently
 from virtual_display import Display, missing_programs, wait_until
 
 STATION = slice(0, 6)
@@ -153,6 +153,9 @@ def use_the_row_viewer(hands, table):
     display.key("Return")
     table.wait_for_station(1, "FORM")
     check(True, "a field is edited in the row viewer")
+    _, _, width, height = display.place(viewer)
+    hands.click(viewer, width - 45, height - 22)  # Dismiss
+    wait_until(lambda: session.popups() == 1, "the row viewer to close", 10)
     display.tool("windowactivate", "--sync", session.window)
     hands.back()
 
@@ -176,11 +179,17 @@ def mark_and_crunch(hands, table):
 def follow_others(hands, table):
     """Another process, this one, changes the table while it is looked at."""
     session, display = hands.session, hands.display
-    before = hands.table_seen()
+    first_cell = (WINDOW[0] + 60, WINDOW[1] + 100, 80, 16)
+
+    def cell_seen():
+        return display.picture().part(*first_cell)
+
+    display.settled_picture()
+    before = cell_seen()
     records = table.records()
     with open(table.path, "r+") as file:
         file.write("OTHER ")
-    wait_until(lambda: display.picture().part(*session.inside()) != before, "the change to be seen", 10)
+    wait_until(lambda: cell_seen() != before, "the change to be seen", 10)
     session.see("changed_by_another")
     check(True, "what another program changes is seen at once")
 

@@ -28,8 +28,8 @@ struct Bad {
 };
 
 const Bad badValues[] = {
-    {"too_long", "sta", "TOOLONGNAME", "wide"},
-    {"too_long_in_bytes", "sta", QString::fromUtf8("äöüß"), "wide"},
+    {"too_long", "sta", "TOOLONGNAME", "has room for 6"},
+    {"too_long_in_bytes", "sta", QString::fromUtf8("äöüß"), "has room for 6"},
     {"out_of_range", "lat", "95", "lat"},
     {"no_integer", "ondate", "abc", "doesn't convert to an integer"},
     {"fraction_for_an_integer", "ondate", "2001001.5", "doesn't convert to an integer"},
@@ -38,7 +38,7 @@ const Bad badValues[] = {
     {"not_finite", "lat", "inf", "inf"},
     {"no_time", "lddate", "yesterday", "doesn't appear to be an epoch string"},
     {"half_a_character", "sta", QString(QChar(0xD83D)), "half"},
-    {"line_feed", "sta", "A\nB", "control character"},
+    {"line_feed", "sta", "A\nB", "line feed"},
     {"zero_byte", "sta", QString("A") + QChar(0) + "B", "zero byte"},
 };
 
@@ -64,7 +64,10 @@ protected:
     void open()
     {
         window = program.openDatabase(path("site"), "r+", nullptr);
-        ASSERT_NE(window, nullptr) << boxes.texts().join("; ").toStdString();
+        if (window == nullptr) {
+            throw std::runtime_error("the database was not opened: " +
+                                     boxes.texts().join("; ").toStdString());
+        }
         window->show();
         QApplication::setActiveWindow(window);
         settle();
@@ -174,6 +177,11 @@ TEST_F(Refused, aRecordWithAKeyThatIsThereIsNotAdded)
 
 // ---- What the system refuses ---------------------------------------------------------------------
 
+using std::filesystem::perms;
+constexpr perms readable = perms::owner_read | perms::group_read | perms::others_read;
+constexpr perms writable = perms::owner_write | perms::group_write | perms::others_write;
+constexpr perms searchable = perms::owner_exec | perms::group_exec | perms::others_exec;
+
 // The administrator may write what is read-only, so that these tests go on as nobody.
 class AsNobody
 {
@@ -199,8 +207,8 @@ private:
 TEST_F(Refused, aReadOnlyFileIsNotChanged)
 {
     namespace fs = std::filesystem;
-    fs::permissions(files.folder(), fs::perms::owner_all | fs::perms::others_read | fs::perms::others_exec);
-    fs::permissions(files.tablePath("site"), fs::perms::owner_read | fs::perms::others_read);
+    fs::permissions(files.folder(), readable | searchable | perms::owner_write);
+    fs::permissions(files.tablePath("site"), readable);
     const AsNobody nobody;
     open();
     EXPECT_FALSE(model().tableIsWritable());
@@ -227,10 +235,8 @@ TEST_F(Refused, aReadOnlyFileIsNotChanged)
 TEST_F(Refused, aReadOnlyFolderGetsNoTableAndNoCrunchedOne)
 {
     namespace fs = std::filesystem;
-    fs::permissions(files.tablePath("site"),
-                    fs::perms::owner_all | fs::perms::others_read | fs::perms::others_write);
-    fs::permissions(files.folder(), fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_read |
-                                        fs::perms::others_exec);
+    fs::permissions(files.tablePath("site"), readable | writable);
+    fs::permissions(files.folder(), readable | searchable);
     {
         const AsNobody nobody;
         open();

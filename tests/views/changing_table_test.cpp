@@ -222,6 +222,8 @@ TEST_F(ChangingTable, tellsWhatWasTypedForARecordThatIsGone)
     EXPECT_TRUE(boxes.texts()[0].contains("is gone")) << boxes.texts()[0].toStdString();
     EXPECT_TRUE(boxes.texts()[0].endsWith("you"));
     EXPECT_FALSE(shownValues(events(), "auth").contains("you"));
+    EXPECT_EQ(view.currentIndex().row(), 4) << "the keyboard goes on there";
+    EXPECT_FALSE(view.selectionModel()->hasSelection()) << "of what nobody chose";
 }
 
 TEST_F(ChangingTable, isDeletedUnderAnEditor)

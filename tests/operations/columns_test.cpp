@@ -8,6 +8,7 @@
 #include "storage/storage.h"
 #include "table/base_table.h"
 #include "table/field_value.h"
+#include "work/machine_memory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,6 +18,7 @@
 #include <cstring>
 #include <random>
 #include <thread>
+#include <unistd.h>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -312,6 +314,40 @@ TEST(ColumnCache, KeepsTheMostRecentlyUsedWithinItsBudget)
     EXPECT_TRUE(cache.find(2, 0));
     cache.drop(2);
     EXPECT_EQ(cache.used_bytes(), 0u);
+}
+
+std::size_t memoryLeft = 0;
+
+TEST(ColumnCache, LetsGoOfColumnsWhenTheMachineIsShortOfMemory)
+{
+    orvane::Attribute attribute;
+    attribute.type = orvane::FieldType::Integer;
+    const auto column = [&] { return orvane::new_column(attribute, 1 << 20); };
+    const size_t one = column()->bytes();
+    orvane::ColumnCache cache(10 * one, [] { return memoryLeft; });
+    memoryLeft = 100 * one;
+    EXPECT_TRUE(cache.has_room_for(9 * one));
+    EXPECT_FALSE(cache.has_room_for(11 * one)); // the budget
+    cache.keep(1, 0, column());
+    cache.keep(1, 1, column());
+    EXPECT_TRUE(cache.find(1, 0) && cache.find(1, 1));
+    memoryLeft = 2 * one;
+    EXPECT_FALSE(cache.has_room_for(9 * one));
+    EXPECT_TRUE(cache.has_room_for(2 * one)); // in the place of those that are kept
+    EXPECT_TRUE(cache.has_room_for(1000));
+    cache.keep(1, 2, column());
+    EXPECT_FALSE(cache.find(1, 0) || cache.find(1, 1));
+    EXPECT_TRUE(cache.find(1, 2));
+    EXPECT_EQ(cache.used_bytes(), one);
+}
+
+TEST(MachineMemory, IsNoMoreThanTheMachineHas)
+{
+    EXPECT_GT(orvane::machine_memory(), 64u << 20);
+    EXPECT_LE(orvane::machine_memory(),
+              static_cast<size_t>(sysconf(_SC_PHYS_PAGES)) * static_cast<size_t>(sysconf(_SC_PAGE_SIZE)));
+    EXPECT_GT(orvane::available_memory(), 0u);
+    EXPECT_LE(orvane::available_memory(), orvane::machine_memory());
 }
 
 TEST(ColumnBudget, IsWhatTheEnvironmentSays)

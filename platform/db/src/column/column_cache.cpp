@@ -1,25 +1,20 @@
 #include "column/column_cache.h"
 
 #include "column/column.h"
+#include "work/machine_memory.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <limits>
 #include <string_view>
-#include <unistd.h>
 
 namespace orvane {
 
 namespace {
 
-std::size_t quarter_of_memory()
-{
-    const long pages = sysconf(_SC_PHYS_PAGES);
-    const long page = sysconf(_SC_PAGE_SIZE);
-    if (pages <= 0 || page <= 0)
-        return std::size_t{1} << 30;
-    return static_cast<std::size_t>(pages) / 4 * static_cast<std::size_t>(page);
-}
+constexpr std::size_t little = 4 << 20; // for which the system is not asked
+constexpr std::size_t most_reserve = std::size_t{512} << 20;
 
 // Nothing where the setting is not understood.
 std::size_t unit_of(std::string_view ending)
@@ -40,10 +35,24 @@ std::size_t column_budget()
     std::size_t number = 0;
     const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc())
-        return quarter_of_memory();
+        return machine_memory() / 4;
     const std::size_t unit = unit_of(text.substr(static_cast<std::size_t>(stop - text.data())));
     return unit > 0 && number <= std::numeric_limits<std::size_t>::max() / unit ? number * unit
-                                                                                : quarter_of_memory();
+                                                                                : machine_memory() / 4;
+}
+
+ColumnCache::ColumnCache(std::size_t budget_bytes, Available available)
+    : budget_(budget_bytes), available_(available ? available : available_memory),
+      reserve_(std::min(budget_bytes / 4, most_reserve))
+{
+}
+
+// Half of what is free is left to others, and to what operations need beside their columns.
+bool ColumnCache::has_room_for(std::size_t bytes) const
+{
+    if (bytes > budget_)
+        return false;
+    return bytes < little || bytes <= (available_() / 2) + used_ / 2;
 }
 
 std::shared_ptr<const Column> ColumnCache::find(FileVersion version, int field)
@@ -64,6 +73,9 @@ void ColumnCache::keep(FileVersion version, int field, std::shared_ptr<const Col
     if (bytes > budget_)
         return;
     while (used_ + bytes > budget_)
+        erase(std::prev(entries_.end()));
+    // What is in use elsewhere frees nothing by going.
+    while (bytes >= little && !entries_.empty() && available_() < reserve_)
         erase(std::prev(entries_.end()));
     entries_.push_front(Entry{key, std::move(column), bytes});
     index_[key] = entries_.begin();

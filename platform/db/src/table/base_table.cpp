@@ -130,7 +130,7 @@ bool BaseTable::has_room_for(std::span<const int> fields, const Snapshot &as_of)
             static_cast<std::size_t>(as_of.records) *
             (column_storage(attribute.type) == ColumnStorage::Text ? sizeof(std::uint32_t) : sizeof(double));
     }
-    return bytes <= storage_.columns.budget_bytes();
+    return storage_.columns.has_room_for(bytes);
 }
 
 Result<std::unique_ptr<RandomAccessFile>> BaseTable::open_records(const Snapshot &as_of, Work &work) const

@@ -5,13 +5,15 @@
 #include "table/field_value.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <type_traits>
 
 namespace orvane {
 
 namespace {
 
-constexpr std::int64_t block_bytes = 256 << 10; // read at a time: what stays in the second-level cache
+constexpr std::int64_t block_bytes = 512 << 10; // read at a time: what stays in the second-level cache
 
 // What one thread decodes with.
 struct ThreadState {
@@ -141,6 +143,26 @@ private:
 
 namespace {
 
+// As std::count does, in sums of bytes, which a compiler turns into far fewer instructions.
+std::size_t count_line_feeds(std::span<const char> bytes)
+{
+    constexpr std::size_t lanes = 64;
+    constexpr std::size_t most = 255; // that a byte can count
+    std::size_t count = 0;
+    std::size_t at = 0;
+    while (bytes.size() - at >= lanes) {
+        std::array<std::uint8_t, lanes> sums{};
+        const std::size_t groups = std::min((bytes.size() - at) / lanes, most);
+        for (std::size_t group = 0; group < groups; ++group, at += lanes)
+            for (std::size_t lane = 0; lane < lanes; ++lane)
+                sums[lane] = static_cast<std::uint8_t>(sums[lane] + (bytes[at + lane] == '\n' ? 1 : 0));
+        for (const std::uint8_t sum : sums)
+            count += sum;
+    }
+    return count + static_cast<std::size_t>(
+                       std::count(bytes.begin() + static_cast<std::ptrdiff_t>(at), bytes.end(), '\n'));
+}
+
 // The failure of the first of the records, from `begin` on, that has a line feed before its end.
 Status line_feed_within(const RecordSpan &records, std::int64_t begin, std::string_view bytes)
 {
@@ -175,7 +197,7 @@ Result<bool> read_records(const RecordSpan &records, std::int64_t begin, std::in
                           concat(records.shown, ": record ", record, ", bytes ", record * records.record_size,
                                  " to ", (record + 1) * records.record_size - 1,
                                  ", has no line feed at its end; mend the file"));
-    if (std::count(buffer.begin(), buffer.end(), '\n') != end - begin)
+    if (count_line_feeds(buffer) != static_cast<std::size_t>(end - begin))
         return line_feed_within(records, begin, {buffer.data(), buffer.size()});
     return true;
 }
@@ -211,6 +233,18 @@ void FieldDecoder::decode(const char *records, std::int64_t first, std::int64_t 
     }
 }
 
+template <typename T>
+bool FieldDecoder::read_plain(const char *at, std::int64_t n, T &value) const
+{
+    // What stands before the first record is not ours to read.
+    if (fixed_.usable() && (n > 0 || field_.offset >= fixed_.bytes_before()) && fixed_.read(at, value))
+        return true;
+    if constexpr (std::is_same_v<T, double>)
+        return decode_plain_real(at, at + field_.attribute->width, value);
+    else
+        return decode_plain_integer(at, at + field_.attribute->width, value);
+}
+
 void FieldDecoder::decode_integers(const char *at, std::int64_t count, std::int64_t *out)
 {
     const std::int64_t width = field_.attribute->width;
@@ -219,7 +253,7 @@ void FieldDecoder::decode_integers(const char *at, std::int64_t count, std::int6
     bool met_null = false;
     for (std::int64_t i = 0; i < count; ++i, at += record_size_) {
         std::int64_t value = 0;
-        if (!decode_plain_integer(at, at + width, value) || (boolean && value != 0 && value != 1)) {
+        if (!read_plain(at, i, value) || (boolean && value != 0 && value != 1)) {
             const auto read = decode_field(*field_.attribute, {at, static_cast<std::size_t>(width)});
             unreadable_ += read ? 0 : 1;
             value = read ? read->integer : null;
@@ -237,7 +271,7 @@ void FieldDecoder::decode_reals(const char *at, std::int64_t count, double *out)
     bool met_null = false;
     for (std::int64_t i = 0; i < count; ++i, at += record_size_) {
         double value = 0;
-        if (!decode_plain_real(at, at + width, value)) {
+        if (!read_plain(at, i, value)) {
             const auto read = decode_field(*field_.attribute, {at, static_cast<std::size_t>(width)});
             unreadable_ += read ? 0 : 1;
             value = read ? read->real : null;

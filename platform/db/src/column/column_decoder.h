@@ -2,6 +2,7 @@
 #pragma once
 
 #include "column/column.h"
+#include "column/fixed_number.h"
 #include "schema/relation.h"
 #include "storage/file_system.h"
 #include "work/work.h"
@@ -35,7 +36,7 @@ class FieldDecoder
 {
 public:
     FieldDecoder(const RelationField &field, std::int64_t record_size, TextEntries *texts)
-        : field_(field), record_size_(record_size), texts_(texts)
+        : field_(field), fixed_(*field.attribute), record_size_(record_size), texts_(texts)
     {
     }
 
@@ -57,7 +58,12 @@ private:
     };
     static constexpr std::size_t recent_count = 4096;
 
+    // Reads the number of the n-th record of those in memory, from `at` on.
+    template <typename T>
+    bool read_plain(const char *at, std::int64_t n, T &value) const;
+
     RelationField field_;
+    FixedNumber fixed_;
     std::int64_t record_size_;
     TextEntries *texts_; // null for numbers
     std::vector<RecentText> recent_;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <compare>
+#include <type_traits>
 
 #include "expression/pattern.h"
 #include "expression/text_kernels.h"
@@ -78,12 +79,51 @@ std::size_t kept(Selection selection, std::uint32_t *out, Holds keep)
     return count;
 }
 
+// What `holds` of `compared` answers, and of != its contrary, for numbers of one kind.
+template <Operator op, typename T>
+bool holds_plainly(T a, T b)
+{
+    if constexpr (op == Operator::Less)
+        return a < b;
+    else if constexpr (op == Operator::LessEqual)
+        return a <= b;
+    else if constexpr (op == Operator::Greater)
+        return a > b;
+    else if constexpr (op == Operator::GreaterEqual)
+        return a >= b;
+    else if constexpr (op == Operator::Equal)
+        return a == b;
+    else
+        return a != b;
+}
+
+// A field against a constant, as most conditions are: nothing is asked at each position that is the same at
+// all.
+template <Operator op, typename T>
+std::size_t compare_with_constant(const Reader<T> &left, const Reader<T> &right, Selection selection,
+                                  std::uint32_t *out)
+{
+    const T constant = right[0];
+    const std::uint8_t presence = right.presence(0);
+    if (left.has_one_presence() && countable<op>(static_cast<std::uint8_t>(left.presence(0) | presence)))
+        return kept(selection, out,
+                    [&](std::size_t position) { return holds_plainly<op>(left[position], constant); });
+    return kept(selection, out, [&](std::size_t position) {
+        const bool counts = countable<op>(static_cast<std::uint8_t>(left.presence(position) | presence));
+        const bool held = holds_plainly<op>(left[position], constant);
+        return op == Operator::NotEqual ? !counts || held : counts && held;
+    });
+}
+
 template <Operator op, typename Left, typename Right>
 std::size_t compare(const BoundNode &, std::span<const Vector> arguments, Selection selection,
                     std::uint32_t *out)
 {
     const Reader<Left> left(arguments[0]);
     const Reader<Right> right(arguments[1]);
+    if constexpr (std::is_same_v<Left, Right> && std::is_arithmetic_v<Left>)
+        if (right.is_single())
+            return compare_with_constant<op>(left, right, selection, out);
     return kept(selection, out, [&](std::size_t position) {
         const auto presence = static_cast<std::uint8_t>(left.presence(position) | right.presence(position));
         const bool held = countable<op>(presence) && holds<op>(compared(left[position], right[position]));

@@ -113,6 +113,10 @@ public:
     T operator[](std::size_t position) const { return values_[position & mask_]; }
     std::uint8_t presence(std::size_t position) const { return presences_[position & presence_mask_]; }
 
+    // One value for all positions; one presence for all.
+    bool is_single() const { return mask_ == 0; }
+    bool has_one_presence() const { return presence_mask_ == 0; }
+
 private:
     const T *values_;
     const std::uint8_t *presences_;

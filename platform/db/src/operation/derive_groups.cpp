@@ -35,7 +35,7 @@ Result<std::shared_ptr<Table>> source_of_bundles(Derivation &derivation, const O
     } else {
         creation = creation_after(table, nullptr, concat("dbsort", joined_names(names)));
     }
-    auto members = operand.choose(groups.rows, derivation.work());
+    auto members = operand.choose(std::move(groups.rows), derivation.work());
     if (!members.ok())
         return members.status();
     auto view = std::make_shared<View>(table.name(), std::move(*members), std::move(creation));
@@ -116,12 +116,12 @@ Result<Unbundled> unbundled(const Operand &operand, std::size_t grouped_member, 
 
 // The operand's members with the grouped one replaced by those that it was grouped from.
 Result<std::vector<ViewMember>> ungrouped(const Operand &operand, std::size_t grouped_member,
-                                          const Operand &source, const Unbundled &rows, Work &work)
+                                          const Operand &source, Unbundled rows, Work &work)
 {
-    auto inner = source.choose(rows.source_rows, work);
+    auto inner = source.choose(std::move(rows.source_rows), work);
     if (!inner.ok())
         return inner;
-    auto outer = operand.choose(rows.rows, work);
+    auto outer = operand.choose(std::move(rows.rows), work);
     if (!outer.ok())
         return outer;
     std::vector<ViewMember> members;
@@ -162,7 +162,7 @@ Result<std::int64_t> derive_ungroup(Derivation &derivation, const std::shared_pt
         auto rows = unbundled(*operand, member, *grouped, derivation.work());
         if (!rows.ok())
             return rows.status();
-        auto members = ungrouped(*operand, member, *source, *rows, derivation.work());
+        auto members = ungrouped(*operand, member, *source, std::move(*rows), derivation.work());
         if (!members.ok())
             return members.status();
         const std::string creation = creation_after(*table, nullptr, "dbungroup");

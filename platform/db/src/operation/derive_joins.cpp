@@ -116,14 +116,13 @@ Result<Sides> sides_of(Derivation &derivation, const std::shared_ptr<Table> &lef
     return Sides{std::move(*left_operand), std::move(*right_operand)};
 }
 
-Result<std::shared_ptr<Table>> view_of_pairs(Derivation &derivation, const Sides &sides,
-                                             const MatchedPairs &pairs, std::string_view operation,
-                                             std::string_view creation_line)
+Result<std::shared_ptr<Table>> view_of_pairs(Derivation &derivation, const Sides &sides, MatchedPairs pairs,
+                                             std::string_view operation, std::string_view creation_line)
 {
-    auto members = sides.left.choose(pairs.left, derivation.work());
+    auto members = sides.left.choose(std::move(pairs.left), derivation.work());
     if (!members.ok())
         return members.status();
-    auto of_right = sides.right.choose(pairs.right, derivation.work());
+    auto of_right = sides.right.choose(std::move(pairs.right), derivation.work());
     if (!of_right.ok())
         return of_right.status();
     std::move(of_right->begin(), of_right->end(), std::back_inserter(*members));
@@ -154,12 +153,11 @@ Result<std::int64_t> derive_join(Derivation &derivation, const std::shared_ptr<T
         const auto match = match_terms(sides->left, sides->right, *terms, derivation.work());
         if (!match.ok())
             return match.status();
-        const auto pairs =
-            matched_pairs(sides->left, sides->right, *match,
-                          outer ? Unmatched::BesideNull : Unmatched::LeftOut, derivation.work());
+        auto pairs = matched_pairs(sides->left, sides->right, *match,
+                                   outer ? Unmatched::BesideNull : Unmatched::LeftOut, derivation.work());
         if (!pairs.ok())
             return pairs.status();
-        return view_of_pairs(derivation, *sides, *pairs, outer ? "outer" : "join",
+        return view_of_pairs(derivation, *sides, std::move(*pairs), outer ? "outer" : "join",
                              concat("dbjoin", outer ? " -outer" : "", joined_keys(*keys)));
     });
 }
@@ -180,10 +178,10 @@ Result<std::int64_t> derive_nojoin(Derivation &derivation, const std::shared_ptr
         const auto match = match_terms(sides->left, sides->right, *terms, derivation.work());
         if (!match.ok())
             return match.status();
-        const auto rows = unmatched_rows(sides->left, sides->right, *match, derivation.work());
+        auto rows = unmatched_rows(sides->left, sides->right, *match, derivation.work());
         if (!rows.ok())
             return rows.status();
-        auto members = sides->left.choose(*rows, derivation.work());
+        auto members = sides->left.choose(std::move(*rows), derivation.work());
         if (!members.ok())
             return members.status();
         return std::shared_ptr<Table>(std::make_shared<View>(
@@ -210,11 +208,10 @@ Result<std::int64_t> derive_theta(Derivation &derivation, const std::shared_ptr<
         const auto terms = theta_terms(sides->left, sides->right, *condition, derivation.work());
         if (!terms.ok())
             return terms.status();
-        const auto pairs =
-            matched_pairs(sides->left, sides->right, *terms, Unmatched::LeftOut, derivation.work());
+        auto pairs = matched_pairs(sides->left, sides->right, *terms, Unmatched::LeftOut, derivation.work());
         if (!pairs.ok())
             return pairs.status();
-        return view_of_pairs(derivation, *sides, *pairs, "theta", concat("dbtheta ", expression));
+        return view_of_pairs(derivation, *sides, std::move(*pairs), "theta", concat("dbtheta ", expression));
     });
 }
 

@@ -12,10 +12,10 @@ namespace orvane {
 
 namespace {
 
-Result<std::shared_ptr<Table>> view_of(Derivation &derivation, const Operand &operand, const RowNumbers &rows,
+Result<std::shared_ptr<Table>> view_of(Derivation &derivation, const Operand &operand, RowNumbers rows,
                                        std::string_view operation, std::string_view creation_line)
 {
-    auto members = operand.choose(rows, derivation.work());
+    auto members = operand.choose(std::move(rows), derivation.work());
     if (!members.ok())
         return members.status();
     const Table &table = operand.table();
@@ -58,10 +58,10 @@ Result<std::int64_t> derive_subset(Derivation &derivation, const std::shared_ptr
         auto operand = derivation.operand(table);
         if (!operand.ok())
             return operand.status();
-        const auto rows = subset_rows(*operand, *condition, derivation.work());
+        auto rows = subset_rows(*operand, *condition, derivation.work());
         if (!rows.ok())
             return rows.status();
-        return view_of(derivation, *operand, *rows, "subset", concat("dbsubset ", expression));
+        return view_of(derivation, *operand, std::move(*rows), "subset", concat("dbsubset ", expression));
     });
 }
 
@@ -75,11 +75,11 @@ Result<std::int64_t> derive_sort(Derivation &derivation, const std::shared_ptr<T
         auto operand = derivation.operand(table);
         if (!operand.ok())
             return operand.status();
-        const auto rows = sort_rows(*operand, SortOrder{std::move(*fields), flags.reverse, flags.unique},
-                                    derivation.work());
+        auto rows = sort_rows(*operand, SortOrder{std::move(*fields), flags.reverse, flags.unique},
+                              derivation.work());
         if (!rows.ok())
             return rows.status();
-        return view_of(derivation, *operand, *rows, "sort",
+        return view_of(derivation, *operand, std::move(*rows), "sort",
                        concat("dbsort", flags.reverse ? " -reverse" : "", flags.unique ? " -unique" : "",
                               joined_names(names)));
     });

@@ -121,8 +121,97 @@ private:
         });
     }
 
+    // Numbers that are compared as they are stored. False where they lie too far apart to be ids.
+    Result<bool> of_integers()
+    {
+        std::int64_t least = 0;
+        std::uint64_t span = 0;
+        if (Status found = find_span(least, span); !found.ok())
+            return found;
+        if (!fits_directly(span, left_count_ + right_count_))
+            return false;
+        ids_.domain = static_cast<std::uint32_t>(span) + 1;
+        Status done = fill_integers(values_.left.column, least, span, ids_.left);
+        if (done.ok())
+            done = fill_integers(values_.right.column, least, span, ids_.right);
+        return done.ok() ? Result<bool>(true) : done;
+    }
+
+    // Of the right side's integers; of none one that nothing on the left is in.
+    Status find_span(std::int64_t &least, std::uint64_t &span)
+    {
+        struct Span {
+            std::int64_t least = std::numeric_limits<std::int64_t>::max();
+            std::int64_t greatest = std::numeric_limits<std::int64_t>::min();
+        };
+        std::vector<Span> spans(thread_limit());
+        const RowColumn &column = values_.right.column;
+        const bool nulls_join = values_.nulls_join;
+        const std::int64_t null = column.column->null_integer;
+        Status done = work_.for_blocks(
+            right_count_, rows_per_block, 0.1, [&](std::int64_t begin, std::int64_t end, unsigned thread) {
+                Span here = spans[thread];
+                for_integers(column, begin, end, [&](std::size_t, std::int64_t value) {
+                    if (value == null && !nulls_join)
+                        return;
+                    here.least = std::min(here.least, value);
+                    here.greatest = std::max(here.greatest, value);
+                });
+                spans[thread] = here;
+                return Status();
+            });
+        Span all;
+        for (const Span &found : spans) {
+            all.least = std::min(all.least, found.least);
+            all.greatest = std::max(all.greatest, found.greatest);
+        }
+        const bool any = all.least <= all.greatest;
+        least = any ? all.least : 0;
+        span = any ? static_cast<std::uint64_t>(all.greatest) - static_cast<std::uint64_t>(all.least) : 0;
+        any_integers_ = any;
+        return done;
+    }
+
+    Status fill_integers(const RowColumn &column, std::int64_t least, std::uint64_t span, RowNumbers &out)
+    {
+        const std::int64_t null = column.column->null_integer;
+        const bool no_nulls = !values_.nulls_join;
+        return work_.for_blocks(
+            static_cast<std::int64_t>(out.size()), rows_per_block, 0.2,
+            [&](std::int64_t begin, std::int64_t end, unsigned) {
+                RowNumber *const ids = out.data();
+                for_integers(column, begin, end, [&](std::size_t row, std::int64_t value) {
+                    const std::uint64_t id =
+                        static_cast<std::uint64_t>(value) - static_cast<std::uint64_t>(least);
+                    const bool none = id > span || (value == null && no_nulls) || !any_integers_;
+                    ids[row] = none ? null_row : static_cast<RowNumber>(id);
+                });
+                return Status();
+            });
+    }
+
+    template <typename Visit>
+    static void for_integers(const RowColumn &column, std::int64_t begin, std::int64_t end, Visit visit)
+    {
+        const std::int64_t *const integers = column.column->integers.data();
+        const auto last = static_cast<std::size_t>(end);
+        if (!column.rows)
+            for (auto row = static_cast<std::size_t>(begin); row < last; ++row)
+                visit(row, integers[row]);
+        else
+            for (auto row = static_cast<std::size_t>(begin); row < last; ++row)
+                visit(row, integers[column.at(row)]);
+    }
+
     Status of_numbers()
     {
+        if (values_.left.column.column->storage() == ColumnStorage::Integer &&
+            values_.right.column.column->storage() == ColumnStorage::Integer && !values_.left.missing &&
+            !values_.right.missing) {
+            const auto made = of_integers();
+            if (!made.ok() || *made)
+                return made.status();
+        }
         const Scale scale = scale_of(*values_.left.column.column, *values_.right.column.column);
         const auto number_of_left = [&](std::size_t row) {
             return number_of(values_.left, row, scale, values_.nulls_join);
@@ -194,6 +283,7 @@ private:
     const EqualValues &values_;
     Work &work_;
     EqualIds ids_;
+    bool any_integers_ = false; // on the right
 };
 
 // Ids of pairs of ids.

@@ -50,11 +50,23 @@ public:
 
     void fill(std::int64_t begin, std::int64_t end, Interval *out) const override
     {
+        if (is_point_ && scale_ == IntervalScale::Integers) {
+            for (std::int64_t row = begin; row < end; ++row)
+                *out++ = of_integer(static_cast<std::size_t>(row));
+            return;
+        }
         for (std::int64_t row = begin; row < end; ++row)
             *out++ = of_row(static_cast<std::size_t>(row));
     }
 
 private:
+    Interval of_integer(std::size_t row) const
+    {
+        const std::int64_t value = begin_.column->integers[begin_.at(row)];
+        const std::uint64_t number = ordered_bits(value);
+        return value != begin_.column->null_integer ? Interval{number, number} : empty_interval;
+    }
+
     Interval of_row(std::size_t row) const
     {
         Bounds low, high;
@@ -175,11 +187,13 @@ Status IntervalIndex::build(const RowNumbers &begins, const RowNumbers &rows, co
     entries_.swap(entries);
     highest_.resize(rows.size());
     const std::size_t buckets = begins.size() - 1;
-    bool any_large = false;
-    for (std::size_t bucket = 0; bucket < buckets && !any_large; ++bucket)
-        any_large = begins[bucket + 1] - begins[bucket] > few;
-    if (!any_large)
+    for (std::size_t bucket = 0; bucket < buckets && largest_ <= few; ++bucket)
+        largest_ = std::max<std::size_t>(largest_, begins[bucket + 1] - begins[bucket]);
+    small_ = largest_ <= few;
+    if (small_) {
+        entries_.resize(entries_.size() + few);
         return Status();
+    }
     if (Status sorted = sort_by_low_ends(work); !sorted.ok())
         return sorted;
     const std::int64_t block = std::max<std::int64_t>(1, static_cast<std::int64_t>(buckets) * rows_per_block /
@@ -248,7 +262,7 @@ void IntervalIndex::visit(std::size_t begin, std::size_t end, const Interval &so
         const Entry &entry = entries_[middle];
         if (entry.interval.low > sought.high)
             return;
-        if (entry.interval.meets(sought) && !entry.interval.is_empty())
+        if (entry.meets(sought))
             found.push_back(entry.row);
         begin = middle + 1;
     }
@@ -264,7 +278,7 @@ void IntervalIndex::find(std::size_t bucket, const Interval &sought, bool any,
     const auto before = static_cast<std::ptrdiff_t>(found.size());
     if (end - begin <= few) {
         for (std::size_t i = begin; i < end; ++i)
-            if (entries_[i].interval.meets(sought) && !entries_[i].interval.is_empty())
+            if (entries_[i].meets(sought))
                 found.push_back(entries_[i].row);
     } else {
         visit(begin, end, sought, any, found);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace orvane {
@@ -53,6 +54,17 @@ std::unique_ptr<IntervalSource> bounded_intervals(std::vector<IntervalBound> bou
 class IntervalIndex
 {
 public:
+    struct Entry {
+        Interval interval;
+        RowNumber row;
+        // Without branches, as nobody can foresee them.
+        bool meets(const Interval &sought) const
+        {
+            return (interval.low <= sought.high) & (sought.low <= interval.high) &
+                   (interval.low <= interval.high);
+        }
+    };
+
     // `rows` are the rows bucket by bucket, ascending within each; bucket i is [begins[i], begins[i + 1]) of
     // them. Rows with empty intervals are left out. Both stay the caller's and have to outlive the index.
     Status build(const RowNumbers &begins, const RowNumbers &rows, const IntervalSource &source,
@@ -62,18 +74,24 @@ public:
     // there are any, perhaps not all of them.
     void find(std::size_t bucket, const Interval &sought, bool any, std::vector<RowNumber> &found) const;
 
-private:
-    struct Entry {
-        Interval interval;
-        RowNumber row;
-    };
+    // Whether all buckets are so small that their entries are best tried one by one; by row then.
+    bool has_small_buckets() const { return small_; }
+    // The size of the largest bucket then. So many entries can be read from the begin of any bucket.
+    std::size_t largest_bucket() const { return largest_; }
+    std::span<const Entry> small_bucket(std::size_t bucket) const
+    {
+        return {entries_.data() + (*begins_)[bucket], entries_.data() + (*begins_)[bucket + 1]};
+    }
 
+private:
     Status sort_by_low_ends(Work &work);
     std::uint64_t note_highest(std::size_t begin, std::size_t end);
     void visit(std::size_t begin, std::size_t end, const Interval &sought, bool any,
                std::vector<RowNumber> &found) const;
 
     const RowNumbers *begins_ = nullptr;
+    bool small_ = false;
+    std::size_t largest_ = 0;
     std::vector<Entry> entries_;         // by bucket, then by low end; by row where no bucket is large
     std::vector<std::uint64_t> highest_; // of the entries of a range of which an entry is the middle one
 };

@@ -2,10 +2,10 @@
 
 #include "base/concat.h"
 #include "operation/row_batch.h"
+#include "operation/rows_by_id.h"
 
 #include <algorithm>
 #include <atomic>
-#include <numeric>
 
 namespace orvane {
 
@@ -14,40 +14,9 @@ namespace {
 constexpr std::size_t batch_pairs = expr::ExpressionExecutor::batch_size;
 constexpr std::int64_t pairs_per_block = 256 << 10; // about so many candidates between two looks at the hook
 constexpr std::int64_t max_rows_per_block = 32 << 10;
+constexpr std::size_t few_entries = 4;                  // of a bucket
+constexpr std::int64_t plain_rows_per_block = 64 << 10; // where ids decide alone
 constexpr std::uint64_t pairs_between_memory_checks = 32 << 20;
-
-// The right rows by id.
-struct Buckets {
-    RowNumbers begins; // per id, and behind the last one the end
-    RowNumbers rows;   // ascending within each bucket
-
-    std::size_t size(RowNumber id) const { return begins[id + 1] - begins[id]; }
-};
-
-Result<Buckets> buckets_of(const RowNumbers &ids, std::uint32_t domain, Work &work)
-{
-    constexpr std::size_t between_polls = 1 << 20;
-    Buckets buckets;
-    buckets.begins.assign(std::size_t{domain} + 2, 0);
-    for (std::size_t row = 0; row < ids.size(); ++row) {
-        if (row % between_polls == 0)
-            if (Status told = work.poll(); !told.ok())
-                return told;
-        if (ids[row] != null_row)
-            ++buckets.begins[ids[row] + 2];
-    }
-    std::partial_sum(buckets.begins.begin(), buckets.begins.end(), buckets.begins.begin());
-    buckets.rows.resize(buckets.begins.back());
-    for (std::size_t row = 0; row < ids.size(); ++row) {
-        if (row % between_polls == 0)
-            if (Status told = work.poll(); !told.ok())
-                return told;
-        if (ids[row] != null_row)
-            buckets.rows[buckets.begins[ids[row] + 1]++] = static_cast<RowNumber>(row);
-    }
-    buckets.begins.pop_back();
-    return buckets;
-}
 
 // What a block of left rows came to.
 struct BlockPairs {
@@ -72,7 +41,12 @@ public:
         leave_out(ids->left, terms_.left_out);
         leave_out(ids->right, terms_.right_out);
         ids_ = std::move(ids->left);
-        auto buckets = buckets_of(ids->right, ids->domain, work_);
+        if (terms_.intervals.empty() && !terms_.condition) {
+            auto prepared = prepare_for_ids(*ids);
+            if (!prepared.ok() || *prepared)
+                return prepared.status();
+        }
+        auto buckets = row_buckets(ids->right, ids->domain, work_);
         if (!buckets.ok())
             return buckets.status();
         buckets_ = std::move(*buckets);
@@ -84,6 +58,97 @@ public:
         }
         return index_.build(buckets_.begins, buckets_.rows, *terms_.intervals.front().right,
                             right_.row_count(), work_);
+    }
+
+    // Where ids decide alone, and no two right rows have the same: the pairs.
+    bool has_only_rows() const { return !only_rows_.empty(); }
+    Result<MatchedPairs> pairs_of_only_rows(Unmatched unmatched)
+    {
+        // First each left row's match in the place of its id, and how many pairs come of each block.
+        const std::int64_t rows = left_.row_count();
+        std::vector<std::size_t> starts(
+            static_cast<std::size_t>((rows + plain_rows_per_block - 1) / plain_rows_per_block));
+        Status done = work_.for_blocks(
+            rows, plain_rows_per_block, 0.5, [&](std::int64_t begin, std::int64_t end, unsigned) {
+                std::size_t matched = 0;
+                for (auto row = static_cast<std::size_t>(begin); row < static_cast<std::size_t>(end); ++row) {
+                    const RowNumber match = ids_[row] == null_row ? null_row : only_rows_[ids_[row]];
+                    matched += match != null_row ? 1 : 0;
+                    ids_[row] = match;
+                }
+                starts[static_cast<std::size_t>(begin / plain_rows_per_block)] =
+                    unmatched == Unmatched::BesideNull ? static_cast<std::size_t>(end - begin) : matched;
+                return Status();
+            });
+        std::size_t count = 0;
+        for (std::size_t &start : starts)
+            count += std::exchange(start, count);
+        if (done.ok())
+            done = check_rows(count);
+        if (!done.ok())
+            return done;
+        MatchedPairs pairs;
+        pairs.left.resize(count);
+        pairs.right.resize(count);
+        done = work_.for_blocks(
+            rows, plain_rows_per_block, 0.9, [&](std::int64_t begin, std::int64_t end, unsigned) {
+                std::size_t at = starts[static_cast<std::size_t>(begin / plain_rows_per_block)];
+                for (auto row = static_cast<std::size_t>(begin); row < static_cast<std::size_t>(end); ++row) {
+                    if (ids_[row] == null_row && unmatched == Unmatched::LeftOut)
+                        continue;
+                    pairs.left[at] = static_cast<RowNumber>(row);
+                    pairs.right[at++] = ids_[row];
+                }
+                return Status();
+            });
+        if (!done.ok())
+            return done;
+        return pairs;
+    }
+
+    // Where ids decide alone and it is enough to know whether a left row has a match: those that have none.
+    bool has_id_set() const { return id_set_.has_value(); }
+    Result<std::vector<BlockPairs>> rows_without_ids()
+    {
+        const std::int64_t rows = left_.row_count();
+        std::vector<BlockPairs> blocks(
+            static_cast<std::size_t>((rows + plain_rows_per_block - 1) / plain_rows_per_block));
+        Status done = work_.for_blocks(
+            rows, plain_rows_per_block, 0.9, [&](std::int64_t begin, std::int64_t end, unsigned) {
+                RowNumbers found(static_cast<std::size_t>(end - begin));
+                std::size_t count = 0;
+                for (std::int64_t row = begin; row < end; ++row) {
+                    found[count] = static_cast<RowNumber>(row);
+                    count += id_set_->has(ids_[static_cast<std::size_t>(row)]) ? 0 : 1;
+                }
+                blocks[static_cast<std::size_t>(begin / plain_rows_per_block)].left.assign(
+                    found.begin(), found.begin() + static_cast<std::ptrdiff_t>(count));
+                return Status();
+            });
+        if (!done.ok())
+            return done;
+        return blocks;
+    }
+
+    // Where ids and one interval decide, and few right rows have the same id: the pairs.
+    bool has_small_buckets() const
+    {
+        return terms_.intervals.size() == 1 && !terms_.condition && index_.has_small_buckets();
+    }
+    Result<std::vector<BlockPairs>> pairs_of_small_buckets(Unmatched unmatched)
+    {
+        constexpr std::int64_t block = 16 << 10;
+        std::vector<BlockPairs> blocks(static_cast<std::size_t>((left_.row_count() + block - 1) / block));
+        Status done = work_.for_blocks(
+            left_.row_count(), block, 0.9, [&](std::int64_t begin, std::int64_t end, unsigned thread) {
+                Probe &probe = probe_of(thread);
+                fill_intervals(probe, begin, end);
+                return of_small_buckets(probe, begin, end, unmatched,
+                                        blocks[static_cast<std::size_t>(begin / block)]);
+            });
+        if (!done.ok())
+            return done;
+        return blocks;
     }
 
     // Runs over the left rows in blocks; `take` is given a row and its matches.
@@ -110,13 +175,6 @@ public:
     }
 
 private:
-    static void leave_out(RowNumbers &ids, const std::vector<std::uint8_t> &out)
-    {
-        for (std::size_t row = 0; row < out.size(); ++row)
-            if (out[row])
-                ids[row] = null_row;
-    }
-
     // What one thread works with.
     struct Probe {
         std::vector<std::vector<Interval>> intervals; // of the block's rows, by term
@@ -129,6 +187,72 @@ private:
         expr::SelectionVector positions;
         std::uint64_t pairs = 0;
     };
+
+    // What is enough where ids decide alone; false where that is buckets.
+    Result<bool> prepare_for_ids(const EqualIds &ids)
+    {
+        if (any_) {
+            auto set = id_set(ids.right, ids.domain, work_);
+            if (!set.ok())
+                return set.status();
+            id_set_ = std::move(*set);
+            return true;
+        }
+        auto rows = only_rows(ids.right, ids.domain, work_);
+        if (!rows.ok())
+            return rows.status();
+        only_rows_ = std::move(*rows);
+        return has_only_rows();
+    }
+
+    Status of_small_buckets(Probe &probe, std::int64_t begin, std::int64_t end, Unmatched unmatched,
+                            BlockPairs &out)
+    {
+        const std::vector<Interval> &intervals = probe.intervals.front();
+        RowNumbers &left = probe.left;
+        RowNumbers &right = probe.right;
+        const std::size_t largest = index_.largest_bucket();
+        std::size_t count = 0;
+        for (std::int64_t row = begin; row < end; ++row) {
+            const RowNumber id = ids_[static_cast<std::size_t>(row)];
+            const Interval &sought = intervals[static_cast<std::size_t>(row - begin)];
+            const std::size_t before = count;
+            if (id != null_row && !sought.is_empty()) {
+                const auto bucket = index_.small_bucket(id);
+                // As many for each row, where they are few, so that the end of the loop can be foreseen.
+                const std::size_t tried = largest <= few_entries ? largest : bucket.size();
+                if (left.size() < count + tried + 1) {
+                    left.resize(2 * (count + tried + 1));
+                    right.resize(left.size());
+                }
+                for (std::size_t i = 0; i < tried; ++i) {
+                    const IntervalIndex::Entry &entry = bucket.data()[i];
+                    left[count] = static_cast<RowNumber>(row);
+                    right[count] = entry.row;
+                    count += static_cast<std::size_t>(i < bucket.size()) &
+                             static_cast<std::size_t>(entry.meets(sought));
+                }
+            }
+            if (count > before || unmatched == Unmatched::LeftOut)
+                continue;
+            if (left.size() < count + 1) {
+                left.resize(2 * (count + 1));
+                right.resize(left.size());
+            }
+            left[count] = static_cast<RowNumber>(row);
+            right[count++] = null_row;
+        }
+        out.left.assign(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(count));
+        out.right.assign(right.begin(), right.begin() + static_cast<std::ptrdiff_t>(count));
+        return this->count(count);
+    }
+
+    static void leave_out(RowNumbers &ids, const std::vector<std::uint8_t> &out)
+    {
+        for (std::size_t row = 0; row < out.size(); ++row)
+            if (out[row])
+                ids[row] = null_row;
+    }
 
     Probe &probe_of(unsigned thread)
     {
@@ -283,7 +407,9 @@ private:
     const bool any_;
     Work &work_;
     RowNumbers ids_; // of the left rows
-    Buckets buckets_;
+    RowNumbers only_rows_;
+    std::optional<IdSet> id_set_;
+    RowBuckets buckets_;
     IntervalIndex index_; // of the first pair of intervals
     std::vector<std::vector<Interval>> further_;
     std::vector<std::unique_ptr<Probe>> probes_;
@@ -291,18 +417,39 @@ private:
 };
 
 // Puts one side of the blocks together, letting go of them on the way.
-RowNumbers joined(std::vector<BlockPairs> &blocks, RowNumbers BlockPairs::*side)
+Result<RowNumbers> joined(std::vector<BlockPairs> &blocks, RowNumbers BlockPairs::*side, Work &work)
 {
+    std::vector<std::size_t> starts;
     std::size_t count = 0;
-    for (const BlockPairs &block : blocks)
+    for (const BlockPairs &block : blocks) {
+        starts.push_back(count);
         count += (block.*side).size();
-    RowNumbers all(count);
-    auto out = all.begin();
-    for (BlockPairs &block : blocks) {
-        out = std::copy((block.*side).begin(), (block.*side).end(), out);
-        RowNumbers().swap(block.*side);
     }
+    RowNumbers all(count);
+    Status done = work.for_blocks(
+        static_cast<std::int64_t>(blocks.size()), 1, 0.5, [&](std::int64_t at, std::int64_t, unsigned) {
+            RowNumbers &block = blocks[static_cast<std::size_t>(at)].*side;
+            std::copy(block.begin(), block.end(),
+                      all.begin() + static_cast<std::ptrdiff_t>(starts[static_cast<std::size_t>(at)]));
+            RowNumbers().swap(block);
+            return Status();
+        });
+    if (!done.ok())
+        return done;
     return all;
+}
+
+Result<MatchedPairs> joined_pairs(Result<std::vector<BlockPairs>> blocks, Work &work)
+{
+    if (!blocks.ok())
+        return blocks.status();
+    auto left = joined(*blocks, &BlockPairs::left, work);
+    if (!left.ok())
+        return left.status();
+    auto right = joined(*blocks, &BlockPairs::right, work);
+    if (!right.ok())
+        return right.status();
+    return MatchedPairs{std::move(*left), std::move(*right)};
 }
 
 } // namespace
@@ -313,7 +460,11 @@ Result<MatchedPairs> matched_pairs(const Operand &left, const Operand &right, co
     Matching matching(left, right, terms, false, work);
     if (Status prepared = matching.prepare(); !prepared.ok())
         return prepared;
-    auto blocks =
+    if (matching.has_only_rows())
+        return matching.pairs_of_only_rows(unmatched);
+    if (matching.has_small_buckets())
+        return joined_pairs(matching.pairs_of_small_buckets(unmatched), work);
+    return joined_pairs(
         matching.run([&](BlockPairs &out, RowNumber row, const RowNumber *matches, std::size_t count) {
             if (count == 0 && unmatched == Unmatched::BesideNull) {
                 out.left.push_back(row);
@@ -321,13 +472,8 @@ Result<MatchedPairs> matched_pairs(const Operand &left, const Operand &right, co
             }
             out.left.insert(out.left.end(), count, row);
             out.right.insert(out.right.end(), matches, matches + count);
-        });
-    if (!blocks.ok())
-        return blocks.status();
-    MatchedPairs pairs;
-    pairs.left = joined(*blocks, &BlockPairs::left);
-    pairs.right = joined(*blocks, &BlockPairs::right);
-    return pairs;
+        }),
+        work);
 }
 
 Result<RowNumbers> unmatched_rows(const Operand &left, const Operand &right, const MatchTerms &terms,
@@ -336,13 +482,16 @@ Result<RowNumbers> unmatched_rows(const Operand &left, const Operand &right, con
     Matching matching(left, right, terms, true, work);
     if (Status prepared = matching.prepare(); !prepared.ok())
         return prepared;
-    auto blocks = matching.run([](BlockPairs &out, RowNumber row, const RowNumber *, std::size_t count) {
-        if (count == 0)
-            out.left.push_back(row);
-    });
+    auto blocks =
+        matching.has_id_set()
+            ? matching.rows_without_ids()
+            : matching.run([](BlockPairs &out, RowNumber row, const RowNumber *, std::size_t count) {
+                  if (count == 0)
+                      out.left.push_back(row);
+              });
     if (!blocks.ok())
         return blocks.status();
-    return joined(*blocks, &BlockPairs::left);
+    return joined(*blocks, &BlockPairs::left, work);
 }
 
 } // namespace orvane

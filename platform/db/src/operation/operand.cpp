@@ -1,12 +1,10 @@
 #include "operation/operand.h"
 
 #include "base/concat.h"
+#include "work/machine_memory.h"
 
 #include <algorithm>
-#include <fstream>
-#include <limits>
 #include <string>
-#include <unistd.h>
 
 namespace orvane {
 
@@ -120,21 +118,36 @@ RowColumn Operand::column(int field) const
     return RowColumn{column, member.rows, column->has_nulls || member.has_null_rows};
 }
 
-Result<std::vector<ViewMember>> Operand::choose(const RowNumbers &chosen, Work &work) const
+Result<std::vector<ViewMember>> Operand::choose(RowNumbers chosen, Work &work) const
 {
     std::vector<ViewMember> made;
     for (const Member &member : members_) {
-        RowNumbers rows(chosen.size());
-        Status done = work.for_blocks(
-            static_cast<std::int64_t>(chosen.size()), rows_per_block, 0.3,
-            [&](std::int64_t begin, std::int64_t end, unsigned) {
-                for (auto i = static_cast<std::size_t>(begin); i < static_cast<std::size_t>(end); ++i)
-                    rows[i] = !member.rows || chosen[i] == null_row ? chosen[i] : member.rows[chosen[i]];
-                return Status();
-            });
+        // The rows of a table are the records: those of the last member can stay where they are.
+        const bool stay = !member.rows && &member == &members_.back();
+        RowNumbers other(stay ? 0 : chosen.size());
+        RowNumbers &rows = stay ? chosen : other;
+        std::vector<RowBounds> bounds(thread_limit());
+        Status done = work.for_blocks(static_cast<std::int64_t>(chosen.size()), rows_per_block, 0.3,
+                                      [&](std::int64_t begin, std::int64_t end, unsigned thread) {
+                                          RowBounds here;
+                                          const RowNumber *const of_member = member.rows;
+                                          for (auto i = static_cast<std::size_t>(begin);
+                                               i < static_cast<std::size_t>(end); ++i) {
+                                              const RowNumber row = chosen[i];
+                                              rows[i] = !of_member || row == null_row ? row : of_member[row];
+                                              here.add(rows[i]);
+                                          }
+                                          bounds[thread].add(here);
+                                          return Status();
+                                      });
         if (!done.ok())
             return done;
-        made.push_back(view_member(member.table, std::move(rows), member.snapshot.generation));
+        made.push_back(ViewMember{member.table, std::move(rows)});
+        made.back().generation = member.snapshot.generation;
+        for (const RowBounds &found : bounds) {
+            made.back().end = std::max(made.back().end, found.end);
+            made.back().has_null_rows |= found.has_null_rows;
+        }
     }
     return made;
 }
@@ -150,30 +163,11 @@ std::vector<Status> Operand::remarks() const
 
 // ---- Memory --------------------------------------------------------------------------------------
 
-namespace {
-
-// What the system says could be had without swapping; as much as one likes where it says nothing.
-double available_memory()
-{
-    std::ifstream info("/proc/meminfo");
-    std::string name;
-    double kilobytes = 0;
-    std::string unit;
-    while (info >> name >> kilobytes) {
-        std::getline(info, unit);
-        if (name == "MemAvailable:")
-            return kilobytes * 1024;
-    }
-    return std::numeric_limits<double>::max();
-}
-
-} // namespace
-
 Status check_memory(double bytes, const std::string &what)
 {
     if (bytes < 64 << 20)
         return Status();
-    const double available = available_memory();
+    const auto available = static_cast<double>(available_memory());
     if (bytes <= available)
         return Status();
     const auto megabytes = [](double number) { return static_cast<std::int64_t>(number / (1 << 20)); };

@@ -55,7 +55,7 @@ public:
     View::FieldPlace place_of(int field) const { return places_[static_cast<std::size_t>(field)]; }
 
     // The members of a view of the chosen rows; null_row chooses the null records.
-    Result<std::vector<ViewMember>> choose(const RowNumbers &chosen, Work &work) const;
+    Result<std::vector<ViewMember>> choose(RowNumbers chosen, Work &work) const;
 
     // Why tables look as if they had no records.
     std::vector<Status> remarks() const;

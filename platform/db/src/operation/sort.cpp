@@ -1,6 +1,9 @@
 #include "operation/sort.h"
 
 #include "operation/radix_sort.h"
+#include "operation/text_buckets.h"
+
+#include <optional>
 
 namespace orvane {
 
@@ -27,6 +30,20 @@ Result<RowNumbers> run_begins(const SortKeys &keys, const RowNumbers &rows, Work
     for (const RowNumbers &part : found)
         begins.insert(begins.end(), part.begin(), part.end());
     return begins;
+}
+
+// The rows in order of one text field, where that is to be had without keys; else nothing.
+Result<std::optional<TextBuckets>> buckets_by(Operand &operand, const std::vector<int> &fields, bool reverse,
+                                              Work &work)
+{
+    if (Status loaded = operand.load(fields, work); !loaded.ok())
+        return loaded;
+    if (fields.size() != 1 || !has_few_texts(operand.column(fields.front())))
+        return std::optional<TextBuckets>();
+    auto made = text_buckets(operand.column(fields.front()), operand.row_count(), reverse, work);
+    if (!made.ok())
+        return made.status();
+    return std::optional(std::move(*made));
 }
 
 struct Sorted {
@@ -56,6 +73,19 @@ Result<Sorted> sort_by(Operand &operand, const std::vector<int> &fields, bool re
 
 Result<RowNumbers> sort_rows(Operand &operand, const SortOrder &order, Work &work)
 {
+    auto buckets = buckets_by(operand, order.fields, order.reverse, work);
+    if (!buckets.ok())
+        return buckets.status();
+    if (*buckets) {
+        RowNumbers &rows = (*buckets)->rows;
+        if (!order.unique)
+            return std::move(rows);
+        RowNumbers firsts = std::move((*buckets)->firsts);
+        firsts.pop_back();
+        for (RowNumber &first : firsts)
+            first = rows[first];
+        return firsts;
+    }
     auto sorted = sort_by(operand, order.fields, order.reverse, work);
     if (!sorted.ok())
         return sorted.status();
@@ -71,6 +101,14 @@ Result<RowNumbers> sort_rows(Operand &operand, const SortOrder &order, Work &wor
 
 Result<Groups> group_rows(Operand &operand, const std::vector<int> &fields, Work &work)
 {
+    auto buckets = buckets_by(operand, fields, false, work);
+    if (!buckets.ok())
+        return buckets.status();
+    if (*buckets) {
+        TextBuckets &made = **buckets;
+        return Groups{made.in_order, made.in_order ? RowNumbers() : std::move(made.rows),
+                      std::move(made.firsts)};
+    }
     auto sorted = sort_by(operand, fields, false, work);
     if (!sorted.ok())
         return sorted.status();

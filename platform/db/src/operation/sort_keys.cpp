@@ -21,6 +21,11 @@ void for_numbers(const RowColumn &from, std::int64_t begin, std::int64_t end, Vi
 {
     const Column &column = *from.column;
     const auto each = [&](auto number_at) {
+        if (!from.rows) { // rows are records, all of which are there
+            for (std::int64_t row = begin; row < end; ++row)
+                visit(row, number_at(static_cast<std::size_t>(row)));
+            return;
+        }
         for (std::int64_t row = begin; row < end; ++row)
             visit(row, number_at(from.at(static_cast<std::size_t>(row))));
     };

@@ -11,12 +11,11 @@ ViewMember view_member(std::shared_ptr<RecordTable> table, RowNumbers rows, std:
 {
     ViewMember member{std::move(table), std::move(rows)};
     member.generation = generation;
-    for (const RowNumber row : member.rows) {
-        if (row == null_row)
-            member.has_null_rows = true;
-        else
-            member.end = std::max(member.end, row + 1);
-    }
+    RowBounds bounds;
+    for (const RowNumber row : member.rows)
+        bounds.add(row);
+    member.end = bounds.end;
+    member.has_null_rows = bounds.has_null_rows;
     return member;
 }
 

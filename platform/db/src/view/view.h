@@ -5,6 +5,7 @@
 #include "view/delayed_rows.h"
 #include "work/buffer.h"
 
+#include <algorithm>
 #include <memory>
 #include <span>
 #include <string>
@@ -28,6 +29,23 @@ struct ViewMember {
     RowNumber end = 0; // one beyond the highest record number
     bool has_null_rows = false;
     std::uint64_t generation = 0; // of the table, for which the record numbers hold
+};
+
+// What is to be known of rows of a member.
+struct RowBounds {
+    RowNumber end = 0;
+    bool has_null_rows = false;
+
+    void add(RowNumber row)
+    {
+        has_null_rows |= row == null_row;
+        end = std::max(end, row + 1); // that of the null record is 0
+    }
+    void add(const RowBounds &other)
+    {
+        has_null_rows |= other.has_null_rows;
+        end = std::max(end, other.end);
+    }
 };
 
 // A member with what is said of its rows found out.

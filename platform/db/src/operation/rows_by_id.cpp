@@ -1,0 +1,113 @@
+#include "operation/rows_by_id.h"
+
+#include <algorithm>
+#include <atomic>
+#include <numeric>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::size_t few_rows = 64 << 10; // for which one thread is enough
+constexpr std::size_t rows_between_polls = 64 << 10;
+constexpr std::uint64_t ids_of_a_word = 64;
+
+// Gives each thread a range of the ids to itself, so that what it writes is nobody else's: every thread reads
+// all ids and calls `visit` with those of its range and their rows, ascending, for as long as that answers
+// true.
+template <typename Visit>
+Status scan_ids(const RowNumbers &ids, std::uint32_t domain, Work &work, double share, Visit visit)
+{
+    const std::uint64_t parts = ids.size() < few_rows ? 1 : thread_limit();
+    const std::uint64_t of_part = (domain / parts / ids_of_a_word + 1) * ids_of_a_word;
+    return work.for_blocks(
+        static_cast<std::int64_t>(parts), 1, share, [&](std::int64_t part, std::int64_t, unsigned thread) {
+            const std::uint64_t low = static_cast<std::uint64_t>(part) * of_part;
+            if (low >= domain)
+                return Status();
+            const auto first = static_cast<RowNumber>(low);
+            const auto count = static_cast<RowNumber>(std::min<std::uint64_t>(of_part, domain - low));
+            for (std::size_t begin = 0; begin < ids.size() && !work.stopped(); begin += rows_between_polls) {
+                if (thread == 0)
+                    if (Status told = work.poll(); !told.ok())
+                        return told;
+                const std::size_t end = std::min(ids.size(), begin + rows_between_polls);
+                for (std::size_t row = begin; row < end; ++row)
+                    if (ids[row] - first < count && !visit(ids[row], static_cast<RowNumber>(row)))
+                        return Status();
+            }
+            return Status();
+        });
+}
+
+// Fills on all threads: the pages of a large array are new to the system.
+template <typename T>
+Status fill(Buffer<T> &values, std::size_t size, T value, Work &work)
+{
+    constexpr std::int64_t block = 1 << 20;
+    values.resize(size);
+    return work.for_blocks(static_cast<std::int64_t>(size), block, 0.05,
+                           [&](std::int64_t begin, std::int64_t end, unsigned) {
+                               std::fill(values.begin() + begin, values.begin() + end, value);
+                               return Status();
+                           });
+}
+
+} // namespace
+
+Result<RowBuckets> row_buckets(const RowNumbers &ids, std::uint32_t domain, Work &work)
+{
+    RowBuckets buckets;
+    RowNumbers &begins = buckets.begins;
+    Status done = fill(begins, std::size_t{domain} + 2, RowNumber{0}, work);
+    if (done.ok())
+        done = scan_ids(ids, domain, work, 0.2, [&](RowNumber id, RowNumber) {
+            ++begins[std::size_t{id} + 2];
+            return true;
+        });
+    if (!done.ok())
+        return done;
+    std::partial_sum(begins.begin(), begins.end(), begins.begin());
+    buckets.rows.resize(begins.back());
+    done = scan_ids(ids, domain, work, 0.2, [&](RowNumber id, RowNumber row) {
+        buckets.rows[begins[std::size_t{id} + 1]++] = row;
+        return true;
+    });
+    if (!done.ok())
+        return done;
+    begins.pop_back();
+    return buckets;
+}
+
+Result<RowNumbers> only_rows(const RowNumbers &ids, std::uint32_t domain, Work &work)
+{
+    RowNumbers rows;
+    std::atomic<bool> several = false;
+    Status done = fill(rows, domain, null_row, work);
+    if (done.ok())
+        done = scan_ids(ids, domain, work, 0.2, [&](RowNumber id, RowNumber row) {
+            if (rows[id] != null_row)
+                several.store(true, std::memory_order_relaxed);
+            rows[id] = row;
+            return !several.load(std::memory_order_relaxed);
+        });
+    if (!done.ok())
+        return done;
+    return several ? RowNumbers() : std::move(rows);
+}
+
+Result<IdSet> id_set(const RowNumbers &ids, std::uint32_t domain, Work &work)
+{
+    IdSet set;
+    Status done = fill(set.bits_, domain / ids_of_a_word + 1, std::uint64_t{0}, work);
+    if (done.ok())
+        done = scan_ids(ids, domain, work, 0.2, [&](RowNumber id, RowNumber) {
+            set.bits_[id / ids_of_a_word] |= std::uint64_t{1} << (id % ids_of_a_word);
+            return true;
+        });
+    if (!done.ok())
+        return done;
+    return set;
+}
+
+} // namespace orvane

@@ -36,9 +36,18 @@ QString longSample()
 bool isOneLine(const QString &text)
 {
     return std::all_of(text.begin(), text.end(), [](QChar character) {
-        return character.unicode() >= 0x20 && character.category() != QChar::Other_Control &&
-               character.category() != QChar::Other_Format && character.category() != QChar::Separator_Line &&
-               character.category() != QChar::Separator_Paragraph;
+        if (character.unicode() >= 0x20 && character.unicode() < 0x7f) {
+            return true;
+        }
+        switch (character.category()) {
+        case QChar::Other_Control:
+        case QChar::Other_Format:
+        case QChar::Separator_Line:
+        case QChar::Separator_Paragraph:
+            return false;
+        default:
+            return true;
+        }
     });
 }
 

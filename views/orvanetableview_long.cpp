@@ -118,11 +118,13 @@ QRect OrvaneTableView::visualRect(const QModelIndex &index) const
     if (!index.isValid() || isIndexHidden(index)) {
         return {};
     }
-    const int grid = showGrid() ? 1 : 0;
-    const int y = rowViewportPosition(index.row());
-    const bool isFar = y == farAbove || y == farBelow; // its centre is to be told from all others
-    return {columnViewportPosition(index.column()), y, columnWidth(index.column()) - grid,
-            isFar ? 1 : rowHeight(index.row()) - grid};
+    // To the sides as the toolkit has it, with a row of the header's sections.
+    QRect rect = QTableView::visualRect(m_model->index(0, index.column()));
+    rect.moveTop(rowViewportPosition(index.row()));
+    if (rect.top() == farAbove || rect.top() == farBelow) {
+        rect.setHeight(1); // its centre is to be told from all others
+    }
+    return rect;
 }
 
 QRegion OrvaneTableView::visualRegionForSelection(const QItemSelection &selection) const

@@ -2,6 +2,7 @@
 // pixel.
 #include <orvanetableview.h>
 
+#include <malloc.h>
 #include <memory>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include <QHoverEvent>
 #include <QImage>
 #include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QProxyStyle>
@@ -391,6 +393,38 @@ TEST_F(Painting, leavesCellsToOtherDelegates)
     view->setItemDelegate(&red);
     expectSame("all");
     view->setItemDelegate(nullptr);
+}
+
+// Bytes of the heap in use.
+double heapInUse()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
+}
+
+TEST_F(Painting, keepsNothingOfThePagesThatWere)
+{
+    view->resize(500, 200);
+    view->setCurrentIndex(database.table("site").index(0, 1));
+    const auto page = [this](int key) {
+        for (int press = 0; press < 10; ++press) {
+            QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, QString(), true);
+            QApplication::sendEvent(view.get(), &event);
+            picture(false);
+            settle();
+        }
+    };
+    const auto throughTheTable = [&page] {
+        page(Qt::Key_PageDown);
+        page(Qt::Key_PageUp);
+    };
+    throughTheTable(); // glyphs and looks are learned
+    throughTheTable();
+    const double before = heapInUse();
+    for (int i = 0; i < 20; ++i) {
+        throughTheTable();
+    }
+    EXPECT_LT(heapInUse() - before, 20'000); // 50 bytes a page
 }
 
 // How many cells the delegate's own way through the style is taken for.

@@ -11,6 +11,8 @@
 #include <QItemSelectionModel>
 #include <QLocale>
 #include <QMessageBox>
+#include <QMetaObject>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QPointer>
 #include <QPrintPreviewDialog>
@@ -97,6 +99,19 @@ TablePages pagesOn(QPrinter &printer, const PrintedTable &table, const QFont &fo
     return TablePages(table, font, printer, QRectF(QPointF(0, 0), paper.size()));
 }
 
+bool showsPreview(const QPrinter &printer)
+{
+    return printer.paintEngine() != nullptr && printer.paintEngine()->type() == QPaintEngine::Picture;
+}
+
+// In a preview the toolkit deletes the pages of an aborted job, and once more with the printer.
+void abortPrinting(QPrinter &printer)
+{
+    if (!showsPreview(printer)) {
+        printer.abort();
+    }
+}
+
 bool isWanted(qint64 pages, QWidget *window)
 {
     if (pages > mostPages) {
@@ -135,13 +150,13 @@ bool printPages(const PrintedTable &table, const QFont &font, QPrinter &printer)
             pages.paint(painter, page);
             if (dbreport_progress("print", static_cast<double>(page - first) /
                                                static_cast<double>(end - first)) != 0) {
-                printer.abort();
+                abortPrinting(printer);
                 painter.end();
                 return false;
             }
         }
     } catch (...) {
-        printer.abort();
+        abortPrinting(printer);
         throw;
     }
     return painter.end();
@@ -157,15 +172,22 @@ void removeHalf(const QPrinter &printer)
     }
 }
 
-void printOrSayWhy(const PrintedTable &table, const QFont &font, QPrinter &printer, QWidget *window)
+// A preview that isn't whole isn't shown; where printing fails it stays, for another try.
+void printOrSayWhy(const PrintedTable &table, const QFont &font, QPrinter &printer, QDialog &preview)
 {
+    bool whole = false;
     try {
-        if (!printPages(table, font, printer)) {
-            removeHalf(printer);
-        }
+        whole = printPages(table, font, printer);
     } catch (const std::exception &error) {
+        qovutil_showError(QString::fromUtf8(error.what()), &preview);
+    }
+    if (whole) {
+        return;
+    }
+    if (showsPreview(printer)) {
+        QMetaObject::invokeMethod(&preview, &QDialog::reject, Qt::QueuedConnection);
+    } else {
         removeHalf(printer);
-        qovutil_showError(QString::fromUtf8(error.what()), window);
     }
 }
 
@@ -204,6 +226,6 @@ void printTable(OrvaneTableView &view, const QString &title, QWidget *window)
     QPrintPreviewDialog preview(&printer, window);
     preview.setWindowTitle(OvTranslation::tr("Print %1").arg(title));
     QObject::connect(&preview, &QPrintPreviewDialog::paintRequested, &preview,
-                     [&](QPrinter *target) { printOrSayWhy(table, font, *target, &preview); });
+                     [&](QPrinter *target) { printOrSayWhy(table, font, *target, preview); });
     preview.exec();
 }

@@ -226,6 +226,24 @@ TEST_F(Printing, ShowsAPreview)
     EXPECT_EQ(boxes.texts(), QStringList());
 }
 
+TEST_F(Printing, ClosesAPreviewWhosePagesAreCancelled)
+{
+    MainWindow &window = opened("remark");
+    User user;
+    int closed = 0;
+    user.meets<QPrintPreviewDialog>([&](QPrintPreviewDialog &dialog) {
+        QObject::connect(&dialog, &QDialog::rejected, [&closed] { ++closed; });
+        QTest::qWait(150); // the hook is asked at most every 100 ms
+        dbset_progress_hook([](double, void *) { return 1; }, nullptr);
+        dialog.findChild<QPrintPreviewWidget *>()->updatePreview();
+        EXPECT_EQ(closed, 0) << "not while the toolkit is at its pages";
+    });
+    action(window, "print").trigger();
+    dbset_progress_hook(nullptr, nullptr);
+    EXPECT_EQ(closed, 1);
+    EXPECT_EQ(boxes.texts(), QStringList());
+}
+
 TEST_F(Printing, AsksWhetherTheSelectedRowsAreMeant)
 {
     MainWindow &window = opened("remark");

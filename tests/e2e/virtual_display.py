@@ -3,6 +3,7 @@
 import os
 import shutil
 import subprocess
+import tempfile
 import time
 
 PROGRAMS = ("Xvfb", "openbox", "xdotool", "import")
@@ -62,8 +63,19 @@ class Display:
         self.environment = dict(os.environ, DISPLAY=":" + number, LC_ALL="C.UTF-8", LANGUAGE="", TZ="UTC")
         self.environment.pop("QT_QPA_PLATFORM", None)
         self.environment.pop("WAYLAND_DISPLAY", None)
-        self.start(["openbox"])
+        try:
+            self.start_window_manager()
+        except BaseException:
+            self.__exit__()
+            raise
         return self
+
+    def start_window_manager(self):
+        """Returns when it is ready: a window that is shown while it starts may stay unseen for ever."""
+        with tempfile.TemporaryDirectory() as folder:
+            ready = os.path.join(folder, "ready")
+            self.start(["openbox", "--startup", f"touch {ready}"])
+            wait_until(lambda: os.path.exists(ready), "the window manager")
 
     def __exit__(self, *unused):
         for process in reversed(self.processes):

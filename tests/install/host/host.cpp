@@ -2,6 +2,7 @@
 #include <QApplication>
 #include <QTabWidget>
 #include <cstdio>
+#include <memory>
 
 #include <orvanedatabasemodel.h>
 #include <orvanedatabaseview.h>
@@ -25,12 +26,12 @@ int main(int argc, char **argv)
         return 2;
     }
     OvConfig config;
-    OrvaneDatabaseModel *model =
-        OrvaneDatabaseModel::uniqueOrvaneDatabaseModel(config, QString::fromLocal8Bit(argv[1]), "r");
+    const std::unique_ptr<OrvaneDatabaseModel> model(
+        OrvaneDatabaseModel::uniqueOrvaneDatabaseModel(config, QString::fromLocal8Bit(argv[1]), "r"));
     if (!model->isOpen())
         return 1;
     OrvaneDatabaseView view(config);
-    view.setModel(model);
+    view.setModel(model.get());
     view.show();
     QApplication::processEvents();
     for (QTabWidget *tabs : view.findChildren<QTabWidget *>())

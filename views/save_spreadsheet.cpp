@@ -26,7 +26,7 @@ namespace {
 constexpr const char *operation = "spreadsheet";
 constexpr int mostRows = 1048576; // of a sheet
 constexpr int mostColumns = 16384;
-constexpr double writingShare = 0.6; // of the time; the rest is saving
+constexpr double writingShare = 0.5; // of the time; the rest is saving
 constexpr int cellsBetweenReports = 1024;
 
 struct Formats {
@@ -51,6 +51,35 @@ struct Column {
     throw std::runtime_error(text.toStdString());
 }
 
+// The stand-in tells more of its saving than the writer that it stands in for. ----------------------------
+
+template <class Document>
+double savedFraction(const Document &document)
+{
+    if constexpr (requires { document.savedFraction(); }) {
+        return document.savedFraction();
+    }
+    return 0;
+}
+
+template <class Document>
+void stopSaving(Document &document)
+{
+    if constexpr (requires { document.stopSaving(); }) {
+        document.stopSaving();
+    }
+}
+
+// Why the last call failed; empty where that can't be told.
+template <class Document>
+QString reasonOf(const Document &document)
+{
+    if constexpr (requires { document.errorText(); }) {
+        return document.errorText();
+    }
+    return {};
+}
+
 void report(double fraction)
 {
     if (dbreport_progress(operation, fraction) != 0) {
@@ -63,7 +92,7 @@ void report(double fraction)
 class Saving
 {
 public:
-    Saving(std::shared_ptr<const QXlsx::Document> document, const QString &path)
+    Saving(std::shared_ptr<QXlsx::Document> document, const QString &path)
         : m_document(std::move(document)), m_file(path), m_beside(m_file.writtenPath())
     {
     }
@@ -79,17 +108,20 @@ public:
     }
     bool isDone() const { return m_isDone; }
     bool isSaved() const { return m_isSaved; }
+    double fraction() const { return savedFraction(*m_document); }
+    void stop() { stopSaving(*m_document); }
 
 private:
-    std::shared_ptr<const QXlsx::Document> m_document;
+    std::shared_ptr<QXlsx::Document> m_document;
     NewFile m_file;
     const QString m_beside;
     std::atomic<bool> m_isDone = false;
     bool m_isSaved = false;
 };
 
-// The writer can't be stopped. Who cancels doesn't wait for it: it goes on by itself, with nothing to show
-// for it in the end, and the program does not exit before that, so that its file goes, too.
+// The writer ends when it gets to it, if it can be stopped at all. Who cancels doesn't wait for it: it goes
+// on by itself, with nothing to show for it in the end, and the program does not exit before that, so that
+// its file goes, too.
 void letGo(std::thread thread)
 {
     struct Ending {
@@ -162,7 +194,7 @@ public:
     {
         const auto saving = std::make_shared<Saving>(m_document, m_request.path);
         if (!saving->beside().isEmpty() && !saveReporting(saving)) {
-            fail(OvTranslation::tr("The spreadsheet '%1' could not be written").arg(m_request.path));
+            failed(OvTranslation::tr("The spreadsheet '%1' could not be written").arg(m_request.path));
         }
         saving->file().putInPlace();
     }
@@ -204,10 +236,17 @@ private:
     void put(int row, std::size_t column, const QVariant &value, const QXlsx::Format &format)
     {
         if (!m_document->write(row, static_cast<int>(column) + 1, value, format)) {
-            fail(OvTranslation::tr("Row %1, column %2 could not be written to the spreadsheet")
-                     .arg(row)
-                     .arg(column + 1));
+            failed(OvTranslation::tr("Row %1, column %2 could not be written to the spreadsheet")
+                       .arg(row)
+                       .arg(column + 1));
         }
+    }
+
+    // With the writer's reason where it tells one.
+    [[noreturn]] void failed(const QString &what) const
+    {
+        const QString reason = reasonOf(*m_document);
+        fail(reason.isEmpty() ? what : what + QStringLiteral(": ") + reason);
     }
 
     bool saveReporting(const std::shared_ptr<Saving> &saving)
@@ -215,7 +254,8 @@ private:
         std::thread thread([saving] { saving->run(); });
         while (!saving->isDone()) {
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            if (dbreport_progress(operation, writingShare) != 0) {
+            if (dbreport_progress(operation, writingShare + (1 - writingShare) * saving->fraction()) != 0) {
+                saving->stop();
                 letGo(std::move(thread));
                 fail(QStringLiteral("%1: cancelled").arg(operation));
             }

@@ -9,7 +9,10 @@
 #include <QLineEdit>
 #include <QProcess>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <vector>
 
 #include <unistd.h>
 
@@ -22,6 +25,7 @@
 #include <qdbptr.h>
 
 #include "database_window.h"
+#include "support/file_size_limit.h"
 #include "support/user.h"
 
 namespace {
@@ -99,6 +103,9 @@ protected:
                 name->setText(file);
             }
             QTest::keyClick(name, Qt::Key_Return);
+            if (dialog.isVisible()) { // the file that is there shall stay
+                dialog.reject();
+            }
         });
         window.saveAs();
         return boxes.texts();
@@ -162,6 +169,31 @@ const char *const readCommas = "import csv, json, sys\n"
 const char *const readTabs =
     "import csv, json, sys\n"
     "print(json.dumps(list(csv.reader(open(sys.argv[1], newline=''), delimiter='\\t'))))";
+// The sheet as a stream: how many rows and cells, and the rows 1, 2, 1000 and the last as lists.
+const char *const streamSheet = R"(
+import json, sys, xml.parsers.expat, zipfile
+rows, row, text, cells = [], None, None, 0
+def begin(name, attributes):
+    global row, text
+    if name == 'row': row = []
+    elif name in ('v', 't'): text = ''
+def characters(more):
+    global text
+    if text is not None: text += more
+def end(name):
+    global text, cells
+    if name in ('v', 't'):
+        row.append(text)
+        text = None
+        cells += 1
+    elif name == 'row':
+        rows.append(row if len(rows) in (0, 1, 999) else None)
+parser = xml.parsers.expat.ParserCreate()
+parser.buffer_text = True
+parser.StartElementHandler, parser.EndElementHandler, parser.CharacterDataHandler = begin, end, characters
+parser.ParseFile(zipfile.ZipFile(sys.argv[1]).open('xl/worksheets/sheet1.xml'))
+print(json.dumps({'rows': len(rows), 'cells': cells, 'some': [rows[0], rows[1], rows[999], row]}))
+)";
 const char *const readSheet =
     "import datetime, json, openpyxl, sys\n"
     "sheet = openpyxl.load_workbook(sys.argv[1]).active\n"
@@ -264,6 +296,65 @@ TEST_F(SavingAs, TellsThatTheDiskIsFull)
         const QStringList said = save(form, path("full"), Answer::Yes);
         ASSERT_EQ(said.size(), 1) << form;
         EXPECT_TRUE(said[0].contains("No space left on device")) << said[0].toStdString();
+    }
+}
+
+TEST_F(SavingAs, ThatADiskHasNoRoomForLeavesTheFileThatWasThere)
+{
+    std::vector<TemporaryDatabase::Row> rows(3000, {"AAK", "1517875201.50000", "1", "2018037", "P"});
+    database.files.addTable("arrival", rows);
+    database.config.configure("request_view_names", false);
+    window.setModel(nullptr);
+    window.setModel(&database.open());
+    window.setFocusTable("arrival");
+    OrvaneTableModel *some = window.getCurrentTableModel()->subset("arid > 0", "some");
+    for (const char *table : {"arrival", "some"}) {
+        if (table == some->getTableName()) {
+            window.addTable(some);
+        }
+        window.setFocusTable(table);
+        const bool isBaseTable = !window.getCurrentTableModel()->tableIsView();
+        for (const char *form : {newDatabase, view, spreadsheet, spaces, tabs, commas, picture}) {
+            const std::string name = std::string("full") + (form == newDatabase ? "db" : "");
+            database.files.writeFile(form == newDatabase ? name + ".arrival" : name, "precious\n");
+            const QStringList before = names();
+            QStringList said;
+            {
+                const FileSizeLimit limit(2048);
+                said = save(form, path(name.c_str()), Answer::Yes);
+            }
+            EXPECT_EQ(names(), before) << form;
+            EXPECT_EQ(content(path(name.c_str()) + (form == newDatabase ? ".arrival" : "")), "precious\n")
+                << form;
+            if (form == newDatabase && isBaseTable) {
+                EXPECT_EQ(said, QStringList()); // its reason is in the error log
+                continue;
+            }
+            ASSERT_EQ(said.size(), 1) << form;
+            EXPECT_TRUE(said[0].contains("File too large") || form == newDatabase) << said[0].toStdString();
+        }
+    }
+    // A new database, and a view that belongs to the database.
+    const QStringList before = names();
+    for (const char *form : {newDatabase, view}) {
+        const FileSizeLimit limit(2048);
+        const QStringList said = save(form, form == view ? QString() : path("new"));
+        ASSERT_EQ(said.size(), 1) << form;
+        EXPECT_TRUE(said[0].contains("File too large")) << said[0].toStdString();
+        EXPECT_EQ(names(), before) << form;
+    }
+}
+
+TEST_F(SavingAs, AFileThatIsThereIsReplacedOnlyIfTheUserSaysSo)
+{
+    for (const char *form : {view, spreadsheet, spaces, tabs, commas, picture}) {
+        database.files.writeFile("mine", "precious\n");
+        const QStringList said = save(form, path("mine"), Answer::No);
+        ASSERT_EQ(said.size(), 1) << form;
+        EXPECT_TRUE(said[0].contains("mine already exists")) << said[0].toStdString();
+        EXPECT_EQ(content(path("mine")), "precious\n") << form;
+        EXPECT_EQ(save(form, path("mine"), Answer::Yes), QStringList()) << form;
+        EXPECT_NE(content(path("mine")), "precious\n") << form;
     }
 }
 
@@ -394,6 +485,84 @@ TEST_F(SavingAs, SpreadsheetsHoldWhatIsShown)
     EXPECT_EQ(rows[2][name]["value"].toString(), "=1+1");
     EXPECT_EQ(rows[2][name]["type"].toString(), "s"); // and no formula
     EXPECT_TRUE(rows[1][1 - name]["value"].isNull());
+}
+
+// What the hook of progress is told.
+struct Told {
+    std::vector<double> fractions;
+
+    Told()
+    {
+        dbset_progress_hook(
+            [](double fraction, void *told) {
+                static_cast<Told *>(told)->fractions.push_back(fraction);
+                return 0;
+            },
+            this);
+    }
+    ~Told() { dbset_progress_hook(nullptr, nullptr); }
+};
+
+// The most memory that there was since it was forgotten, in mebibytes.
+void forgetPeak()
+{
+    std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+long peakMebibytes()
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmHWM:", 0) == 0) {
+            return std::stol(line.substr(6)) / 1024;
+        }
+    }
+    ADD_FAILURE() << "the system does not tell";
+    return 0;
+}
+
+TEST_F(SavingAs, ManyRowsAsASpreadsheetTakeLittleMemoryAndTellHowFarTheyAre)
+{
+    constexpr int many = 150000;
+    std::vector<TemporaryDatabase::Row> rows;
+    for (int i = 1; i <= many; ++i) {
+        rows.push_back({"AAK", std::to_string(1517875200 + i) + ".50000", std::to_string(i), "2018037", "P"});
+    }
+    database.files.addTable("arrival", rows);
+    rows = {};
+    database.config.configure("show_empty_columns", true);
+    window.setModel(nullptr);
+    window.setModel(&database.open());
+    window.setFocusTable("arrival");
+    const int columns = window.getCurrentTableView()->getFieldNamesVisible().size();
+    ASSERT_EQ(columns, 8);
+    forgetPeak();
+    const long before = peakMebibytes();
+    const Told told;
+    EXPECT_EQ(save(spreadsheet, path("many.xlsx")), QStringList());
+#ifndef __SANITIZE_ADDRESS__ // which keeps what is freed
+    EXPECT_LT(peakMebibytes() - before, 64) << "in memory the cells are well over a hundred";
+#endif
+    EXPECT_TRUE(std::is_sorted(told.fractions.begin(), told.fractions.end()));
+    EXPECT_GT(std::count_if(told.fractions.begin(), told.fractions.end(), [](double f) { return f < 0.5; }),
+              1);
+    // Also while the writer works, which is half of the time.
+    std::vector<double> later(std::lower_bound(told.fractions.begin(), told.fractions.end(), 0.5),
+                              told.fractions.end());
+    later.erase(std::unique(later.begin(), later.end()), later.end());
+    EXPECT_GT(later.size(), 3U);
+
+    const QJsonObject read = python(streamSheet, path("many.xlsx")).object();
+    EXPECT_EQ(read["rows"].toInt(), many + 1);
+    EXPECT_GT(read["cells"].toInt(), 5 * many);
+    const QJsonArray names = read["some"][0].toArray();
+    EXPECT_EQ(names.size(), columns);
+    EXPECT_EQ(names[0].toString(), "sta");
+    EXPECT_EQ(names[2].toString(), "arid");
+    EXPECT_EQ(read["some"][1][2].toString(), "1");
+    EXPECT_EQ(read["some"][2][2].toString(), "999");
+    EXPECT_EQ(read["some"][3][2].toString(), QString::number(many));
+    EXPECT_EQ(read["some"][3][0].toString(), "AAK");
 }
 
 TEST_F(SavingAs, MoreRowsThanASheetHoldsIsSaidBeforeWriting)

@@ -2,35 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <xlsxdocument.h>
 
+#include "support/file_size_limit.h"
+
 namespace {
 
 const QStringList onlyTheSheet{QStringLiteral("sheet.xlsx")};
-
-// While it lives no file of this process can grow beyond a size, as on a full disk.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
-    FileSizeLimit(const FileSizeLimit &) = delete;
-    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
-
-private:
-    rlimit m_before{};
-};
 
 bool fill(QXlsx::Document &sheet, int rows)
 {
@@ -134,6 +120,66 @@ TEST(Saving, fails_after_cells_were_lost_on_a_full_disk)
     }
     EXPECT_FALSE(sheet.saveAs(folder.path()));
     EXPECT_EQ(folder.names(), QStringList());
+}
+
+// ---- Watched from another thread ------------------------------------------------------------------------
+
+class WatchedSaving : public testing::Test
+{
+protected:
+    WatchedSaving()
+    {
+        for (int row = 1; row <= 200000; ++row) {
+            sheet.write(row, 1, row * 0.25);
+            sheet.write(row, 2, QStringLiteral("row %1").arg(row));
+            sheet.write(row, 3, row % 7);
+        }
+    }
+
+    const ScratchFolder folder;
+    QXlsx::Document sheet;
+};
+
+TEST_F(WatchedSaving, tells_how_far_it_is)
+{
+    std::vector<double> told;
+    std::atomic<bool> isDone = false;
+    std::thread watcher([&] {
+        while (!isDone) {
+            told.push_back(sheet.savedFraction());
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    const bool isSaved = sheet.saveAs(folder.path());
+    isDone = true;
+    watcher.join();
+    ASSERT_TRUE(isSaved) << sheet.errorText().toStdString();
+    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+    std::vector<double> different = told;
+    different.erase(std::unique(different.begin(), different.end()), different.end());
+    EXPECT_GT(different.size(), 10U);
+    EXPECT_LT(told.front(), 0.3);
+    EXPECT_GT(told.back(), 0.85);
+    EXPECT_LE(told.back(), 1);
+    // Half of the time is not spent at one place.
+    const auto half = std::lower_bound(told.begin(), told.end(), 0.5) - told.begin();
+    EXPECT_GT(half, static_cast<std::ptrdiff_t>(told.size() / 8));
+    EXPECT_LT(half, static_cast<std::ptrdiff_t>(told.size() * 7 / 8));
+}
+
+TEST_F(WatchedSaving, can_be_stopped_and_done_again)
+{
+    std::thread user([&] {
+        while (sheet.savedFraction() == 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        sheet.stopSaving();
+    });
+    EXPECT_FALSE(sheet.saveAs(folder.path()));
+    user.join();
+    EXPECT_EQ(sheet.errorText(), QStringLiteral("stopped"));
+    EXPECT_EQ(folder.names(), QStringList());
+    EXPECT_TRUE(sheet.saveAs(folder.path())) << sheet.errorText().toStdString();
 }
 
 } // namespace

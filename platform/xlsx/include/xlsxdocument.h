@@ -46,9 +46,17 @@ public:
     // again, and written on. False, with a reason, when that fails; nothing is left behind then.
     bool saveAs(const QString &path) const;
 
-    // Why the last call that answered false did so (English); empty before any. This member is the stand-in's
-    // own.
+    // The members from here on are the stand-in's own. ---------------------------------------------------
+
+    // Why the last call that answered false did so (English); empty before any.
     QString errorText() const;
+
+    // Asked from another thread while saveAs() runs in one: how far it is, from 0 to 1.
+    double savedFraction() const;
+
+    // Asks a running saveAs() from another thread to fail. It does so soon, but once it packs the file, only
+    // when that is done.
+    void stopSaving();
 
 private:
     std::unique_ptr<DocumentPrivate> d;

@@ -3,6 +3,8 @@
 #include "spool_cursor.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <queue>
 #include <stdexcept>
 
@@ -16,9 +18,11 @@ constexpr std::size_t readBuffers = 8 << 20;
 constexpr std::size_t leastReadBuffer = 4 << 10;
 constexpr std::size_t mostReadBuffer = 256 << 10;
 
+// The toolkit's file does not always know why it failed; the system does.
 [[noreturn]] void failed(const char *what, const QTemporaryFile &file)
 {
-    throw std::runtime_error(std::string(what) + ": " + file.errorString().toStdString());
+    const std::string reason = errno != 0 ? std::strerror(errno) : file.errorString().toStdString();
+    throw std::runtime_error(std::string(what) + ": " + reason);
 }
 
 // The earliest place first, and of one place the cell written last.
@@ -50,6 +54,7 @@ void CellSpool::append(const SpooledCell &cell)
     m_bytes.insert(m_bytes.end(), headBytes, headBytes + sizeof head);
     m_bytes.insert(m_bytes.end(), payload, payload + length);
     m_entries.push_back({head.place, offset});
+    ++m_count;
 }
 
 // Of several cells for one place in the buffer the last goes to the run, so that a run has none twice.
@@ -58,6 +63,7 @@ void CellSpool::flush()
     if (m_entries.empty()) {
         return;
     }
+    errno = 0;
     if (!m_file.isOpen() && !m_file.open()) {
         failed("cannot make the spool file", m_file);
     }

@@ -35,6 +35,9 @@ class CellSpool
 public:
     void append(const SpooledCell &cell);
 
+    // How many were appended.
+    std::uint64_t count() const { return m_count; }
+
     // Calls with each place's last written cell, by rows and by columns within a row.
     void readInRowOrder(const std::function<void(const SpooledCell &)> &take);
 
@@ -47,6 +50,7 @@ private:
     void flush();
 
     QTemporaryFile m_file;
+    std::uint64_t m_count = 0;
     std::vector<SpoolRun> m_runs;
     std::vector<Entry> m_entries;
     std::vector<char> m_bytes;

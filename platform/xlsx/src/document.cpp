@@ -3,6 +3,7 @@
 #include "cell_spool.h"
 #include "cell_value.h"
 #include "replacement_file.h"
+#include "saving_watch.h"
 #include "workbook_file.h"
 
 #include <algorithm>
@@ -23,6 +24,7 @@ public:
     bool attempt(Step step);
 
     QString reason;
+    SavingWatch watch;
 
 private:
     std::uint16_t formatIndex(const Format &format);
@@ -104,8 +106,10 @@ void DocumentPrivate::saveAs(const QString &path)
     if (m_lostCells) {
         throw std::runtime_error("the spool file could not be written, so cells are missing");
     }
+    watch.begin();
     ReplacementFile file(path);
-    writeWorkbook(file.temporaryPath(), {m_cells, m_formats, m_columnWidths});
+    writeWorkbook(file.temporaryPath(), {m_cells, m_formats, m_columnWidths}, watch);
+    watch.gathered(1);
     file.commit();
 }
 
@@ -131,6 +135,16 @@ bool Document::saveAs(const QString &path) const
 QString Document::errorText() const
 {
     return d->reason;
+}
+
+double Document::savedFraction() const
+{
+    return d->watch.fraction();
+}
+
+void Document::stopSaving()
+{
+    d->watch.stop();
 }
 
 } // namespace QXlsx

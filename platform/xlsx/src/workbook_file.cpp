@@ -1,5 +1,7 @@
 #include "workbook_file.h"
 
+#include "saving_watch.h"
+
 #include <QDir>
 #include <QFile>
 #include <QStorageInfo>
@@ -7,6 +9,8 @@
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
+
+#include <unistd.h>
 
 #include <locale.h> // the calls for one thread's locale are not the standard library's
 
@@ -20,6 +24,9 @@ namespace {
 // classic form, as not every reader knows the 64-bit one.
 constexpr qint64 largestClassicSheet = 4000000000LL;
 constexpr qint64 restOfTheWorkbook = 1 << 20; // all but the cells, generously
+constexpr std::uint64_t cellsBetweenLooks = 1024;
+constexpr int packedSamples = 4;
+constexpr int packedSampleBytes = 128 << 10;
 
 // While it lives this thread writes numbers with a point: the writing library prints them by the locale, in
 // which a host program's user may well have a comma, and a file with commas is broken.
@@ -143,9 +150,29 @@ qint64 checkedRows(lxw_worksheet *sheet, const QString &temporaryFolder)
     return size;
 }
 
+// How large the rows are when they are packed, about: some parts of them are packed to see. The same method
+// and level as the writing library's.
+qint64 packedSize(lxw_worksheet *sheet, qint64 size)
+{
+    const int file = ::fileno(sheet->optimize_tmpfile);
+    qint64 taken = 0;
+    qint64 packed = 0;
+    std::vector<uchar> sample(packedSampleBytes);
+    for (int i = 0; i < packedSamples; ++i) {
+        const ssize_t got = ::pread(file, sample.data(), sample.size(), size / packedSamples * i);
+        if (got > 0) {
+            taken += got;
+            packed += qCompress(sample.data(), static_cast<int>(got)).size();
+        }
+    }
+    return taken == 0 ? 0
+                      : static_cast<qint64>(static_cast<double>(size) / static_cast<double>(taken) *
+                                            static_cast<double>(packed));
+}
+
 } // namespace
 
-void writeWorkbook(const QByteArray &path, const SheetContents &contents)
+void writeWorkbook(const QByteArray &path, const SheetContents &contents, SavingWatch &watch)
 {
     const PlainNumbers plainNumbers;
     const QString temporaryFolder = QDir::tempPath();
@@ -164,8 +191,16 @@ void writeWorkbook(const QByteArray &path, const SheetContents &contents)
         check(worksheet_set_column(sheet, at, at, width, nullptr));
     }
     CellFormats formats(workbook.get(), contents.formats);
-    contents.cells.readInRowOrder([&](const SpooledCell &cell) { writeCell(sheet, cell, formats.of(cell)); });
+    const auto cells = static_cast<double>(contents.cells.count());
+    std::uint64_t written = 0;
+    contents.cells.readInRowOrder([&](const SpooledCell &cell) {
+        writeCell(sheet, cell, formats.of(cell));
+        if (++written % cellsBetweenLooks == 0) {
+            watch.gathered(static_cast<double>(written) / cells);
+        }
+    });
     const qint64 size = checkedRows(sheet, temporaryFolder);
+    watch.packing(path, packedSize(sheet, size));
     workbook->options.use_zip64 = size > largestClassicSheet ? LXW_TRUE : LXW_FALSE;
     check(workbook_close(workbook.release())); // which frees it, come what may
 }

@@ -24,9 +24,11 @@ struct SheetContents {
     const std::map<int, double> &columnWidths; // by 1-based column, in characters
 };
 
+class SavingWatch;
+
 // Writes the workbook to the file. Throws std::runtime_error with the reason; the file's state is then
 // undefined.
-void writeWorkbook(const QByteArray &path, const SheetContents &contents);
+void writeWorkbook(const QByteArray &path, const SheetContents &contents, SavingWatch &watch);
 
 } // namespace QXlsx
 

@@ -1,11 +1,15 @@
 // What operations on a generated catalogue cost, through the C interface:
 //
-//   operations_bench DATABASE [--first] [--runs N] [--out FOLDER] [OPERATION...]
+//   operations_bench DATABASE [--first | --progress] [--runs N] [--out FOLDER] [OPERATION...]
 //
 // Each operation is run once to decode its columns and then N times; with --first just once, so that a
 // process that does one operation tells what the first one costs. Every run prints a line of JSON: wall and
 // processor time, the process's memory at its highest, and a checksum of the answer that the same rows have
 // in other engines.
+//
+// With --progress an operation is run with a progress hook, and again with one that says stop: at its first
+// call, at its second and so on. The line of JSON has the longest time without a call, and the longest that
+// the operation took to return once it was told.
 
 #include "table_layout.h"
 #include "view_rows.h"
@@ -35,12 +39,55 @@ TextList list_of(std::initializer_list<const char *> texts)
     return list;
 }
 
-Dbptr checked(Dbptr view)
+// A progress hook that remembers when it was called, and stops what calls it for the n-th time.
+class Watch
 {
-    if (view.table < 0)
-        fail("an operation failed");
-    return view;
-}
+public:
+    static constexpr int never = 0;
+
+    explicit Watch(int stop_at) : m_stop_at(stop_at), m_last(Clock::now())
+    {
+        dbset_progress_hook(&Watch::called, this);
+    }
+    ~Watch() { dbset_progress_hook(nullptr, nullptr); }
+    Watch(const Watch &) = delete;
+    Watch &operator=(const Watch &) = delete;
+
+    void end() { note(); }
+    int calls() const { return m_calls; }
+    bool stopped() const { return m_stop_at != never && m_calls >= m_stop_at; }
+    double longest_ms() const { return m_longest; }
+    // From the last call, which may have been the answer that stops.
+    double since_last_ms() const { return m_since_last; }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void note()
+    {
+        const auto now = Clock::now();
+        m_since_last = std::chrono::duration<double, std::milli>(now - m_last).count();
+        m_longest = std::max(m_longest, m_since_last);
+        m_last = now;
+    }
+    static int called(double, void *data)
+    {
+        auto &watch = *static_cast<Watch *>(data);
+        watch.note();
+        ++watch.m_calls;
+        return watch.stopped() ? 1 : 0;
+    }
+
+    const int m_stop_at;
+    int m_calls = 0;
+    double m_longest = 0;
+    double m_since_last = 0;
+    Clock::time_point m_last;
+};
+
+// An operation that was told to stop did.
+struct Stopped {
+};
 
 class Bench
 {
@@ -67,9 +114,7 @@ public:
         struct rusage use = {};
         getrusage(RUSAGE_SELF, &use);
         const Answer answer = run <= 0 ? m_answer = operation.answer(*this, made) : m_answer;
-        for (const Dbptr view : m_views)
-            dbfree(view);
-        m_views.clear();
+        free_views();
         if (run >= 0)
             std::printf("{\"engine\": \"orvane\", \"operation\": \"%s\", \"mode\": \"%s\", \"rows\": %" PRId64
                         ", \"ms\": %.3f, \"cpu_ms\": %.3f, \"peak_mb\": %ld, \"count\": %" PRId64
@@ -79,7 +124,62 @@ public:
         std::fflush(stdout);
     }
 
+    // How long it goes without asking the hook, and how long it goes on once it was told to stop.
+    void watch(const Operation &operation)
+    {
+        int calls = 0;
+        double longest_ms = 0;
+        double longest_stop_ms = 0;
+        for (int stop_at = Watch::never; stop_at <= calls; ++stop_at) {
+            if (operation.before)
+                operation.before(*this);
+            Watch watch(stop_at);
+            m_watch = &watch;
+            try {
+                operation.run(*this);
+            } catch (const Stopped &) {
+            }
+            watch.end();
+            m_watch = nullptr;
+            if (stop_at == Watch::never)
+                calls = std::min(watch.calls(), most_stops);
+            longest_ms = std::max(longest_ms, watch.longest_ms());
+            if (watch.stopped())
+                longest_stop_ms = std::max(longest_stop_ms, watch.since_last_ms());
+            free_views();
+            forget_columns();
+        }
+        std::printf(
+            "{\"engine\": \"orvane\", \"operation\": \"%s\", \"mode\": \"progress\", \"rows\": %" PRId64
+            ", \"ms\": %.3f, \"stop_ms\": %.3f, \"calls\": %d}\n",
+            operation.name, m_arrivals, longest_ms, longest_stop_ms, calls);
+        std::fflush(stdout);
+    }
+
 private:
+    static constexpr int most_stops = 25;
+
+    void free_views()
+    {
+        for (const Dbptr view : m_views)
+            dbfree(view);
+        m_views.clear();
+    }
+    // So that the next run decodes them again.
+    void forget_columns()
+    {
+        OVdbclose(m_db);
+        open();
+    }
+
+    void require(bool done, const char *failure) const
+    {
+        if (!done && m_watch && m_watch->stopped())
+            throw Stopped();
+        if (!done)
+            fail(failure);
+    }
+
     static double processor_seconds()
     {
         struct rusage use = {};
@@ -101,7 +201,8 @@ private:
     // A view that is freed after the run.
     Dbptr keep(Dbptr view)
     {
-        m_views.insert(m_views.begin(), checked(view));
+        require(view.table >= 0, "an operation failed");
+        m_views.insert(m_views.begin(), view);
         return view;
     }
     Dbptr join(Dbptr left, const char *right)
@@ -132,6 +233,7 @@ private:
     std::string m_condition;
     int64_t m_found = -1;
     Answer m_answer;
+    const Watch *m_watch = nullptr;
 };
 
 // ---- Operations that make no view ----------------------------------------------------------------
@@ -139,6 +241,7 @@ private:
 Dbptr Bench::find_last()
 {
     m_found = dbfind(table("arrival"), m_condition.c_str(), 0, nullptr);
+    require(m_found >= 0, "cannot find");
     return dbinvalid();
 }
 
@@ -147,9 +250,9 @@ Dbptr Bench::export_csv(const char *from, const std::string &to) const
     std::FILE *file = std::fopen(to.c_str(), "w");
     if (file == nullptr)
         fail("cannot write " + to);
-    if (dbselect_hdr(table(from), nullptr, file, ",", 1) < 0 ||
-        dbselect(table(from), nullptr, file, ",", 1) < 0 || std::fclose(file) != 0)
-        fail("cannot export");
+    const bool written = dbselect_hdr(table(from), nullptr, file, ",", 1) >= 0 &&
+                         dbselect(table(from), nullptr, file, ",", 1) >= 0;
+    require(std::fclose(file) == 0 && written, "cannot export");
     return dbinvalid();
 }
 
@@ -286,8 +389,7 @@ const std::vector<Bench::Operation> &Bench::operations()
         {"unjoin",
          [](Bench &bench) {
              const Dbptr joined = bench.join(bench.join(bench.subset("sta == 'GPDB'"), "assoc"), "origin");
-             if (dbunjoin(joined, bench.unjoined_path().c_str(), 0) < 0)
-                 fail("cannot unjoin");
+             bench.require(dbunjoin(joined, bench.unjoined_path().c_str(), 0) >= 0, "cannot unjoin");
              return dbinvalid();
          },
          [](Bench &bench, Dbptr) { return bench.unjoined_answer(); },
@@ -309,6 +411,7 @@ const std::vector<Bench::Operation> &Bench::operations()
 int main(int argc, char **argv)
 {
     bool first = false;
+    bool progress = false;
     int runs = 5;
     const char *path = nullptr;
     std::string out = std::filesystem::temp_directory_path().string();
@@ -317,6 +420,8 @@ int main(int argc, char **argv)
         const std::string argument = argv[i];
         if (argument == "--first")
             first = true;
+        else if (argument == "--progress")
+            progress = true;
         else if (argument == "--runs" && i + 1 < argc)
             runs = std::atoi(argv[++i]);
         else if (argument == "--out" && i + 1 < argc)
@@ -328,7 +433,8 @@ int main(int argc, char **argv)
     }
     if (!path) {
         std::fprintf(stderr,
-                     "usage: operations_bench DATABASE [--first] [--runs N] [--out FOLDER] [OPERATION...]\n");
+                     "usage: operations_bench DATABASE [--first | --progress] [--runs N] [--out FOLDER] "
+                     "[OPERATION...]\n");
         return 2;
     }
     Bench bench(path, out);
@@ -337,6 +443,10 @@ int main(int argc, char **argv)
         if (wanted.empty() ? name == "csv_files"
                            : std::find(wanted.begin(), wanted.end(), name) == wanted.end())
             continue;
+        if (progress) {
+            bench.watch(operation);
+            continue;
+        }
         if (first) {
             bench.measure(operation, true, 0);
             continue;

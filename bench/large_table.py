@@ -1,0 +1,114 @@
+#!/usr/bin/env python3
+"""Opens, counts, finds and subsets a table that is larger than the memory that may be used for it.
+
+    bench/large_table.py build/release [ROWS] [MEGABYTES]
+
+100,000,000 rows of 24 bytes in 1,200 MB unless said otherwise, the page cache included: the programs run in a memory
+control group, which takes an administrator; where none can be made they run without a limit, and the output says so.
+The table lies in $ORVANE_BENCH_DATA, or in a folder that goes away. Prints a line of JSON a step.
+"""
+import contextlib
+import json
+import os
+import pathlib
+import resource
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+SCHEMA = """name: narrow
+attributes:
+  id: {type: integer, width: 9, format: "%9d", null: "-1"}
+  value: {type: real, width: 9, format: "%9.3f", null: "-999.000"}
+  word: {type: string, width: 4, format: "%-4s", null: "-"}
+relations:
+  many: {fields: [id, value, word]}
+"""
+WORDS = ("AAK", "KIV", "ABKT", "-", "B", "b", "TIXI")
+BLOCK = 100_000
+
+
+def generate(folder, rows):
+    """Ids in order; of the values and words the same in each block."""
+    (folder / "narrow.yaml").write_text(SCHEMA)
+    (folder / "quakes").write_text("schema: narrow\ndbpath: [.]\nlocks: local\n")
+    ends = [f" {i * 7919 % 700_001 / 8:9.3f} {WORDS[i * 31 % len(WORDS)]:<4}\n" for i in range(BLOCK)]
+    with open(folder / "quakes.many", "w", encoding="ascii") as file:
+        for first in range(0, rows, BLOCK):
+            file.write("".join(f"{first + i:9d}{end}" for i, end in enumerate(ends[:rows - first])))
+    (folder / "rows").write_text(str(rows))
+
+
+@contextlib.contextmanager
+def limited(megabytes):
+    """A control group of so much memory to run in; none where that is not to be had."""
+    for parent, limit in (("/sys/fs/cgroup/memory", "memory.limit_in_bytes"), ("/sys/fs/cgroup", "memory.max")):
+        group = pathlib.Path(parent) / f"orvane-bench-{os.getpid()}"
+        try:
+            group.mkdir()
+        except OSError:
+            continue
+        try:
+            (group / limit).write_text(str(megabytes << 20))
+            yield group
+            return
+        except OSError:
+            continue
+        finally:
+            group.rmdir()
+    yield None
+
+
+def run(program, group, arguments):
+    def enter():
+        if group:
+            (group / "cgroup.procs").write_text(str(os.getpid()))
+
+    start = time.perf_counter()
+    done = subprocess.run([program, *arguments], check=True, stdout=subprocess.PIPE, text=True, preexec_fn=enter)
+    taken = time.perf_counter() - start
+    return taken, done.stdout.strip().splitlines()
+
+
+def measure(program, table, rows, group):
+    steps = [
+        ("open and count", ["select", table, "--count"], str(rows)),
+        ("subset of a number", ["select", table, "--subset", "value < 1000", "--count"], None),
+        ("subset of a text", ["select", table, "--subset", "word == 'AAK'", "--count"], None),
+        ("find the last row", ["select", table, "--subset", f"id == {rows - 1}", "--no-header"], None),
+    ]
+    for name, arguments, expected in steps:
+        taken, lines = run(program, group, arguments)
+        if expected and lines[-1] != expected:
+            raise SystemExit(f"{name}: {lines[-1]}, not {expected}")
+        peak = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss >> 10
+        print(json.dumps({"step": name, "s": round(taken, 2), "most_mb_so_far": peak, "answer": lines[-1][:60]}), flush=True)
+
+
+def main():
+    if len(sys.argv) < 2:
+        raise SystemExit(__doc__)
+    program = pathlib.Path(sys.argv[1]).resolve() / "bin" / "ovdb"
+    rows = int(sys.argv[2]) if len(sys.argv) > 2 else 100_000_000
+    megabytes = int(sys.argv[3]) if len(sys.argv) > 3 else 1200
+    kept = os.environ.get("ORVANE_BENCH_DATA")
+    data = pathlib.Path(kept or tempfile.mkdtemp(prefix="orvane-bench-"))
+    folder = data / f"narrow{rows}"
+    try:
+        if not (folder / "rows").exists():
+            folder.mkdir(parents=True, exist_ok=True)
+            generate(folder, rows)
+        os.environ["ORVANE_SCHEMA_PATH"] = str(folder)
+        size = os.path.getsize(folder / "quakes.many") >> 20
+        with limited(megabytes) as group:
+            print(json.dumps({"rows": rows, "table_mb": size, "limit_mb": megabytes if group else None}), flush=True)
+            measure(program, folder / "quakes.many", rows, group)
+    finally:
+        if not kept:
+            shutil.rmtree(data)
+
+
+if __name__ == "__main__":
+    main()

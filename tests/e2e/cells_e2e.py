@@ -1,17 +1,13 @@
 #!/usr/bin/env python3
 """Changes records in ovedit as its users do, with mouse and keyboard, and checks what is in the files then."""
 
-import argparse
-import os
 import pathlib
-import shutil
-import sys
-import tempfile
 import time
 
-from derive_e2e import FIRST_CELL, Hands
-from ovedit_e2e import WINDOW, Session, check, focus_table, patiently
-from virtual_display import Display, missing_programs, wait_until
+from derive_e2e import FIRST_CELL
+from hands import Hands
+from harness import WINDOW, Session, check, copy_of, focus_table, main, patiently
+from virtual_display import wait_until
 
 STATION = slice(0, 6)
 TIME = slice(7, 24)
@@ -214,12 +210,8 @@ def follow_others(hands, table):
 def run(arguments, display, home):
     folder = pathlib.Path(home, "database")
     folder.mkdir()
-    for path in arguments.database.parent.glob(arguments.database.name + "*"):
-        if path.is_file():
-            shutil.copy(path, folder)
-    arguments.database = folder / arguments.database.name
-    session = Session(display, arguments, home)
-    session.options = ["--read-write"]
+    arguments.database = copy_of(arguments.database, folder)
+    session = Session(display, arguments, home, ["--read-write"])
     session.start()
     hands = Hands(session)
     focus_table(session, "arrival")
@@ -233,23 +225,5 @@ def run(arguments, display, home):
     check(session.end() == 0, "ovedit ends well")
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--ovedit", required=True)
-    parser.add_argument("--database", required=True, type=pathlib.Path)
-    parser.add_argument("--pictures", required=True, type=pathlib.Path, help="folder for what was seen")
-    arguments = parser.parse_args()
-    absent = missing_programs()
-    if absent:
-        sys.exit("this test needs " + ", ".join(absent) + ": run scripts/setup")
-    os.makedirs(arguments.pictures, exist_ok=True)
-    with Display() as display, tempfile.TemporaryDirectory() as home:
-        try:
-            run(arguments, display, home)
-        except AssertionError as error:
-            display.picture(str(arguments.pictures / "failure.png"))
-            sys.exit(f"FAILED {error}; pictures are in {arguments.pictures}")
-
-
 if __name__ == "__main__":
-    main()
+    main(run, __doc__)

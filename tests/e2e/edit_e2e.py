@@ -1,16 +1,12 @@
 #!/usr/bin/env python3
 """Changes records in ovedit as its users do, with mouse and keyboard, takes changes back, and checks the files."""
 
-import argparse
 import pathlib
-import shutil
-import sys
-import tempfile
 import time
 
-from derive_e2e import Hands
-from ovedit_e2e import Session, check, focus_table, patiently
-from virtual_display import Display, missing_programs, wait_until
+from hands import Hands
+from harness import Session, check, copy_of, focus_table, main, patiently
+from virtual_display import wait_until
 
 TABLE = "affiliation"  # short, and every cell of it is seen
 SIGN = 120  # pixels at the end of the menu bar
@@ -19,8 +15,8 @@ SIGN = 120  # pixels at the end of the menu bar
 class Table:
     """The table's file, as another program finds it."""
 
-    def __init__(self, database):
-        self.file = database.with_name(database.name + "." + TABLE)
+    def __init__(self, database, name=TABLE):
+        self.file = database.with_name(database.name + "." + name)
 
     def values(self, first, width):
         return [line[first:first + width].strip() for line in self.file.read_text().splitlines()]
@@ -34,16 +30,6 @@ class Table:
     def comes_to(self, expected, what):
         wait_until(lambda: expected(self), what, 20)
         check(True, what)
-
-
-def copy_of_demo(database, folder):
-    for file in database.parent.iterdir():
-        if file.name.startswith(database.name) and file.is_file():
-            shutil.copy(file, folder)
-    copied = pathlib.Path(folder, database.name)
-    if (database.parent / "schemas").is_dir():
-        shutil.copytree(database.parent / "schemas", pathlib.Path(folder, "schemas"))
-    return copied
 
 
 def rows_menu(session, hands, letter):
@@ -86,23 +72,49 @@ def undo_and_redo(session, table, before):
     table.comes_to(lambda t: t.networks() == before, "and Ctrl+Z takes it back again")
 
 
-def change_all(session, hands, table, before):
+def give_value_for_all(session, hands, field, value):
+    """Change All of the first column, from the menu over its header, up to the question."""
     session.display.tool("mousemove", "--window", session.window, 104, 69, "click", 3)
     hands.popup()
     session.see("column_menu")
     session.display.key("Down", "Down", "Down", "Return")
-    hands.dialog("Get Value for 'net':")
-    hands.types("YY")
+    hands.dialog(f"Get Value for '{field}':")
+    hands.types(value)
     session.display.key("Return")
     hands.dialog("Change Values")
     session.see("change_all_question")
+
+
+def refuse_the_same_keys(session, hands, table):
+    """A network and a station are the key of an affiliation, and some stations are in several networks."""
+    before = table.file.read_bytes()
+    give_value_for_all(session, hands, "net", "YY")
     session.display.key("Return")
-    table.comes_to(lambda t: set(t.networks()) == {"YY"}, "Change All puts one value into every row")
+    hands.dialog("ovedit")
+    session.see("same_keys_refused")
+    session.display.key("Return")
+    hands.back()
+    check(table.file.read_bytes() == before, "Change All changes nothing where records would get the same key")
+
+
+def change_all(session, hands, database):
+    focus_table(session, "arrival")
+    table = Table(database, "arrival")
+    before = table.values(0, 6)
+    check(len(set(before)) > 1, "there are several stations")
+    give_value_for_all(session, hands, "sta", "YY")
+    session.display.key("Escape")
+    hands.back()
+    check(table.values(0, 6) == before, "nothing is changed when the question is not answered with yes")
+    give_value_for_all(session, hands, "sta", "YY")
+    session.display.key("Return")
+    table.comes_to(lambda t: set(t.values(0, 6)) == {"YY"}, "Change All puts one value into every row")
     hands.back()
     patiently(hands.open_menu, "r")
     session.see("undo_in_the_menu")
     session.display.key("u")
-    table.comes_to(lambda t: t.networks() == before, "one undo, from the menu, takes all of them back")
+    table.comes_to(lambda t: t.values(0, 6) == before, "one undo, from the menu, takes all of them back")
+    focus_table(session, TABLE)
 
 
 def mark_rows(session, hands, table):
@@ -115,6 +127,9 @@ def mark_rows(session, hands, table):
 
 
 def run(arguments, display, home):
+    folder = pathlib.Path(home, "database")
+    folder.mkdir()
+    arguments.database = copy_of(arguments.database, folder)
     session = Session(display, arguments, home, ["--read-write"])
     session.start()
     hands = Hands(session)
@@ -124,30 +139,12 @@ def run(arguments, display, home):
     check(len(before) > 1, "the table has several rows")
     edit_a_cell(session, hands, table)
     undo_and_redo(session, table, before)
-    change_all(session, hands, table, before)
+    refuse_the_same_keys(session, hands, table)
+    change_all(session, hands, arguments.database)
     mark_rows(session, hands, table)
     check(table.networks() == before, "in the end everything is as it was")
     check(session.end() == 0, "ovedit ends well")
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--ovedit", required=True)
-    parser.add_argument("--database", required=True, type=pathlib.Path)
-    parser.add_argument("--pictures", required=True, type=pathlib.Path)
-    arguments = parser.parse_args()
-    absent = missing_programs()
-    if absent:
-        sys.exit("this test needs " + ", ".join(absent) + ": run scripts/setup")
-    arguments.pictures.mkdir(parents=True, exist_ok=True)
-    with Display() as display, tempfile.TemporaryDirectory() as home, tempfile.TemporaryDirectory() as folder:
-        arguments.database = copy_of_demo(arguments.database, folder)
-        try:
-            run(arguments, display, home)
-        except AssertionError as error:
-            display.picture(str(arguments.pictures / "failure.png"))
-            sys.exit(f"FAILED {error}; pictures are in {arguments.pictures}")
-
-
 if __name__ == "__main__":
-    main()
+    main(run, __doc__)

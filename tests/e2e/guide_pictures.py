@@ -8,9 +8,9 @@ import sys
 import tempfile
 import time
 
-from derive_e2e import Hands, make_large
-from edit_e2e import copy_of_demo
-from ovedit_e2e import Session, focus_table
+from derive_e2e import make_large
+from hands import Hands
+from harness import Session, copy_of, focus_table
 from virtual_display import Display, missing_programs, wait_until
 
 SCREEN = (1120, 620)
@@ -124,7 +124,7 @@ def take_progress(session, hands, camera):
 def take_undo(display, arguments, home, camera):
     with tempfile.TemporaryDirectory() as folder:
         session = Session(display, arguments, home, ["--read-write"])
-        session.database = copy_of_demo(arguments.database, folder)
+        session.database = copy_of(arguments.database, folder)
         session.start()
         fill_screen(session)
         hands = Hands(session)

@@ -1,94 +1,10 @@
 #!/usr/bin/env python3
 """Starts ovedit on a database, looks at every table with mouse and keyboard, and checks what is seen."""
 
-import argparse
-import os
-import pathlib
-import re
-import sys
-import tempfile
 import time
 
-from virtual_display import Display, missing_programs, wait_until
-
-WINDOW = (30, 40, 1180, 700)  # where the window is put: x, y, width, height
-MAIN_TITLE = r"^quakes\..* ovedit$"
-
-
-def check(condition, what):
-    if not condition:
-        raise AssertionError(what)
-    print("ok   ", what, flush=True)
-
-
-def patiently(action, *arguments):
-    """Does something with mouse or keyboard up to three times. On a busy machine a tooltip may go before it is
-    looked at, or a key arrive while a menu is still closing; what is broken fails every time."""
-    for remaining in (2, 1, 0):
-        try:
-            return action(*arguments)
-        except AssertionError as error:
-            if not remaining:
-                raise
-            print("again", error, flush=True)
-            time.sleep(1)
-    return None
-
-
-def tables_of(database):
-    """The tables that have a file beside the descriptor."""
-    prefix = database.name + "."
-    return {path.name[len(prefix):] for path in database.parent.iterdir() if path.name.startswith(prefix)}
-
-
-class Session:
-    def __init__(self, display, arguments, home, options=()):
-        self.display = display
-        self.database = arguments.database
-        self.pictures = arguments.pictures
-        self.program = arguments.ovedit
-        self.options = options
-        environment = dict(display.environment, HOME=home, XDG_CONFIG_HOME=home + "/config", QT_STYLE_OVERRIDE="Fusion")
-        environment.pop("ORVANE_SCHEMA_PATH", None)
-        self.settings = pathlib.Path(home, "config", "Orvane", "ovedit.conf")
-        self.environment = environment
-        self.process = None
-        self.window = None
-
-    def start(self):
-        self.process = self.display.start([self.program, *self.options, str(self.database)], self.environment)
-        self.window = wait_until(lambda: self.alive() and self.display.windows("--name", MAIN_TITLE), "the window")[0]
-        self.display.tool("windowactivate", "--sync", self.window)
-        self.display.tool("windowmove", "--sync", self.window, WINDOW[0], WINDOW[1])
-        self.display.tool("windowsize", "--sync", self.window, WINDOW[2], WINDOW[3])
-        self.display.move(self.display.size[0] - 5, self.display.size[1] - 5)
-        self.display.settled_picture()
-
-    def alive(self):
-        check_code = self.process.poll()
-        if check_code is not None:
-            raise AssertionError(f"ovedit ended with {check_code}")
-        return True
-
-    def end(self):
-        self.display.tool("windowactivate", "--sync", self.window)
-        self.display.key("ctrl+q")
-        return self.process.wait(20)
-
-    def table(self):
-        """The table named in the title."""
-        return re.match(r"quakes\.(\S+) ", self.display.title(self.window)).group(1)
-
-    def inside(self):
-        """Position and size of the table area: below tabs and header, above the labels."""
-        x, y, width, height = self.display.place(self.window)
-        return x + 12, y + 80, width - 24, height - 140
-
-    def see(self, name):
-        return self.display.settled_picture(str(self.pictures / (name + ".png")))
-
-    def popups(self):
-        return len(self.display.windows("--class", "ovedit"))
+from harness import Session, check, focus_table, main, patiently, tables_of
+from virtual_display import wait_until
 
 
 def turn_tabs_by_key(session):
@@ -181,16 +97,6 @@ def open_menus(session):
         print("ok    the menu", name, flush=True)
 
 
-def focus_table(session, table):
-    for _ in tables_of(session.database):
-        before = session.table()
-        if before == table:
-            return
-        session.display.key("ctrl+Next")
-        wait_until(lambda: session.table() != before, "the next tab")
-    check(session.table() == table, f"{table} is shown")
-
-
 def change_a_switch(session):
     focus_table(session, "origin")
     readable = session.see("times_readable").part(*session.inside())
@@ -216,43 +122,26 @@ def read_documentation(session):
     wait_until(lambda: not session.display.windows("--name", "^Schema css3.0$"), "the documentation to close")
 
 
-def run(arguments):
-    with Display() as display, tempfile.TemporaryDirectory() as home:
-        session = Session(display, arguments, home)
-        session.start()
-        check(session.table() in tables_of(session.database), "the window is named after its database and table")
-        turn_tabs_by_key(session)
-        tabs = click_tabs(session)
-        focus_table(session, "origin")
-        hover_for_tooltips(session, tabs)
-        open_menus(session)
-        read_documentation(session)
-        seconds = change_a_switch(session)
-        check(session.end() == 0, "ovedit ends well")
-        check("show_readable_times=false" in session.settings.read_text(), "the switch is kept")
+def run(arguments, display, home):
+    session = Session(display, arguments, home)
+    session.start()
+    check(session.table() in tables_of(session.database), "the window is named after its database and table")
+    turn_tabs_by_key(session)
+    tabs = click_tabs(session)
+    focus_table(session, "origin")
+    hover_for_tooltips(session, tabs)
+    open_menus(session)
+    read_documentation(session)
+    seconds = change_a_switch(session)
+    check(session.end() == 0, "ovedit ends well")
+    check("show_readable_times=false" in session.settings.read_text(), "the switch is kept")
 
-        session.start()
-        focus_table(session, "origin")
-        again = session.see("after_restart").part(*session.inside())
-        check(again == seconds, "the switch still holds after a restart")
-        check(session.end() == 0, "ovedit ends well again")
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--ovedit", required=True)
-    parser.add_argument("--database", required=True, type=pathlib.Path)
-    parser.add_argument("--pictures", required=True, type=pathlib.Path, help="folder for what was seen")
-    arguments = parser.parse_args()
-    absent = missing_programs()
-    if absent:
-        sys.exit("this test needs " + ", ".join(absent) + ": run scripts/setup")
-    os.makedirs(arguments.pictures, exist_ok=True)
-    try:
-        run(arguments)
-    except AssertionError as error:
-        sys.exit(f"FAILED {error}; pictures are in {arguments.pictures}")
+    session.start()
+    focus_table(session, "origin")
+    again = session.see("after_restart").part(*session.inside())
+    check(again == seconds, "the switch still holds after a restart")
+    check(session.end() == 0, "ovedit ends well again")
 
 
 if __name__ == "__main__":
-    main()
+    main(run, __doc__)

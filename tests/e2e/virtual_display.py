@@ -2,6 +2,7 @@
 
 import os
 import shutil
+import signal
 import subprocess
 import tempfile
 import time
@@ -13,15 +14,53 @@ def missing_programs():
     return [name for name in PROGRAMS if shutil.which(name) is None]
 
 
+open_displays = []
+
+
 def wait_until(condition, what, seconds=60):
-    """The first true answer of condition(); fails when there is none in time."""
+    """The first true answer of condition(). Fails when there is none in time, or when a program under test ends
+    meanwhile, and tells what there is instead."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
         answer = condition()
         if answer:
             return answer
+        for display in open_displays:
+            display.require_programs(what)
         time.sleep(0.1)
-    raise AssertionError(f"waited {seconds} s in vain for {what}")
+    seen = "".join("\n" + display.state() for display in open_displays)
+    raise AssertionError(f"waited {seconds} s in vain for {what}{seen}")
+
+
+class Program:
+    """A program under test, with what it says on its standard error."""
+
+    def __init__(self, command, **options):
+        self.command = list(map(str, command))
+        self.said = tempfile.TemporaryFile()
+        self.process = subprocess.Popen(self.command, stdout=subprocess.DEVNULL, stderr=self.said, **options)
+
+    def wait(self, seconds):
+        return self.process.wait(seconds)
+
+    def poll(self):
+        return self.process.poll()
+
+    def state(self):
+        name = os.path.basename(self.command[0])
+        code = self.process.poll()
+        if code is None:
+            ended = "runs"
+        elif code < 0:
+            ended = f"was ended by signal {-code} ({signal.strsignal(-code)})"
+        else:
+            ended = f"ended with {code}"
+        return f"{name} (process {self.process.pid}) {ended}; its standard error: {self.last_said() or 'nothing'}"
+
+    def last_said(self, most=4000):
+        # Read beside the place at which the program writes, which it shares with us.
+        size = os.fstat(self.said.fileno()).st_size
+        return os.pread(self.said.fileno(), most, max(0, size - most)).decode(errors="replace").strip()
 
 
 class Picture:
@@ -48,6 +87,7 @@ class Display:
     def __init__(self, width=1280, height=800):
         self.size = (width, height)
         self.processes = []
+        self.programs = []  # those under test that are to run
 
     def __enter__(self):
         readable, writable = os.pipe()
@@ -68,6 +108,7 @@ class Display:
         except BaseException:
             self.__exit__()
             raise
+        open_displays.append(self)
         return self
 
     def start_window_manager(self):
@@ -78,6 +119,8 @@ class Display:
             wait_until(lambda: os.path.exists(ready), "the window manager")
 
     def __exit__(self, *unused):
+        if self in open_displays:
+            open_displays.remove(self)
         for process in reversed(self.processes):
             if process.poll() is None:
                 process.terminate()
@@ -93,6 +136,38 @@ class Display:
         process = subprocess.Popen(command, env=environment or self.environment, **options)
         self.processes.append(process)
         return process
+
+    def start_program(self, command, environment=None, **options):
+        """A program under test. Until end_program() it is a failure when it ends."""
+        program = Program(command, env=environment or self.environment, **options)
+        self.processes.append(program.process)
+        self.programs.append(program)
+        return program
+
+    def end_program(self, program, seconds=20):
+        """Waits for a program that was told to end, and answers its exit status."""
+        self.programs.remove(program)
+        try:
+            return program.wait(seconds)
+        except subprocess.TimeoutExpired as late:
+            raise AssertionError(f"waited {seconds} s in vain for the end: {program.state()}\n{self.state()}") from late
+
+    def require_programs(self, waiting_for):
+        for program in self.programs:
+            if program.poll() is not None:
+                raise AssertionError(f"waiting for {waiting_for}: {program.state()}")
+
+    def state(self):
+        """What there is, for who has waited in vain."""
+        lines = [program.state() for program in self.programs]
+        active = self.tool("getactivewindow")
+        for window in self.windows("--name", ""):
+            title = self.title(window)
+            # Without titles are the window manager's own, but for menus and tooltips of programs.
+            if title or window in self.windows("--class", "ovedit"):
+                keyboard = " and has the keyboard" if window == active else ""
+                lines.append(f"window {window} {title!r} at {self.place(window)}{keyboard}")
+        return "\n".join(lines) or "there are no windows"
 
     def tool(self, *arguments):
         """Runs xdotool and returns what it prints; nothing when it finds nothing."""

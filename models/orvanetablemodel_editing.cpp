@@ -8,6 +8,7 @@
 #include <orvane/db.h>
 #include <orvane/tr.h>
 
+#include "answered.h"
 #include "library_reason.h"
 #include "orvanetablemodel_p.h"
 
@@ -58,6 +59,15 @@ QVector<qint64> singleRows(const OrvaneTableModel::RowRanges &rows)
     return single;
 }
 
+// Those of a key, both ends of a range.
+QStringList keyFields(const QStringList &key)
+{
+    QStringList fields;
+    for (const QString &part : key)
+        fields += part.split(QStringLiteral("::"));
+    return fields;
+}
+
 template <typename Change>
 OrvaneTableModel::RowsStored stored(Change change)
 {
@@ -92,6 +102,40 @@ OrvaneTableModel::RowsStored OrvaneTableModel::setRowsData(const RowRanges &rows
         letOthersShowChange();
     }
     return done;
+}
+
+QStringList OrvaneTableModel::baseKey(int column) const
+{
+    return answered<QStringList>({}, [&]() -> QStringList {
+        const std::optional<Dbptr> place = column > 0 ? d->place(column, dbALL) : std::nullopt;
+        if (!place)
+            return {};
+        QDbptr field(d->display->getConnection(), *place);
+        const std::unique_ptr<QDbptr> table(d->own->lookupTable(field.getFieldBaseTable()));
+        const QStringList key = table->getPrimaryKey();
+        return keyFields(key).contains(field.getFieldName()) ? key : QStringList();
+    });
+}
+
+qint64 OrvaneTableModel::differentBaseKeys(int column, Keys keys) const
+{
+    const std::optional<Dbptr> place = column > 0 ? d->place(column, dbALL) : std::nullopt;
+    if (!place)
+        return 0;
+    QDbptr field(d->display->getConnection(), *place);
+    const std::unique_ptr<QDbptr> table(d->own->lookupTable(field.getFieldBaseTable()));
+    QStringList fields = keyFields(table->getPrimaryKey());
+    if (keys == Keys::WithOneValue)
+        fields.removeAll(field.getFieldName());
+    const qint64 records = table->getRecordCount();
+    if (fields.isEmpty())
+        return std::min<qint64>(records, 1);
+    const LoggedSince logged;
+    const std::unique_ptr<QDbptr> sorted(table->sort(fields, {}, false, true));
+    if (!sorted->isValid())
+        throw std::runtime_error(logged.take().toStdString());
+    const auto drop = qScopeGuard([&] { sorted->dbFree(); });
+    return sorted->getRecordCount();
 }
 
 OrvaneTableModel::RowsStored OrvaneTableModel::markRows(const RowRanges &rows)

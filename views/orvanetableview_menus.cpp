@@ -1,18 +1,13 @@
 // The context menus of the table view.
 #include <orvanetableview.h>
 
-#include <map>
 #include <vector>
 
 #include <QAction>
 #include <QApplication>
 #include <QHeaderView>
-#include <QItemSelectionModel>
-#include <QLocale>
 #include <QMainWindow>
 #include <QMenu>
-#include <QMessageBox>
-#include <QPushButton>
 
 #include <orvane/tr.h>
 
@@ -257,144 +252,4 @@ bool OrvaneTableView::askForValue(const QString &field, QString &value)
                                                      asked(OvTranslation::noop("Value for")));
     value = answer.value_or(QString());
     return answer.has_value();
-}
-
-struct OrvaneTableView::ColumnRows {
-    int column = 0;
-    OrvaneTableModel::RowRanges rows;
-};
-
-namespace {
-
-QString number(qint64 count)
-{
-    return QLocale(QLocale::English).toString(count);
-}
-
-qint64 countOf(const OrvaneTableModel::RowRanges &rows)
-{
-    qint64 count = 0;
-    for (const auto &[first, last] : rows) {
-        count += last - first + 1;
-    }
-    return count;
-}
-
-// What is asked and told, with the value as it is: it may hold a percent sign.
-QString filled(const char *text, const QString &first, const QString &second, const QString &third,
-               const QString &value)
-{
-    QString whole;
-    const QString parts = OvTranslation::tr(text);
-    for (int at = 0; at < parts.size(); ++at) {
-        const int place = parts[at] == '%' && at + 1 < parts.size() ? parts[at + 1].digitValue() : -1;
-        if (place < 1 || place > 4) {
-            whole += parts[at];
-            continue;
-        }
-        whole += place == 1 ? first : place == 2 ? second : place == 3 ? third : value;
-        ++at;
-    }
-    return whole;
-}
-
-} // namespace
-
-// The host says whether it wants the user to be asked.
-bool OrvaneTableView::isChangeWanted(const QString &question) const
-{
-    if (!m_config["ask_before_changing_rows"].toBool()) {
-        return true;
-    }
-    QMessageBox box(QMessageBox::Question, OvTranslation::tr("Change Values"), question, QMessageBox::Cancel,
-                    window());
-    QPushButton *change = box.addButton(OvTranslation::tr("Change"), QMessageBox::AcceptRole);
-    change->setObjectName("change");
-    box.setDefaultButton(change);
-    box.setTextFormat(Qt::PlainText);
-    box.exec();
-    return box.clickedButton() == change;
-}
-
-// Those that are shown, whatever their columns.
-std::vector<OrvaneTableView::ColumnRows> OrvaneTableView::selectedCells() const
-{
-    std::map<int, OrvaneTableModel::RowRanges> rows;
-    for (const QItemSelectionRange &range : selectionModel()->selection()) {
-        for (int column = range.left(); column <= range.right(); ++column) {
-            if (!isColumnHidden(column)) {
-                rows[column].append({range.top(), range.bottom()});
-            }
-        }
-    }
-    std::vector<ColumnRows> cells;
-    for (const auto &[column, ranges] : rows) {
-        cells.push_back({column, ranges});
-    }
-    return cells;
-}
-
-void OrvaneTableView::changeSelected(const QString &value)
-{
-    const std::vector<ColumnRows> cells = selectedCells();
-    qint64 count = 0;
-    for (const ColumnRows &column : cells) {
-        count += countOf(column.rows);
-    }
-    const char *question = OvTranslation::noop("Put '%4' into %1 cells in %2 rows of '%3'?");
-    const QPointer<OrvaneTableModel> model = m_model;
-    if (count > 1 && !isChangeWanted(filled(question, number(count), number(selectedRowCount()),
-                                            m_model->getTableName(), value))) {
-        return;
-    }
-    if (model != nullptr && model == m_model && isStillThere()) {
-        store(value, cells);
-    }
-}
-
-void OrvaneTableView::changeAll(int column, const QString &value)
-{
-    const int rows = m_model->rowCount();
-    const char *question = OvTranslation::noop("Change '%1' to '%4' in all %2 rows of '%3'?");
-    const QPointer<OrvaneTableModel> model = m_model;
-    if (rows > 1 && !isChangeWanted(filled(question, m_model->fieldNameForColumnIndex(column), number(rows),
-                                           m_model->getTableName(), value))) {
-        return;
-    }
-    if (model != nullptr && model == m_model && rows > 0 && isStillThere()) {
-        store(value, {{column, {{0, rows - 1}}}});
-    }
-}
-
-// Stores one value in many cells, as one step for who takes changes back. What is refused is told once, with
-// the first reason and how often.
-void OrvaneTableView::store(const QString &value, const std::vector<ColumnRows> &cells)
-{
-    const ChangeStep step;
-    const QPointer<OrvaneTableModel> model = m_model;
-    qint64 wanted = 0;
-    qint64 stored = 0;
-    QString reason;
-    bool cancelled = false;
-    for (const ColumnRows &column : cells) {
-        wanted += countOf(column.rows);
-        if (cancelled || model == nullptr) {
-            continue;
-        }
-        if (column.column == 0) { // the numbers of records can't be changed
-            continue;
-        }
-        const OrvaneTableModel::RowsStored done = model->setRowsData(column.rows, column.column, value);
-        stored += done.reason.isEmpty() ? countOf(column.rows) : done.stored;
-        reason = reason.isEmpty() ? done.reason : reason;
-        cancelled = done.cancelled;
-    }
-    if (reason.isEmpty()) {
-        return;
-    }
-    qovutil_showError(cancelled ? filled(OvTranslation::noop("Stopped: '%4' was stored in %1 of %2 cells."),
-                                         number(stored), number(wanted), QString(), value)
-                                : filled(OvTranslation::noop("'%4' was not stored in %1 cells: %2"),
-                                         number(wanted - stored), reason, QString(), value),
-                      nullptr);
 }

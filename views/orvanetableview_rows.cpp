@@ -12,6 +12,7 @@
 #include <qovutil.h>
 
 #include "slot_guard.h"
+#include "whole_change.h"
 
 // The rows with a selected cell. Asked by ranges: of all cells of a large table there are too many to list.
 std::vector<OrvaneTableView::RowRange> OrvaneTableView::selectedRows() const
@@ -79,19 +80,30 @@ void OrvaneTableView::markRows(const std::vector<RowRange> &ranges)
         rows.append({range.first, range.last});
         count += range.last - range.first + 1;
     }
+    // The flags of a view's rows are nothing to be put back.
+    const bool isView = m_model->tableIsView();
+    const WholeChange change(*m_model);
     const OrvaneTableModel::RowsStored done = m_model->markRows(rows);
     if (done.reason.isEmpty()) {
+        return;
+    }
+    const bool isStarted = done.stored > 0 || done.cancelled;
+    const QString left = change.isKept() && isStarted && !isView ? change.putBack() : QString();
+    if (change.isKept() && !isView && left.isEmpty()) {
+        if (!done.cancelled) { // what one has asked for the host tells
+            qovutil_showError(OvTranslation::tr("No row was marked: %1").arg(done.reason), nullptr);
+        }
         return;
     }
     const QLocale english(QLocale::English);
     const char *told = done.cancelled
                            ? OvTranslation::noop("Stopped: %1 of %2 rows are marked.")
                            : OvTranslation::noop("%1 of %2 rows are marked. The others are not: %3");
-    qovutil_showError(OvTranslation::tr(told)
-                          .replace("%1", english.toString(done.stored))
-                          .replace("%2", english.toString(count))
-                          .replace("%3", done.reason),
-                      nullptr);
+    const QString text = OvTranslation::tr(told)
+                             .replace("%1", english.toString(done.stored))
+                             .replace("%2", english.toString(count))
+                             .replace("%3", done.reason);
+    qovutil_showError(left.isEmpty() ? text : text + "\n\n" + left, nullptr);
 }
 
 void OrvaneTableView::markSelected()

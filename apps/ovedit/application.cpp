@@ -11,6 +11,7 @@
 #include <orvanedatabasemodel.h>
 #include <orvanedatabaseview.h>
 #include <orvanetablemodel.h>
+#include <orvanetableview.h>
 #include <qovutil.h>
 
 #include "configuration.h"
@@ -19,6 +20,7 @@
 #include "new_database_dialog.h"
 #include "open_dialog.h"
 #include "piped_view.h"
+#include "undo_history.h"
 
 namespace {
 
@@ -55,12 +57,14 @@ Application::Application(Settings &settings)
     connect(&m_progress, &OperationProgress::cancelled, this, &Application::tellCancelled);
     registerKnownKeys(m_config);
     m_settings.restore(m_config);
+    OrvaneTableView::setChangeKeeper([this](OrvaneTableModel &table) { return keepChangesOf(table); });
     m_history = m_config[historyKey];
     connect(&m_config, &OvConfig::configurationChanged, this, &Application::rememberHistory);
 }
 
 Application::~Application()
 {
+    OrvaneTableView::setChangeKeeper({});
     for (const QPointer<MainWindow> &window : m_windows) {
         delete window;
     }
@@ -117,6 +121,30 @@ void Application::tellCancelled(QWidget *window, const QString &text)
     if (auto *asked = qobject_cast<MainWindow *>(window)) {
         asked->showMessage(text);
     }
+}
+
+// The history of the table's window has what was there before.
+std::function<QString()> Application::keepChangesOf(OrvaneTableModel &table)
+{
+    for (MainWindow *window : windows()) {
+        if (window->history() == nullptr ||
+            window->model()->getDbptr().database != table.getDbptr().database) {
+            continue;
+        }
+        const QPointer<MainWindow> kept = window;
+        return [this, kept, name = table.getTableName(), since = window->history()->latestStep()] {
+            if (kept == nullptr) {
+                return QString();
+            }
+            m_progress.finish();
+            const QString left = kept->history()->giveUpSince(since);
+            if (left.isEmpty()) {
+                kept->showMessage(tr("Nothing was changed: %1 is as it was.").arg(name));
+            }
+            return left;
+        };
+    }
+    return {};
 }
 
 QStringList Application::problemsFor(const MainWindow &window) const

@@ -2,6 +2,8 @@
 #ifndef OVEDIT_APPLICATION_H
 #define OVEDIT_APPLICATION_H
 
+#include <functional>
+
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -16,6 +18,7 @@
 #include "settings.h"
 
 class MainWindow;
+class OrvaneTableModel;
 class QWidget;
 
 class Application : public QObject
@@ -74,6 +77,7 @@ private:
     void noteFocus(QWidget *focused);
     OperationProgress::Place placeOfWork() const;
     void rememberHistory();
+    std::function<QString()> keepChangesOf(OrvaneTableModel &table);
     void tellCancelled(QWidget *window, const QString &text);
 
     Settings &m_settings;

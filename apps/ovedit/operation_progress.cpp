@@ -199,6 +199,13 @@ void OperationProgress::end()
     }
 }
 
+void OperationProgress::finish()
+{
+    if (!m_told) {
+        end();
+    }
+}
+
 bool OperationProgress::eventFilter(QObject *watched, QEvent *event)
 {
     // The last moment before another dialog is seen: the result of the operation, or why there is none.

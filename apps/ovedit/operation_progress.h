@@ -44,6 +44,10 @@ public:
     // Whether an operation is running now, under whoever asks.
     bool isRunning() const { return m_told; }
 
+    // What was running has ended: who calls the library again now, on his own, is asked for himself, although
+    // the user has cancelled what was before.
+    void finish();
+
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 signals:

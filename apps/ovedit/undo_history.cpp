@@ -209,3 +209,38 @@ void UndoHistory::move(bool back)
         throw std::runtime_error(OvTranslation::tr(failed).arg(text, reason).toStdString());
     }
 }
+
+// ---- Giving up
+// ----------------------------------------------------------------------------------------------
+
+quint64 UndoHistory::latestStep() const
+{
+    const UndoStep *latest = undoStep();
+    return latest == nullptr ? 0 : latest->number();
+}
+
+QString UndoHistory::giveUpSince(quint64 since)
+{
+    if (latestStep() == since) {
+        return {};
+    }
+    m_latest = nullptr;
+    UndoStep &step = *stepAt(m_stack.index() - 1);
+    const bool isKept = !step.isObsolete();
+    const UndoStep::Outcome outcome = isKept ? step.takeBack() : UndoStep::Outcome::Failed;
+    QString reason = outcome == UndoStep::Outcome::Cancelled
+                         ? OvTranslation::tr("Putting back what was there was cancelled: Undo does the rest.")
+                         : step.reason();
+    if (outcome == UndoStep::Outcome::Done || outcome == UndoStep::Outcome::Nothing) {
+        if (step.leftAlone() > 0) {
+            reason = OvTranslation::tr("%1 values can't be put back: another program has changed them since.")
+                         .arg(QLocale(QLocale::English).toString(step.leftAlone()));
+        }
+        step.setObsolete(true);
+        m_stack.undo(); // which deletes it
+    }
+    purge();
+    emit recordsChanged();
+    emit changed();
+    return reason;
+}

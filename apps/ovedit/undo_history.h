@@ -32,6 +32,11 @@ public:
     const UndoStep *redoStep() const { return m_stack.canRedo() ? stepAt(m_stack.index()) : nullptr; }
     int count() const { return m_stack.count(); }
 
+    // Puts back what was changed since latestStep() answered `since`, as if nothing had been: it can't be
+    // done again. Answers why something of it is left, which undo() may still take back; else an empty text.
+    quint64 latestStep() const;
+    QString giveUpSince(quint64 since);
+
     // Whether a step would be lost with a table.
     bool hasStepsOf(qint64 table) const;
 

@@ -158,6 +158,12 @@ public:
     // Stores a value in a column of many rows, as setData() does in one, but for the signals: there is one
     // dataChanged() for all.
     RowsStored setRowsData(const RowRanges &rows, int column, const QVariant &value);
+    // The primary key of the base table of a column's field, where the field is a part of it; else empty.
+    QStringList baseKey(int column) const;
+    // How many different ones there are in the file, or would be if all records had one value in the column;
+    // this takes a sort. Throws std::runtime_error where that fails or is cancelled.
+    enum class Keys { AsTheyAre, WithOneValue };
+    qint64 differentBaseKeys(int column, Keys keys) const;
     // Marks the records of many rows for crunch(), of a view the rows, and resets the model. Rows of a sorted
     // view that is shown in the table's place stand for those of the table.
     RowsStored markRows(const RowRanges &rows);

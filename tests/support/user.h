@@ -26,7 +26,8 @@
  *     window.showSubset();
  *
  * What a step does has to end its dialog or menu. The test fails when a dialog or menu opens that no step is
- * for, and when a step was not needed. Message boxes are left to MessageBoxes. */
+ * for, and when a step was not needed. Message boxes are left to MessageBoxes, the progress of operations to
+ * the test. */
 class User
 {
 public:
@@ -82,7 +83,7 @@ private:
         QWidget *popup = QApplication::activePopupWidget();
         QWidget *open = popup != nullptr ? popup : QApplication::activeModalWidget();
         if (m_acting || open == nullptr || !open->isVisible() ||
-            qobject_cast<QMessageBox *>(open) != nullptr) {
+            qobject_cast<QMessageBox *>(open) != nullptr || open->inherits("ProgressDialog")) {
             return;
         }
         m_acting = true;

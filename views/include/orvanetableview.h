@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QString>
 #include <QTableView>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -16,7 +17,9 @@ class CellPainter;
 class OrvaneRowView;
 class OrvaneTableModel;
 class OvConfig;
+class RecordKeys;
 class RowHeader;
+class WholeChange;
 struct Page;
 
 // A table or view of a database as a grid: decides which columns are visible, in what order, and how wide
@@ -49,6 +52,16 @@ public:
 
     // Where "Show Row" shows a row; null: the entry is not offered. It must outlive the view or be unset.
     void setOrvaneRowView(OrvaneRowView *rowView);
+
+    // Of a host that keeps what changes have replaced, for all views of the process; null: there is none.
+    //
+    // It is called before a command that changes many rows. What it answers puts back what the command has
+    // changed by then, tells the user that all is as it was, and answers nothing, or why it is not. (An empty
+    // function: this database is not kept.) The command then changes all of its rows or none, and none where
+    // records would get the same primary key. Without it what was changed before a failure stays.
+    using PutBack = std::function<QString()>;
+    using ChangeKeeper = std::function<PutBack(OrvaneTableModel &table)>;
+    static void setChangeKeeper(ChangeKeeper keeper);
 
     // Rows and places of the viewport, as the toolkit's; -1 where there is no row.
     int rowAt(int y) const;
@@ -143,6 +156,7 @@ private:
         int last;
     };
     struct ColumnRows; // rows of one column
+    struct Stored;
 
     std::vector<RowRange> selectedRows() const;
     static std::vector<RowRange> rowsBetween(const std::vector<RowRange> &ranges, int first, int last);
@@ -157,7 +171,10 @@ private:
     bool isChangeWanted(const QString &question) const;
     void changeSelected(const QString &value);
     void changeAll(int column, const QString &value);
+    QString refusal(const QString &value, const std::vector<ColumnRows> &cells, RecordKeys &keys) const;
     void store(const QString &value, const std::vector<ColumnRows> &cells);
+    static void lookForSameKeys(const RecordKeys &keys, const OrvaneTableModel &model, Stored &done);
+    static void tellNotStored(const QString &value, const Stored &done, const WholeChange &change);
 
     bool isLong() const;
     int rowsInView() const;

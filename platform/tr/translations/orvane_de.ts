@@ -2,6 +2,13 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>Application</name>
+    <message>
+        <source>Nothing was changed: %1 is as it was.</source>
+        <translation>Nichts wurde geändert: %1 ist, wie es war.</translation>
+    </message>
+</context>
+<context>
     <name>DeriveMenu</name>
     <message>
         <source>&amp;Derive</source>
@@ -1966,6 +1973,26 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>another program replaced the table since it was shown, and it is read anew. Look whether this is still the record that you mean, and store the value again</source>
         <translation>ein anderes Programm hat die Tabelle ersetzt, seit sie gezeigt wurde; sie ist neu gelesen. Prüfen Sie, ob dies noch der gemeinte Datensatz ist, und speichern Sie den Wert noch einmal</translation>
+    </message>
+    <message>
+        <source>Putting back what was there was cancelled: Undo does the rest.</source>
+        <translation>Das Zurückstellen wurde abgebrochen: Den Rest stellt „Rückgängig“ zurück.</translation>
+    </message>
+    <message>
+        <source>%1 values can&apos;t be put back: another program has changed them since.</source>
+        <translation>%1 Werte lassen sich nicht zurückstellen: Ein anderes Programm hat sie seither geändert.</translation>
+    </message>
+    <message>
+        <source>No cell was changed: &apos;%4&apos; can&apos;t be stored: %2</source>
+        <translation>Keine Zelle wurde geändert: „%4“ lässt sich nicht speichern: %2</translation>
+    </message>
+    <message>
+        <source>No row was marked: %1</source>
+        <translation>Keine Zeile wurde vorgemerkt: %1</translation>
+    </message>
+    <message>
+        <source>records would have the same key (%1)</source>
+        <translation>Datensätze hätten denselben Schlüssel (%1)</translation>
     </message>
 </context>
 <context>

@@ -275,6 +275,7 @@ struct Options {
     QStringList joins;
     QString font = "monospace";
     int frames = 1800; // a minute of them
+    std::string only;  // one of the tables that are shown
 };
 
 Options parsed(int argc, char **argv)
@@ -291,12 +292,14 @@ Options parsed(int argc, char **argv)
             options.font = QString::fromLocal8Bit(argv[++i]);
         else if (argument == "--join" && hasValue)
             options.joins = QString::fromLocal8Bit(argv[++i]).split(',');
+        else if (argument == "--only" && hasValue)
+            options.only = argv[++i];
         else
             options.table = argument;
     }
     if (options.table.empty())
-        throw std::runtime_error(
-            "usage: view_bench [--json] [--frames N] [--font NAME] [--join A,B,C] DATABASE.TABLE");
+        throw std::runtime_error("usage: view_bench [--json] [--frames N] [--font NAME] [--join A,B,C] "
+                                 "[--only toolkit|base|joined|sorted] DATABASE.TABLE");
     return options;
 }
 
@@ -325,7 +328,8 @@ int run(int argc, char **argv)
     if (!table || table->rowCount() == 0)
         throw std::runtime_error("no table " + options.table + ": " + database.openError().toStdString());
 
-    {
+    const auto wanted = [&options](const char *name) { return options.only.empty() || options.only == name; };
+    if (wanted("toolkit")) {
         FreeModel free(table->rowCount(), pageColumns + 1);
         QTableView view;
         view.setFont(font);
@@ -337,15 +341,18 @@ int run(int argc, char **argv)
         view.setModel(&free);
         measure("toolkit, free model", view, free, std::min(options.frames, 300));
     }
-    measureView("base table", config, *table, options.frames);
-    if (!options.joins.isEmpty()) {
+    if (wanted("base"))
+        measureView("base table", config, *table, options.frames);
+    if (!options.joins.isEmpty() && wanted("joined")) {
         OrvaneTableModel *joined = table;
         for (const QString &other : options.joins)
             joined = joined->joinTo(other, QString());
         measureView("joined", config, *joined, options.frames);
     }
-    table->sort(2, Qt::AscendingOrder);
-    measureView("sorted", config, *table, options.frames);
+    if (wanted("sorted")) {
+        table->sort(2, Qt::AscendingOrder);
+        measureView("sorted", config, *table, options.frames);
+    }
     return 0;
 }
 

@@ -8,7 +8,7 @@ import sys
 import tempfile
 import time
 
-from derive_e2e import make_large
+from derive_e2e import FIRST_CELL, make_large
 from hands import Hands
 from harness import Session, copy_of, focus_table
 from virtual_display import Display, missing_programs, wait_until
@@ -95,6 +95,26 @@ def take_tables(session, hands, camera):
     hands.back()
 
 
+def take_copying_and_printing(session, hands, camera):
+    display = session.display
+    focus_table(session, "arrival")
+    hands.click(session.window, *FIRST_CELL)
+    display.key("ctrl+Home", *["shift+Right"] * 3, *["shift+Down"] * 5)
+    hands.open_menu("e")
+    camera.take("copy")
+    display.key("Escape", "Escape")
+    hands.back()
+    hands.click(session.window, *FIRST_CELL)
+    display.key("ctrl+p")
+    preview = hands.dialog("Print quakes.arrival", 60)
+    display.tool("windowmove", "--sync", preview, 30, 30)
+    display.tool("windowsize", "--sync", preview, SCREEN[0] - 100, SCREEN[1] - 100)
+    hands.click(preview, 29, 20)  # as wide as the window
+    camera.take("print")
+    display.key("Escape")
+    hands.back()
+
+
 def take_german(display, arguments, home, camera):
     session = Session(display, arguments, home)
     session.environment["LANGUAGE"] = "de"
@@ -157,6 +177,7 @@ def main():
         session = Session(display, arguments, home)
         session.start()
         fill_screen(session)
+        take_copying_and_printing(session, Hands(session), camera)
         take_tables(session, Hands(session), camera)
         session.end()
         take_german(display, arguments, home, camera)

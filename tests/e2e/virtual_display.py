@@ -7,7 +7,7 @@ import subprocess
 import tempfile
 import time
 
-PROGRAMS = ("Xvfb", "openbox", "xdotool", "import")
+PROGRAMS = ("Xvfb", "openbox", "xdotool", "xclip", "import")
 
 
 def missing_programs():

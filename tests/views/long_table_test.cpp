@@ -40,7 +40,8 @@ protected:
         ShownDatabase::Rows rows;
         for (int row = 0; row < 500; ++row) {
             rows.push_back({"S" + std::to_string(row), "2008001", "2010001",
-                            std::to_string(row % 90) + ".0000", "2.0000", "3.0000", "name"});
+                            std::to_string(row % 90) + ".0000", "2.0000", "3.0000",
+                            row < 250 ? "name" : "a much longer name"});
         }
         database.files.addTable("site", rows);
         database.setFontPoints(10);
@@ -239,6 +240,32 @@ TEST_F(ShortAndLong, followsTheMouse)
         view->selectAll();
     }
     expectSame("all");
+}
+
+TEST_F(ShortAndLong, makesColumnsAsWideAsTheRowsAroundNeed)
+{
+    const int column = columnNamed(*model, "staname"); // whose texts are longer from row 250 on
+    const auto widened = [&](int row) {
+        for (OrvaneTableView *view : both()) {
+            view->verticalScrollBar()->setValue(row);
+            emit view->horizontalHeader()->sectionHandleDoubleClicked(column);
+        }
+        expectSame("row " + std::to_string(row));
+        return longer.columnWidth(column);
+    };
+    for (OrvaneTableView *view : both()) {
+        view->horizontalHeader()->setStretchLastSection(false);
+    }
+    const int wide = widened(0); // a thousand rows are looked at
+    for (OrvaneTableView *view : both()) {
+        view->horizontalHeader()->setResizeContentsPrecision(30);
+    }
+    const int narrow = widened(0);
+    EXPECT_LT(narrow, wide);
+    EXPECT_EQ(widened(200), narrow);
+    EXPECT_EQ(widened(300), wide);
+    EXPECT_EQ(widened(499), wide);
+    EXPECT_EQ(widened(0), narrow);
 }
 
 TEST_F(ShortAndLong, followsChangesOfTheTable)

@@ -1,6 +1,7 @@
 #ifndef ORVANETABLEVIEW_H
 #define ORVANETABLEVIEW_H
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QPersistentModelIndex>
 #include <QPoint>
@@ -73,6 +74,10 @@ public:
     void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
     void doItemsLayout() override;
 
+    // Goes to the next row whose text in the current column begins with what is typed, as the toolkit's does,
+    // and tells the progress hook of the process, which may stop it.
+    void keyboardSearch(const QString &search) override;
+
     // How many rows have a selected cell.
     int selectedRowCount() const;
 
@@ -135,6 +140,7 @@ protected:
     QRegion visualRegionForSelection(const QItemSelection &selection) const override;
     bool isIndexHidden(const QModelIndex &index) const override;
     int verticalOffset() const override;
+    int sizeHintForColumn(int column) const override;
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
 
 private slots:
@@ -181,6 +187,8 @@ private:
     qint64 pixelsAbove(int row) const;
     void placeRows();
 
+    bool goToTyped(bool leavesRow);
+
     bool paintsByItself() const;
     void paintPage(const QRegion &region);
     Page pageWithin(const QRect &area) const;
@@ -208,8 +216,17 @@ private:
         QPoint current{-1, -1};       // column and row
     };
 
+    // What is typed to go to a row.
+    struct Typed {
+        QString text;
+        QElapsedTimer since; // the last key
+        bool nowhere = false;
+        bool searching = false;
+    };
+
     OvConfig &m_config;
     Place m_place;
+    Typed m_typed;
     bool m_noting = false; // when the event loop is next idle
     OrvaneTableModel *m_model = nullptr;
     QPointer<OrvaneRowView> m_rowView;

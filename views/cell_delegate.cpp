@@ -132,6 +132,10 @@ bool CellDelegate::eventFilter(QObject *watched, QEvent *event)
     if (event->type() == QEvent::FocusOut && (m_storing || dbprogress_operation() != nullptr)) {
         return false;
     }
+    // Asked for again it is tried again: the reason may be gone, as there is room on the disk by now.
+    if (editor != nullptr && storesValue(*event) && event->type() == QEvent::KeyPress) {
+        hideRefusal();
+    }
     if (editor != nullptr && storesValue(*event) && !store(editor)) {
         return event->type() == QEvent::KeyPress; // the editor goes on, where it is left it stays open
     }

@@ -6,7 +6,9 @@
 #include <QFile>
 #include <QStorageInfo>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <stdexcept>
 
@@ -202,7 +204,13 @@ void writeWorkbook(const QByteArray &path, const SheetContents &contents, Saving
     const qint64 size = checkedRows(sheet, temporaryFolder);
     watch.packing(path, packedSize(sheet, size));
     workbook->options.use_zip64 = size > largestClassicSheet ? LXW_TRUE : LXW_FALSE;
-    check(workbook_close(workbook.release())); // which frees it, come what may
+    errno = 0;
+    const lxw_error closed = workbook_close(workbook.release()); // which frees it, come what may
+    if (closed != LXW_NO_ERROR && errno != 0) {
+        // Its own words tell what it did, not why that failed.
+        throw std::runtime_error(std::string(lxw_strerror(closed)) + ' ' + std::strerror(errno) + '.');
+    }
+    check(closed);
 }
 
 } // namespace QXlsx

@@ -4,8 +4,20 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 
 namespace {
+
+// What this process has read of files so far, as the system counts it.
+int64_t bytes_read()
+{
+    std::ifstream counters("/proc/self/io");
+    std::string name;
+    int64_t bytes = -1;
+    while (counters >> name >> bytes && name != "rchar:") {
+    }
+    return bytes;
+}
 
 class Adding : public testing::Test
 {
@@ -206,6 +218,26 @@ TEST_F(Adding, checked_sees_what_other_programs_wrote)
     EXPECT_EQ(put(other.record("event", 0), "evid", "7"), 0);
     EXPECT_EQ(add_checked("event", {"7"}), 0);
     EXPECT_EQ(add_checked("event", {"1"}), 3);
+}
+
+TEST_F(Adding, checked_reads_the_table_once_and_not_for_each_record)
+{
+    constexpr int records = 50000;
+    std::vector<TemporaryDatabase::Row> rows;
+    for (int id = 1; id <= records; ++id)
+        rows.push_back({std::to_string(id)});
+    files_.addTable("event", rows);
+    const auto size = static_cast<int64_t>(bytes("event").size());
+    const int64_t before = bytes_read();
+    ASSERT_GE(before, 0);
+    ASSERT_EQ(add_checked("event", {std::to_string(records + 1)}), records);
+    const int64_t with_keys = bytes_read();
+    EXPECT_GE(with_keys - before, size) << "the keys come from the file";
+    for (int64_t id = 2; id <= 200; ++id) {
+        ASSERT_EQ(add_checked("event", {std::to_string(records + id)}), records + id - 1);
+        ASSERT_EQ(add_checked("event", {std::to_string(id)}), id - 1);
+    }
+    EXPECT_LT(bytes_read() - with_keys, size) << "all of 398 checked adds together read less than one scan";
 }
 
 TEST_F(Adding, mends_the_end_of_a_file)

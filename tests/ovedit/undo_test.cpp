@@ -165,6 +165,26 @@ TEST_F(Undo, goesBackInOrderAndANewChangeDropsWhatCouldBeRedone)
     EXPECT_FALSE(action(*window, "undo").isEnabled());
 }
 
+TEST_F(Undo, goesBackWithoutALimit)
+{
+    const QString before = column("phase");
+    constexpr int changes = 600;
+    for (int change = 0; change < changes; ++change) {
+        ASSERT_TRUE(
+            table().setData(cell(change % 30, "phase"), QString::number(change % 7919), Qt::EditRole));
+    }
+    EXPECT_EQ(history().count(), changes);
+    for (int change = 0; change < changes; ++change) {
+        history().undo();
+    }
+    EXPECT_EQ(column("phase"), before);
+    EXPECT_FALSE(action(*window, "undo").isEnabled());
+    for (int change = 0; change < changes; ++change) {
+        history().redo();
+    }
+    EXPECT_EQ(text(29, "phase"), QString::number(changes - 1));
+}
+
 TEST_F(Undo, takesChangeAllBackInOneStep)
 {
     const QString before = column("phase");

@@ -224,6 +224,63 @@ TEST_F(HeaderMenus, ChangeAllValues)
     }
 }
 
+TEST_F(HeaderMenus, ChangeNothingWhenNoValueIsGiven)
+{
+    shown("arrival");
+    const std::string before = TemporaryDatabase::readFile(database.files.tablePath("arrival"));
+    view->selectRow(1);
+    for (const int entry : {ChangeSelected, ChangeAll}) {
+        User user;
+        user.choosesEntry(entry).cancels();
+        openColumnMenu("phase");
+    }
+    EXPECT_EQ(TemporaryDatabase::readFile(database.files.tablePath("arrival")), before);
+}
+
+// Of a host that keeps nothing: each cell is tried by itself, whatever its column.
+TEST_F(HeaderMenus, ChangeTheSelectedCellsOfAllColumnsThatTakeTheValue)
+{
+    shown("arrival");
+    const MessageBoxes boxes;
+    for (const char *field : {"sta", "arid"}) {
+        view->selectionModel()->select(cell(2, field), QItemSelectionModel::Select);
+    }
+    User user;
+    user.choosesEntry(ChangeSelected).types("ABC");
+    openColumnMenu("sta");
+    EXPECT_EQ(text(2, "sta"), "ABC");
+    EXPECT_EQ(text(2, "arid"), "3");
+    ASSERT_EQ(boxes.texts().size(), 1);
+    EXPECT_TRUE(boxes.texts().first().startsWith("'ABC' was not stored in 1 cells: "))
+        << boxes.texts()[0].toStdString();
+}
+
+TEST_F(HeaderMenus, RefuseAnEntryThatIsNotTheirOwn)
+{
+    shown("arrival");
+    const MessageBoxes boxes;
+    const auto chooseAnother = [](User &user) {
+        user.meets<QMenu>([](QMenu &menu) {
+            menu.addAction("Something else");
+            QTest::keyClick(&menu, Qt::Key_Up);
+            QTest::keyClick(&menu, Qt::Key_Return);
+        });
+    };
+    {
+        User user;
+        chooseAnother(user);
+        openRowMenu(2);
+    }
+    {
+        User user;
+        chooseAnother(user);
+        openColumnMenu("phase");
+    }
+    const QString unknown = "Unexpected error: unknown action selected in OrvaneTableView::";
+    EXPECT_EQ(boxes.texts(),
+              (QStringList{unknown + "showRowContextMenu()", unknown + "showColumnContextMenu()"}));
+}
+
 TEST_F(HeaderMenus, TellOnceWhyValuesAreRefused)
 {
     shown("arrival");

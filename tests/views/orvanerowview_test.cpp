@@ -172,6 +172,16 @@ TEST_F(RowView, stepsFromTheNullRecordOverTheScratchRecordToTheFirst)
     EXPECT_EQ(rowEntry(), "0");
 }
 
+TEST_F(RowView, stepsBackFromTheNullRecordToTheFirst)
+{
+    show("site", dbNULL);
+    form->decrementRow();
+    EXPECT_EQ(rowEntry(), "0");
+    form->showScratchRow();
+    form->decrementRow();
+    EXPECT_EQ(rowEntry(), "NULL");
+}
+
 TEST_F(RowView, goesToTheRowThatIsTyped)
 {
     show("site", 0);
@@ -203,6 +213,39 @@ TEST_F(RowView, theNullRecordCannotBeWritten)
     form->showScratchRow();
     EXPECT_FALSE(field("sta").isReadOnly());
     EXPECT_EQ(controls(), (QList<bool>{false, true, false}));
+}
+
+// Meant: showing a row leaves it as the row before had it.
+TEST_F(RowView, aRowIsWritableAsTheOneBeforeItWas)
+{
+    database.config.configure("allow_edits", true);
+    show("site", 0);
+    EXPECT_FALSE(field("lat").isReadOnly());
+    form->showNullRow();
+    form->setRow(0);
+    EXPECT_TRUE(field("lat").isReadOnly());
+    form->reconfigure();
+    EXPECT_FALSE(field("lat").isReadOnly());
+    database.config.configure("allow_edits", false);
+    form->showScratchRow();
+    form->setRow(1);
+    EXPECT_FALSE(field("lat").isReadOnly());
+    type("lat", "12");
+    EXPECT_EQ(field("lat").text(), "59.6491") << "and yet nothing is stored";
+}
+
+TEST_F(RowView, aConfigurationThatChangesSaysWhatIsWritable)
+{
+    show("site", dbSCRATCH);
+    EXPECT_FALSE(field("lat").isReadOnly());
+    EXPECT_FALSE(enabled("add"));
+    database.config.configure("allow_edits", true);
+    EXPECT_TRUE(enabled("add"));
+    EXPECT_FALSE(field("lat").isReadOnly());
+    form->showNullRow();
+    EXPECT_FALSE(enabled("add"));
+    form->reconfigure();
+    EXPECT_TRUE(field("lat").isReadOnly());
 }
 
 TEST_F(RowView, editsOnlyWhereThatIsAllowed)
@@ -292,6 +335,19 @@ TEST_F(RowView, saysWhyARecordOfNullsIsNotAdded)
     EXPECT_EQ(header(), "in table 'site' (2 total rows)");
 }
 
+TEST_F(RowView, aNewScratchRecordBeginsWithNulls)
+{
+    database.config.configure("allow_edits", true);
+    show("site", dbSCRATCH);
+    type("sta", "BFO");
+    EXPECT_EQ(field("sta").text(), "BFO");
+    form->setRow(0);
+    form->showScratchRow();
+    EXPECT_EQ(field("sta").text(), "BFO") << "it is kept while other rows are looked at";
+    show("site", dbSCRATCH);
+    EXPECT_EQ(field("sta").text(), "");
+}
+
 TEST_F(RowView, addsNothingToAView)
 {
     database.config.configure("allow_edits", true);
@@ -354,11 +410,58 @@ TEST_F(RowView, itsSwitchesFollowTheConfiguration)
     EXPECT_FALSE(field("lat").isReadOnly());
 }
 
+// Meant: they store the state of the box, of which the configuration makes what the key was before.
+TEST_F(RowView, itsSwitchesStoreTheStateOfTheirBoxes)
+{
+    const std::pair<const char *, const char *> switches[] = {{"allowEdits", "allow_edits"},
+                                                              {"readableTimes", "show_readable_times"},
+                                                              {"localTimezone", "show_times_in_local_zone"}};
+    OvConfig numbers;
+    for (const auto &[box, key] : switches) {
+        numbers.configure(key, 0);
+    }
+    QMainWindow other;
+    const OrvaneRowView viewer(numbers, &other);
+    for (const auto &[box, key] : switches) {
+        auto *shown = viewer.findChild<QCheckBox *>(box);
+        EXPECT_FALSE(shown->isChecked()) << key;
+        shown->setChecked(true);
+        EXPECT_EQ(numbers[key], QVariant(2)) << key;
+        shown->setChecked(false);
+        EXPECT_EQ(numbers[key], QVariant(0)) << key;
+    }
+}
+
+TEST_F(RowView, fillsItsColumnsDownward)
+{
+    show("site", 0);
+    int last = -1;
+    for (const QString &name : database.table("site").getTableFields()) {
+        const int top = field(qPrintable(name)).mapTo(&window, QPoint()).y();
+        EXPECT_GT(top, last) << name.toStdString();
+        last = top;
+    }
+}
+
+TEST_F(RowView, tellsHowManyRowsThereAreWhenTheTableChanges)
+{
+    database.config.configure("allow_edits", true);
+    show("site", 0);
+    database.files.appendRows("site", {{"BFO", "1991001"}});
+    OrvaneTableModel &site = database.table("site");
+    emit site.modelReset();
+    ASSERT_TRUE(site.setData(site.indexForCell(0, "elev"), "1"));
+    EXPECT_EQ(header(), "in table 'site' (3 total rows)");
+    EXPECT_TRUE(enabled("nextRow"));
+}
+
 TEST_F(RowView, dismissHidesTheWindow)
 {
     show("site", 0);
+    field("sta").setText("typed");
     QTest::mouseClick(&part<QPushButton>("dismiss"), Qt::LeftButton);
     EXPECT_FALSE(window.isVisible());
+    EXPECT_EQ(field("sta").text(), "AAK") << "the record is read again";
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "cell_pasting.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <vector>
@@ -26,7 +27,7 @@ namespace {
 
 constexpr qint64 cellsPastedUnasked = 10000;
 constexpr double checkingShare = 0.3; // of the time; the rest is storing
-constexpr int cellsBetweenReports = 64;
+constexpr int cellsAtOnce = 1024;
 
 [[noreturn]] void fail(const QString &sentence)
 {
@@ -143,6 +144,29 @@ Pasting planned(OrvaneTableView &view)
 
 // ---- Checking and storing -----------------------------------------------------------------------------
 
+// Some cells of a column that are to be changed, and what goes into them, as the model takes it.
+struct ColumnCells {
+    int column = 0;
+    QVector<int> rows;
+    QStringList values;
+};
+
+// The rows in which each value goes, for equal ones are stored together.
+std::map<QString, OrvaneTableModel::RowRanges> rowsByValue(const ColumnCells &cells)
+{
+    std::map<QString, OrvaneTableModel::RowRanges> rows;
+    for (int i = 0; i < cells.rows.size(); ++i) {
+        OrvaneTableModel::RowRanges &ranges = rows[cells.values[i]];
+        const int row = cells.rows[i];
+        if (!ranges.isEmpty() && ranges.last().second + 1 == row) {
+            ranges.last().second = row;
+        } else {
+            ranges.append({row, row});
+        }
+    }
+    return rows;
+}
+
 class CellPaster
 {
 public:
@@ -151,57 +175,22 @@ public:
     {
     }
 
-    // Throws at the first value that does not fit. False where the user cancels.
+    // Finds the cells that show something else: one that shows the value has it, for what is shown may have
+    // fewer digits than what is stored. Throws at the first value that does not fit. False where the user
+    // cancels.
     bool check()
-    {
-        return eachChangedCell(0, checkingShare, [this](const QModelIndex &cell, const QString &value) {
-            const QString reason = m_table->flags(cell) & Qt::ItemIsEditable
-                                       ? m_table->refusal(cell, stored(value))
-                                       : OvTranslation::tr("it can't be changed");
-            if (!reason.isEmpty()) {
-                fail(OvTranslation::tr("Nothing was pasted. Row %1, %2: '%3' can't be stored: %4")
-                         .arg(QString::number(cell.row()), m_table->fieldNameForColumnIndex(cell.column()),
-                              value, reason));
-            }
-        });
-    }
-
-    // Throws at the first value that can't be stored. False where the user cancels. What is stored is one
-    // step to be taken back.
-    bool store()
-    {
-        dbbegin_step();
-        const auto end = qScopeGuard([] { dbend_step(); });
-        return eachChangedCell(checkingShare, 1, [this](const QModelIndex &cell, const QString &value) {
-            if (!m_table->setData(cell, stored(value), Qt::EditRole)) {
-                fail(OvTranslation::tr("Row %1, %2: '%3' can't be stored: %4 %5 cells were changed before.")
-                         .arg(QString::number(cell.row()), m_table->fieldNameForColumnIndex(cell.column()),
-                              value, m_table->editError(), counted(m_stored)));
-            }
-            ++m_stored;
-        });
-    }
-
-    qint64 storedCount() const { return m_stored; }
-
-private:
-    // As the model takes it.
-    static QString stored(const QString &value) { return value.isNull() ? QStringLiteral("NULL") : value; }
-
-    // Calls use(cell, value) for the cells that show something else, row by row. A cell that shows the value
-    // has it: what is shown may have fewer digits than what is stored.
-    template <class Use>
-    bool eachChangedCell(double from, double to, Use use)
     {
         qint64 done = 0;
         for (const CellGrid &block : m_pasting.blocks) {
+            const int rowsAtOnce = std::max(1, cellsAtOnce / block.columns.size());
             qint64 line = 0;
             for (const RowRun &run : block.rows) {
-                for (int row = run.first; row < run.end; ++row, ++line) {
-                    pasteRow(block, row, line, use);
-                    done += block.columns.size();
-                    if (!report(from + (to - from) * static_cast<double>(done) / static_cast<double>(m_cells),
-                                done)) {
+                for (int first = run.first; first < run.end; first += rowsAtOnce) {
+                    const int end = std::min(first + rowsAtOnce, run.end);
+                    checkRows(block, first, end, line);
+                    line += end - first;
+                    done += static_cast<qint64>(end - first) * block.columns.size();
+                    if (!report(0, checkingShare, done, m_cells)) {
                         return false;
                     }
                 }
@@ -210,37 +199,95 @@ private:
         return true;
     }
 
-    template <class Use>
-    void pasteRow(const CellGrid &block, int row, qint64 line, Use use)
+    // Throws at the first cells that can't be stored. False where the user cancels. What is stored is one
+    // step to be taken back.
+    bool store()
     {
-        if (m_table == nullptr) {
+        dbbegin_step();
+        const auto end = qScopeGuard([] { dbend_step(); });
+        for (const ColumnCells &cells : m_changed) {
+            for (const auto &[value, rows] : rowsByValue(cells)) {
+                checkThere(m_table != nullptr && m_table->isCurrent());
+                const OrvaneTableModel::RowsStored done = m_table->setRowsData(rows, cells.column, value);
+                if (!done.reason.isEmpty() && !done.cancelled) {
+                    fail(OvTranslation::tr(
+                             "Row %1, %2: '%3' can't be stored: %4 %5 cells were changed before.")
+                             .arg(QString::number(rows.first().first),
+                                  m_table->fieldNameForColumnIndex(cells.column), value, done.reason,
+                                  counted(m_stored + done.stored)));
+                }
+                m_stored += done.stored;
+                if (done.cancelled || !report(checkingShare, 1, m_stored, m_toStore)) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    }
+
+    qint64 storedCount() const { return m_stored; }
+
+private:
+    // As the model takes it.
+    static QString stored(const QString &value) { return value.isNull() ? QStringLiteral("NULL") : value; }
+
+    void checkThere(bool isThere) const
+    {
+        if (!isThere) {
             fail(OvTranslation::tr("The table has gone meanwhile. %1 cells were changed.")
                      .arg(counted(m_stored)));
         }
-        const QStringList shown = m_table->displayedTexts(block.columns, row, row + 1);
-        for (int i = 0; i < block.columns.size(); ++i) {
-            const QString &value = m_pasting.value(line, i);
-            const bool isThere = value == shown[i] && value.isNull() == shown[i].isNull();
-            if (!isThere) {
-                use(m_table->index(row, block.columns[i]), value);
+    }
+
+    // The rows [first, end) of a block, into which the lines from `line` on go.
+    void checkRows(const CellGrid &block, int first, int end, qint64 line)
+    {
+        checkThere(m_table != nullptr);
+        const QStringList shown = m_table->displayedTexts(block.columns, first, end);
+        const int columns = block.columns.size();
+        checkThere(shown.size() == (end - first) * columns);
+        for (int i = 0; i < columns; ++i) {
+            ColumnCells cells;
+            cells.column = block.columns[i];
+            for (int row = first; row < end; ++row) {
+                const QString &value = m_pasting.value(line + row - first, i);
+                const QString &there = shown[(row - first) * columns + i];
+                if (value != there || value.isNull() != there.isNull()) {
+                    checkCell(m_table->index(row, cells.column), value);
+                    cells.rows.append(row);
+                    cells.values.append(stored(value));
+                }
+            }
+            if (!cells.rows.isEmpty()) {
+                m_toStore += cells.rows.size();
+                m_changed.push_back(cells);
             }
         }
     }
 
-    // Events are let in while progress is told: not at every cell.
-    bool report(double fraction, qint64 done)
+    void checkCell(const QModelIndex &cell, const QString &value) const
     {
-        if (done < m_reportAt) {
-            return true;
+        const QString reason = m_table->flags(cell) & Qt::ItemIsEditable
+                                   ? m_table->refusal(cell, stored(value))
+                                   : OvTranslation::tr("it can't be changed");
+        if (!reason.isEmpty()) {
+            fail(OvTranslation::tr("Nothing was pasted. Row %1, %2: '%3' can't be stored: %4")
+                     .arg(QString::number(cell.row()), m_table->fieldNameForColumnIndex(cell.column()), value,
+                          reason));
         }
-        m_reportAt = done + cellsBetweenReports;
-        return dbreport_progress("paste", fraction) == 0;
     }
 
-    QPointer<OrvaneTableModel> m_table;
+    static bool report(double from, double to, qint64 done, qint64 all)
+    {
+        return dbreport_progress("paste", from + (to - from) * static_cast<double>(done) /
+                                                     static_cast<double>(all)) == 0;
+    }
+
+    QPointer<OrvaneTableModel> m_table; // events are let in while progress is told
     const Pasting &m_pasting;
     const qint64 m_cells;
-    qint64 m_reportAt = 0;
+    std::vector<ColumnCells> m_changed;
+    qint64 m_toStore = 0;
     qint64 m_stored = 0;
 };
 

@@ -228,6 +228,34 @@ TEST_F(CellClipboard, PastesOneValueIntoEverySelectedCell)
     EXPECT_EQ(boxes.texts(), QStringList());
 }
 
+TEST_F(CellClipboard, WhatWasPastedIsOneStepBack)
+{
+    MainWindow &window = opened("origin", "r+");
+    const auto texts = [&] {
+        QStringList all;
+        for (int row = 0; row < 3; ++row) {
+            for (const char *field : {"lat", "lon", "orid"}) {
+                all.append(shown(window, row, field));
+            }
+        }
+        return all;
+    };
+    view(window).setFieldNamesVisible({"lat", "lon", "orid"});
+    const QStringList before = texts();
+    select(window, cell(window, 0, "lat"), cell(window, 0, "lat"));
+    paste(window, "1\t20.0000\t7\n2\t31\t8\n3\t32\t9\n"); // one of them is there already
+    EXPECT_EQ(boxes.texts(), QStringList());
+    const QStringList after = texts();
+    EXPECT_EQ(after,
+              (QStringList{"1.0000", "20.0000", "7", "2.0000", "31.0000", "8", "3.0000", "32.0000", "9"}));
+    action(window, "undo").trigger();
+    EXPECT_EQ(texts(), before);
+    EXPECT_FALSE(action(window, "undo").isEnabled());
+    action(window, "redo").trigger();
+    EXPECT_EQ(texts(), after);
+    EXPECT_EQ(boxes.texts(), QStringList());
+}
+
 TEST_F(CellClipboard, PastesQuotesAndBlanks)
 {
     MainWindow &window = opened("remark", "r+");
@@ -315,6 +343,84 @@ TEST_F(CellClipboard, AsksBeforeItChangesManyCells)
     paste(window, "same");
     EXPECT_EQ(boxes.texts(), QStringList{"Change 10,001 cells?"});
     EXPECT_EQ(file("remark"), before);
+}
+
+// Several parts of the clipboard, each looked at by itself.
+TEST_F(CellClipboard, StoresNothingOfManyCellsWhenTheLastDoesNotFit)
+{
+    std::vector<TemporaryDatabase::Row> rows;
+    for (int i = 1; i <= 3000; ++i) {
+        rows.push_back({std::to_string(i), "1", "text"});
+    }
+    files.addTable("remark", rows);
+    MainWindow &window = opened("remark", "r+");
+    const std::string before = file("remark");
+    view(window).setFieldNamesVisible({"commid", "lineno", "remark"});
+    QString text;
+    for (int i = 1; i <= 3000; ++i) {
+        text += QString("%1\t%2\tremark %1\n")
+                    .arg(10000 - i)
+                    .arg(i == 3000 ? QString("many") : QString::number(i));
+    }
+    select(window, cell(window, 0, "commid"), cell(window, 0, "commid"));
+    paste(window, text);
+    ASSERT_EQ(boxes.texts().size(), 1);
+    EXPECT_TRUE(boxes.texts()[0].startsWith("Nothing was pasted. Row 2999, lineno: 'many' can't be stored: "))
+        << boxes.texts()[0].toStdString();
+    EXPECT_EQ(file("remark"), before);
+    EXPECT_FALSE(action(window, "undo").isEnabled());
+
+    paste(window, text.replace("many", "5"));
+    EXPECT_EQ(boxes.texts().size(), 1);
+    for (const int row : {0, 1, 1023, 1024, 2999}) {
+        EXPECT_EQ(shown(window, row, "commid"), QString::number(9999 - row));
+        EXPECT_EQ(shown(window, row, "lineno"), QString::number(row == 2999 ? 5 : row + 1));
+        EXPECT_EQ(shown(window, row, "remark"), "remark " + QString::number(9999 - row));
+    }
+    action(window, "undo").trigger();
+    EXPECT_EQ(shown(window, 2999, "remark"), "text");
+    EXPECT_EQ(shown(window, 0, "commid"), "1");
+}
+
+TEST_F(CellClipboard, TellsHowFarPastingIsAndCanBeCancelled)
+{
+    std::vector<TemporaryDatabase::Row> rows;
+    for (int i = 1; i <= 9000; ++i) {
+        rows.push_back({std::to_string(i), "1", "text"});
+    }
+    files.addTable("remark", rows);
+    MainWindow &window = opened("remark", "r+");
+    const std::string before = file("remark");
+    QString text;
+    for (int i = 1; i <= 9000; ++i) {
+        text += QString("remark %1\n").arg(i);
+    }
+    struct User {
+        double last = 0;
+        bool hasGoneBack = false;
+    } user;
+    dbset_progress_hook(
+        [](double fraction, void *data) {
+            auto &told = *static_cast<User *>(data);
+            told.hasGoneBack = told.hasGoneBack || fraction < told.last;
+            told.last = fraction;
+            return fraction > 0.5 ? 1 : 0;
+        },
+        &user);
+    select(window, cell(window, 0, "remark"), cell(window, 0, "remark"));
+    paste(window, text);
+    dbset_progress_hook(nullptr, nullptr);
+    EXPECT_FALSE(user.hasGoneBack);
+    if (user.last <= 0.5) { // a machine on which storing takes less time than between two calls
+        EXPECT_EQ(shown(window, 8999, "remark"), "remark 9000");
+        return;
+    }
+    ASSERT_EQ(boxes.texts().size(), 1);
+    EXPECT_TRUE(boxes.texts()[0].startsWith("Pasting was cancelled. ")) << boxes.texts()[0].toStdString();
+    EXPECT_EQ(shown(window, 0, "remark"), "remark 1");
+    EXPECT_EQ(shown(window, 8999, "remark"), "text");
+    action(window, "undo").trigger();
+    EXPECT_EQ(shown(window, 0, "remark"), "text");
 }
 
 // ---- Rows that are gone -------------------------------------------------------------------------------

@@ -48,7 +48,7 @@ def table(head, rows):
 
 
 class Document:
-    """`figures` has what main() gathered: rows, small, sizes, limits, table_sizes, runs, few_runs, quick, load, window."""
+    """`figures` has what was gathered beside the results: see measure() in scripts/bench."""
 
     def __init__(self, results, figures, notes):
         self.results = results
@@ -70,8 +70,7 @@ class Document:
         if figures.runs == 1:
             taken = "in a quick run: every figure is of a single run."
         else:
-            taken = f"; every figure is the median of {figures.runs} runs" + \
-                (f", those from CSV files of {figures.csv_runs}." if figures.csv_runs < figures.runs else ".")
+            taken = f"; every figure is the median of {figures.runs} runs" + self.fewer_runs()
         return ["# Benchmarks", "", "Written by `scripts/bench`" + (" " if taken[0] != ";" else "") + taken,
                 "All engines ran on the same generated rows one after the other, and gave the same answers.", "",
                 *table(["", ""], [
@@ -85,6 +84,13 @@ class Document:
                 "operation. The floor is what the machine needs for the steps without which the operation can't be done,",
                 "by the figures at the end. Times are milliseconds on the clock; \"CPU\" compares processor times, which",
                 "other work on the machine lengthens less. Ratios that are not what was aimed at are bold."]
+
+    def fewer_runs(self):
+        others = [("DuckDB's from CSV files", self.results.count("duckdb-csv", "again", "sort_time", self.figures.rows)),
+                  ("SQLite's", self.results.count("sqlite", "again", "sort_time", self.figures.small)),
+                  ("those of awk, sort and join", self.results.count("tools", "again", "sort_time", self.figures.small))]
+        fewer = [f"{who} of {runs}" for who, runs in others if 0 < runs < self.figures.runs]
+        return f" ({', '.join(fewer)})." if fewer else "."
 
     def operations(self):
         first_floor, again_floor = floors(self.figures.limits, self.figures.table_sizes, self.figures.rows)
@@ -159,7 +165,7 @@ class Document:
         return ["## Progress and cancel", "",
                 "Of all operations, in ms: the longest time that the progress hook was not called, begin and end included",
                 f"(at most {PROGRESS_LIMIT_MS}), and the longest that an operation took to return when told to stop, at any of",
-                f"the hook's first 25 calls (at most {STOP_LIMIT_MS}).", "",
+                f"the hook's first 10 calls (at most {STOP_LIMIT_MS}).", "",
                 *table(["arrivals", "without a call", "to stop"], rows)]
 
     def machine_limits(self):

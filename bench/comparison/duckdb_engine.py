@@ -2,10 +2,13 @@
 from comparison.results import lines_of, say
 
 
-def measure_duckdb(script, out, rows, runs, csv_runs, results, names, csv_names):
+def measure_loaded(script, out, rows, runs, results, names):
     say(f"DuckDB, {rows:,} rows")
     lines = lines_of(["node", script, out, "--runs", runs, *names])
     results.add([line for line in lines if line["mode"] == "again"])
-    if csv_runs:
-        say(f"DuckDB from CSV files, {rows:,} rows")
-        results.add(lines_of(["node", script, out, "--csv", "--runs", csv_runs, *csv_names]), rows=rows)
+
+
+def measure_csv(script, out, rows, results, names):
+    """A run of each."""
+    say(f"DuckDB from CSV files, {rows:,} rows")
+    results.add(lines_of(["node", script, out, "--csv", "--runs", 1, *names]), rows=rows)

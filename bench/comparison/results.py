@@ -1,4 +1,5 @@
 """Medians by engine, mode and operation, with the answers held against each other."""
+import argparse
 import json
 import math
 import statistics
@@ -26,7 +27,8 @@ class Results:
     def add(self, lines, engine=None, rows=None):
         for line in lines:
             line["engine"] = engine or line["engine"]
-            key = (line["engine"], line["mode"], line["operation"], rows or line["rows"])
+            line["rows"] = rows or line["rows"]
+            key = (line["engine"], line["mode"], line["operation"], line["rows"])
             self.runs.setdefault(key, []).append(line)
             if "version" in line:
                 self.versions[line["engine"].split("-")[0]] = line["version"]
@@ -36,6 +38,18 @@ class Results:
             known = self.answers.setdefault((line["operation"], key[3]), (answer, line["engine"]))
             if known[0] != answer:
                 raise SystemExit(f"{line['operation']}: {line['engine']} answers {answer}, {known[1]} {known[0]}")
+
+    def keep(self, path, figures):
+        """So that the document can be written once more."""
+        path.write_text(json.dumps({"figures": figures, "lines": [line for runs in self.runs.values() for line in runs]}))
+
+    @classmethod
+    def kept(cls, path):
+        kept = json.loads(path.read_text())
+        results = cls()
+        for line in kept["lines"]:
+            results.add([line])
+        return results, argparse.Namespace(**kept["figures"])
 
     def median(self, engine, mode, operation, rows, what="ms"):
         runs = self.runs.get((engine, mode, operation, rows))

@@ -210,6 +210,48 @@ TEST_F(Executor, works_constants_out_when_it_binds)
     EXPECT_EQ(bound.root()->children[1]->kind, BoundNode::Kind::Constant);
 }
 
+// Alone, first of several and behind another test, by batches whose ends are no round numbers.
+TEST_F(Executor, compares_numbers_with_a_constant_on_either_side)
+{
+    const auto expected = [&](const auto &holds) {
+        SelectionVector positions;
+        for (std::uint32_t row = 0; row < rows.size(); ++row)
+            if (holds(static_cast<int>(row)))
+                positions.push_back(row);
+        return positions;
+    };
+    const auto depth = [](int row) { return row % 7 == 0 ? -999 : row % 50; };
+    const auto present = [](int row) { return row % 7 != 0; };
+    const std::vector<std::pair<std::string, SelectionVector>> cases = {
+        {"depth < 20", expected([&](int row) { return present(row) && depth(row) < 20; })},
+        {"20.0 > depth", expected([&](int row) { return present(row) && depth(row) < 20; })},
+        {"depth <= 20", expected([&](int row) { return present(row) && depth(row) <= 20; })},
+        {"20 >= depth", expected([&](int row) { return present(row) && depth(row) <= 20; })},
+        {"depth > 20", expected([&](int row) { return depth(row) > 20; })},
+        {"depth >= 20.5", expected([&](int row) { return depth(row) >= 21; })},
+        {"depth == 20", expected([&](int row) { return depth(row) == 20; })},
+        {"-999 == depth", expected([&](int row) { return !present(row); })},
+        {"20 != depth", expected([&](int row) { return depth(row) != 20; })},
+        {"orid < 500", expected([&](int row) { return row < 500; })},
+        {"499.0 >= orid", expected([&](int row) { return row < 500; })},
+        {"orid < 499.5", expected([&](int row) { return row < 500; })},
+        {"orid != 7", expected([&](int row) { return row != 7; })},
+        {"depth < 20 && 10 <= depth && orid >= 300",
+         expected([&](int row) { return depth(row) >= 10 && depth(row) < 20 && row >= 300; })},
+        {"depth > 2 && sta == 'S1' && orid < 77",
+         expected([&](int row) { return depth(row) > 2 && row % 5 == 1 && row < 77; })},
+        {"sta == 'S1' && depth > 2", expected([&](int row) { return depth(row) > 2 && row % 5 == 1; })},
+        {"!(depth > 20)", expected([&](int row) { return depth(row) <= 20; })},
+        {"depth > 40 || depth < 3",
+         expected([&](int row) { return depth(row) > 40 || (present(row) && depth(row) < 3); })},
+        {"depth < 0", {}},
+        {"depth < 1e300 && depth > 1e300", {}},
+    };
+    for (const auto &[text, positions] : cases)
+        for (const std::size_t batchSize : {1u, 7u, 61u, 1000u})
+            EXPECT_EQ(selected(text, batchSize), positions) << text << ", batches of " << batchSize;
+}
+
 TEST_F(Executor, stops_where_computed_texts_would_fill_the_memory)
 {
     MemoryRows wide({{"a", "", ValueType::Text, "-"}, {"b", "", ValueType::Text, "-"}});

@@ -249,27 +249,29 @@ TEST_F(FastWays, JoinIdsThatOneRowHas)
         expected);
 }
 
+// Six words on the right, each with some intervals from a value on: with one, some and many of a word.
 TEST_F(FastWays, JoinFewRowsByARange)
 {
-    // Six words on the right, each with some intervals: value ± 1000.
-    std::vector<NarrowRow> few(more.begin(), more.begin() + 60);
-    writeNarrowTable(files, "more", few);
-    open = std::make_unique<Opened>(files.path());
-    std::vector<RowNumber> left, right;
-    for (size_t a = 0; a < many.size(); ++a)
-        for (size_t b = 0; b < few.size(); ++b)
-            if (many[a].word == few[b].word && many[a].value != -999.0 && few[b].value != -999.0 &&
-                many[a].value >= few[b].value && many[a].value < few[b].value + 5000) {
-                left.push_back(static_cast<RowNumber>(a));
-                right.push_back(static_cast<RowNumber>(b));
-            }
-    ASSERT_GT(left.size(), 100000u);
-    const Dbptr theta = dbtheta(open->table("many"), open->table("more"),
-                                "many.word == more.word && many.value >= more.value && "
-                                "many.value < more.value + 5000",
-                                nullptr);
-    EXPECT_EQ(recordsOf(theta, 0), left);
-    EXPECT_EQ(recordsOf(theta, 1), right);
+    for (const std::ptrdiff_t count : {3, 9, 20, 60, 150}) {
+        std::vector<NarrowRow> few(more.begin(), more.begin() + count);
+        writeNarrowTable(files, "more", few);
+        open = std::make_unique<Opened>(files.path());
+        std::vector<RowNumber> left, right;
+        for (size_t a = 0; a < many.size(); ++a)
+            for (size_t b = 0; b < few.size(); ++b)
+                if (many[a].word == few[b].word && many[a].value != -999.0 && few[b].value != -999.0 &&
+                    many[a].value >= few[b].value && many[a].value < few[b].value + 5000) {
+                    left.push_back(static_cast<RowNumber>(a));
+                    right.push_back(static_cast<RowNumber>(b));
+                }
+        ASSERT_GT(left.size(), 5000u) << count;
+        const Dbptr theta = dbtheta(open->table("many"), open->table("more"),
+                                    "many.word == more.word && many.value >= more.value && "
+                                    "many.value < more.value + 5000",
+                                    nullptr);
+        EXPECT_EQ(recordsOf(theta, 0), left) << count;
+        EXPECT_EQ(recordsOf(theta, 1), right) << count;
+    }
 }
 
 TEST_F(FastWays, SortAndGroupByATextWithFewValues)

@@ -1,6 +1,7 @@
 #include "column/column_decoder.h"
 
 #include "base/concat.h"
+#include "base/wide_vectors.h"
 #include "column/number_decoding.h"
 #include "table/field_value.h"
 
@@ -144,7 +145,7 @@ private:
 namespace {
 
 // As std::count does, in sums of bytes, which a compiler turns into far fewer instructions.
-std::size_t count_line_feeds(std::span<const char> bytes)
+ORVANE_WIDE_VECTORS std::size_t count_line_feeds(std::span<const char> bytes)
 {
     constexpr std::size_t lanes = 64;
     constexpr std::size_t most = 255; // that a byte can count

@@ -52,20 +52,24 @@ BoundNodePtr Binder::number_comparison(const ParsedNode &parsed, BoundNodePtr le
                                 parsed.extent, true);
     }
     const bool left_integer = storage_of(left->type) == Storage::Integer;
-    if (left_integer == (storage_of(right->type) == Storage::Integer))
-        return make_.comparison(op, left_integer ? integer_comparison(op) : real_comparison(op),
-                                {std::move(left), std::move(right)}, parsed.extent);
+    if (left_integer == (storage_of(right->type) == Storage::Integer)) {
+        // Comparing with a constant is shortest where that stands on the right.
+        if (is_constant_number(*left))
+            turn();
+        return make_.number_comparison(op, std::move(left), std::move(right), parsed.extent);
+    }
     if (!left_integer)
         turn();
     // An integer and a real number. A constant takes the other's type where that changes nothing.
-    if (is_constant_number(*left) && std::abs(static_cast<double>(left->constant.integer)) < exact_integers)
-        return make_.comparison(op, real_comparison(op), {to_real(std::move(left)), std::move(right)},
-                                parsed.extent);
+    if (is_constant_number(*left) && std::abs(static_cast<double>(left->constant.integer)) < exact_integers) {
+        left = to_real(std::move(left));
+        turn();
+        return make_.number_comparison(op, std::move(left), std::move(right), parsed.extent);
+    }
     if (is_constant_number(*right) && std::abs(right->constant.real) < exact_integers &&
         right->constant.real == std::trunc(right->constant.real) && right->constant.presence == Present) {
         BoundNodePtr whole = make_.integer(static_cast<std::int64_t>(right->constant.real), right->place);
-        return make_.comparison(op, integer_comparison(op), {std::move(left), std::move(whole)},
-                                parsed.extent);
+        return make_.number_comparison(op, std::move(left), std::move(whole), parsed.extent);
     }
     return make_.comparison(op, mixed_comparison(op), {std::move(left), std::move(right)}, parsed.extent);
 }
@@ -128,7 +132,7 @@ BoundNodePtr Binder::yearday_with_text(const ParsedNode &parsed, Operator op, Bo
     } else {
         day = make_.call(text_to_yearday, ValueType::Yearday, {text}, place);
     }
-    return make_.comparison(op, integer_comparison(op), {std::move(yearday), std::move(day)}, parsed.extent);
+    return make_.number_comparison(op, std::move(yearday), std::move(day), parsed.extent);
 }
 
 } // namespace orvane::expr

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "expression/binding_scope.h"
+#include "expression/column_batch.h"
 #include "expression/parsed_expression.h"
 #include "expression/value.h"
 #include "expression/vector.h"
@@ -31,6 +32,11 @@ using Kernel = void (*)(KernelContext &context, std::span<const Vector> argument
 // Writes the selected positions at which the test holds to `out`, in order, and returns their number.
 using TestKernel = std::size_t (*)(const BoundNode &node, std::span<const Vector> arguments,
                                    Selection selection, std::uint32_t *out);
+
+// Clears the bytes of `mask`, which are 0 or 1, at those of the first `count` positions of a batch at which
+// the test does not hold of the column and the constant.
+using MaskKernel = void (*)(const ColumnView &column, const Value &constant, std::size_t count,
+                            std::uint8_t *mask);
 
 struct BoundNode {
     enum class Kind : std::uint8_t {
@@ -59,6 +65,7 @@ struct BoundNode {
     Value constant;
     Kernel kernel = nullptr;
     TestKernel test = nullptr;
+    MaskKernel mask = nullptr; // the same of a Test whose children are a Field and a Constant; may be null
     std::shared_ptr<const Pattern> pattern;
     std::vector<BoundNodePtr> children;
 };

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+
+#include "expression/comparison_masks.h"
 
 namespace orvane::expr {
 
@@ -143,10 +146,13 @@ Status Evaluation::condition(const BoundNode &node, Run &run, Selection selectio
     if (Status status = memo_for(node, run, selection, memo, view); !status.ok())
         return status;
     if (memo) {
+        out.resize(selection.count);
+        std::size_t count = 0;
         for_each(selection, [&](std::size_t position) {
-            if (memo->holds[view.codes[position]])
-                out.push_back(static_cast<std::uint32_t>(position));
+            out[count] = static_cast<std::uint32_t>(position);
+            count += memo->holds[view.codes[position]];
         });
+        out.resize(count);
         return {};
     }
     switch (node.kind) {
@@ -164,7 +170,22 @@ Status Evaluation::condition(const BoundNode &node, Run &run, Selection selectio
 Status Evaluation::conjunction(const BoundNode &node, Run &run, Selection selection, SelectionVector &out)
 {
     SelectionVector survivors;
-    for (const BoundNodePtr &child : node.children) {
+    std::span<const BoundNodePtr> rest(node.children);
+    if (!selection.positions) {
+        const auto others =
+            std::find_if(rest.begin(), rest.end(), [](const auto &child) { return !child->mask; });
+        const auto masks = static_cast<std::size_t>(others - rest.begin());
+        if (masks > 0) {
+            if (Status status = masked(rest.first(masks), run, selection.count, out); !status.ok())
+                return status;
+            if (out.empty() || masks == rest.size())
+                return {};
+            survivors.swap(out);
+            selection = selection_of(survivors);
+            rest = rest.subspan(masks);
+        }
+    }
+    for (const BoundNodePtr &child : rest) {
         if (Status status = condition(*child, run, selection, out); !status.ok())
             return status;
         if (out.empty())
@@ -205,8 +226,45 @@ Status Evaluation::negation(const BoundNode &node, Run &run, Selection selection
     return {};
 }
 
+Status Evaluation::masked(std::span<const BoundNodePtr> tests, Run &run, std::size_t count,
+                          SelectionVector &out)
+{
+    mask_.assign(count, 1);
+    for (const BoundNodePtr &test : tests) {
+        if (Status status = narrow(*test, run, count); !status.ok())
+            return status;
+        // What is asked of no row need not be read.
+        if (!std::memchr(mask_.data(), 1, count))
+            break;
+    }
+    take_mask(out);
+    return {};
+}
+
+void Evaluation::take_mask(SelectionVector &out) const
+{
+    out.resize(mask_.size());
+    out.resize(positions_of_mask(mask_.data(), mask_.size(), out.data()));
+}
+
+Status Evaluation::narrow(const BoundNode &test, Run &run, std::size_t count)
+{
+    ColumnView view;
+    if (Status status = column(test.children[0]->column, run, view); !status.ok())
+        return status;
+    test.mask(view, test.children[1]->constant, count, mask_.data());
+    return {};
+}
+
 Status Evaluation::test(const BoundNode &node, Run &run, Selection selection, SelectionVector &out)
 {
+    if (node.mask && !selection.positions) {
+        mask_.assign(selection.count, 1);
+        if (Status status = narrow(node, run, selection.count); !status.ok())
+            return status;
+        take_mask(out);
+        return {};
+    }
     std::vector<Vector> arguments;
     if (Status status = children(node, run, selection, arguments); !status.ok())
         return status;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -47,6 +48,10 @@ private:
     Status disjunction(const BoundNode &node, Run &run, Selection selection, SelectionVector &out);
     Status negation(const BoundNode &node, Run &run, Selection selection, SelectionVector &out);
     Status test(const BoundNode &node, Run &run, Selection selection, SelectionVector &out);
+    // Tests that are known as masks, one after the other, over the first `count` positions.
+    Status masked(std::span<const BoundNodePtr> tests, Run &run, std::size_t count, SelectionVector &out);
+    Status narrow(const BoundNode &test, Run &run, std::size_t count);
+    void take_mask(SelectionVector &out) const;
 
     Status evaluate(const BoundNode &node, Run &run, Selection selection, Vector &out);
     Status field(const BoundNode &node, Run &run, Selection selection, Vector &out);
@@ -66,6 +71,7 @@ private:
     Status column(std::size_t index, Run &run, ColumnView &view);
 
     double now_;
+    std::vector<std::uint8_t> mask_;
     BufferPool pool_;
     TextArena arena_;
     TextArena entry_arena_;

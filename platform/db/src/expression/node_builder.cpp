@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "expression/comparison_masks.h"
 #include "expression/comparison_tests.h"
 
 namespace orvane::expr {
@@ -131,6 +132,19 @@ BoundNodePtr NodeBuilder::comparison(Operator op, TestKernel kernel, std::vector
     node.comparison = true;
     node.day_span = day_span;
     node.children = std::move(children);
+    return finished(std::move(node));
+}
+
+BoundNodePtr NodeBuilder::number_comparison(Operator op, BoundNodePtr left, BoundNodePtr right, Place place)
+{
+    const Storage storage = storage_of(left->type);
+    BoundNode node = blank(Kind::Test, ValueType::Boolean, place);
+    node.test = storage == Storage::Integer ? integer_comparison(op) : real_comparison(op);
+    if (left->kind == Kind::Field && right->kind == Kind::Constant)
+        node.mask = comparison_mask(op, storage);
+    node.op = op;
+    node.comparison = true;
+    node.children = {std::move(left), std::move(right)};
     return finished(std::move(node));
 }
 

@@ -22,6 +22,8 @@ public:
     // A test that is a comparison; op says which.
     BoundNodePtr comparison(Operator op, TestKernel kernel, std::vector<BoundNodePtr> children, Place place,
                             bool day_span = false);
+    // Of two numbers that are stored alike.
+    BoundNodePtr number_comparison(Operator op, BoundNodePtr left, BoundNodePtr right, Place place);
     BoundNodePtr match(Operator op, std::shared_ptr<const Pattern> pattern, BoundNodePtr text, Place place);
     // And or Or of conditions, Not of one.
     BoundNodePtr logical(BoundNode::Kind kind, std::vector<BoundNodePtr> children, Place place);

@@ -12,7 +12,8 @@ namespace orvane {
 namespace {
 
 constexpr std::int64_t rows_per_block = 32 << 10;
-constexpr std::size_t few = 16; // entries that are tried one by one
+constexpr std::size_t few = IntervalIndex::most_room; // entries that are tried one by one
+constexpr std::size_t most_padded = 8;                // times the entries in the room of all buckets
 
 // The first second of a day. Days beyond their year's end, as in 9999999 for ever, go on into the next.
 double begin_of_day(std::int64_t yearday)
@@ -185,17 +186,18 @@ Status IntervalIndex::build(const RowNumbers &begins, const RowNumbers &rows, co
     if (!done.ok())
         return done;
     entries_.swap(entries);
-    highest_.resize(rows.size());
     const std::size_t buckets = begins.size() - 1;
-    for (std::size_t bucket = 0; bucket < buckets && largest_ <= few; ++bucket)
-        largest_ = std::max<std::size_t>(largest_, begins[bucket + 1] - begins[bucket]);
-    small_ = largest_ <= few;
-    if (small_) {
-        entries_.resize(entries_.size() + few);
+    std::size_t largest = 0;
+    for (std::size_t bucket = 0; bucket < buckets && largest <= few; ++bucket)
+        largest = std::max<std::size_t>(largest, begins[bucket + 1] - begins[bucket]);
+    if (largest <= few) {
+        if ((buckets + 1) * largest <= most_padded * (entries_.size() + 1))
+            pad(std::max<std::size_t>(largest, 1));
         return Status();
     }
     if (Status sorted = sort_by_low_ends(work); !sorted.ok())
         return sorted;
+    highest_.resize(rows.size());
     const std::int64_t block = std::max<std::int64_t>(1, static_cast<std::int64_t>(buckets) * rows_per_block /
                                                              std::max<std::int64_t>(1, row_count));
     return work.for_blocks(static_cast<std::int64_t>(buckets), block, 0.2,
@@ -205,6 +207,22 @@ Status IntervalIndex::build(const RowNumbers &begins, const RowNumbers &rows, co
                                                 begins[static_cast<std::size_t>(bucket) + 1]);
                                return Status();
                            });
+}
+
+void IntervalIndex::pad(std::size_t largest)
+{
+    small_ = true;
+    room_ = largest;
+    const std::size_t buckets = begins_->size() - 1;
+    padded_intervals_.assign((buckets + 1) * room_, empty_interval);
+    padded_rows_.assign((buckets + 1) * room_, null_row);
+    for (std::size_t bucket = 0; bucket < buckets; ++bucket) {
+        std::size_t at = bucket * room_;
+        for (std::size_t i = (*begins_)[bucket]; i < (*begins_)[bucket + 1]; ++i, ++at) {
+            padded_intervals_[at] = entries_[i].interval;
+            padded_rows_[at] = entries_[i].row;
+        }
+    }
 }
 
 // The entries of each bucket by their low ends; equal ones stay in order of their rows.

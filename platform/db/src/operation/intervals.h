@@ -74,16 +74,18 @@ public:
     // there are any, perhaps not all of them.
     void find(std::size_t bucket, const Interval &sought, bool any, std::vector<RowNumber> &found) const;
 
-    // Whether all buckets are so small that their entries are best tried one by one; by row then.
+    // Whether all buckets are so small that their entries are best tried one by one, and found where they are
+    // without asking where a bucket begins.
     bool has_small_buckets() const { return small_; }
-    // The size of the largest bucket then. So many entries can be read from the begin of any bucket.
-    std::size_t largest_bucket() const { return largest_; }
-    std::span<const Entry> small_bucket(std::size_t bucket) const
-    {
-        return {entries_.data() + (*begins_)[bucket], entries_.data() + (*begins_)[bucket + 1]};
-    }
+    // Each of them has room for so many entries then, of which those behind its own are empty. Behind the
+    // last bucket there is one of empty entries alone.
+    std::size_t bucket_room() const { return room_; }
+    static constexpr std::size_t most_room = 16;
+    const Interval *padded_intervals() const { return padded_intervals_.data(); }
+    const RowNumber *padded_rows() const { return padded_rows_.data(); }
 
 private:
+    void pad(std::size_t largest);
     Status sort_by_low_ends(Work &work);
     std::uint64_t note_highest(std::size_t begin, std::size_t end);
     void visit(std::size_t begin, std::size_t end, const Interval &sought, bool any,
@@ -91,7 +93,9 @@ private:
 
     const RowNumbers *begins_ = nullptr;
     bool small_ = false;
-    std::size_t largest_ = 0;
+    std::size_t room_ = 0;
+    std::vector<Interval> padded_intervals_; // of small buckets, and their rows
+    std::vector<RowNumber> padded_rows_;
     std::vector<Entry> entries_;         // by bucket, then by low end; by row where no bucket is large
     std::vector<std::uint64_t> highest_; // of the entries of a range of which an entry is the middle one
 };

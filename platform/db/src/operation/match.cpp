@@ -14,9 +14,13 @@ namespace {
 constexpr std::size_t batch_pairs = expr::ExpressionExecutor::batch_size;
 constexpr std::int64_t pairs_per_block = 256 << 10; // about so many candidates between two looks at the hook
 constexpr std::int64_t max_rows_per_block = 32 << 10;
-constexpr std::size_t few_entries = 4;                  // of a bucket
+constexpr std::int64_t cached_rows = 2048;              // whose intervals stay in the nearest cache
 constexpr std::int64_t plain_rows_per_block = 64 << 10; // where ids decide alone
 constexpr std::uint64_t pairs_between_memory_checks = 32 << 20;
+
+// Which of a small bucket's entries a left row meets.
+using EntryBits = std::uint16_t;
+static_assert(8 * sizeof(EntryBits) >= IntervalIndex::most_room);
 
 // What a block of left rows came to.
 struct BlockPairs {
@@ -135,20 +139,53 @@ public:
     {
         return terms_.intervals.size() == 1 && !terms_.condition && index_.has_small_buckets();
     }
-    Result<std::vector<BlockPairs>> pairs_of_small_buckets(Unmatched unmatched)
+    Result<MatchedPairs> pairs_of_small_buckets(Unmatched unmatched)
     {
-        constexpr std::int64_t block = 16 << 10;
-        std::vector<BlockPairs> blocks(static_cast<std::size_t>((left_.row_count() + block - 1) / block));
+        // First which entries of its bucket each left row meets, and how many pairs come of each block.
+        const std::int64_t rows = left_.row_count();
+        Buffer<EntryBits> met(static_cast<std::size_t>(rows));
+        std::vector<std::size_t> starts(
+            static_cast<std::size_t>((rows + plain_rows_per_block - 1) / plain_rows_per_block));
         Status done = work_.for_blocks(
-            left_.row_count(), block, 0.9, [&](std::int64_t begin, std::int64_t end, unsigned thread) {
+            rows, plain_rows_per_block, 0.5, [&](std::int64_t begin, std::int64_t end, unsigned thread) {
                 Probe &probe = probe_of(thread);
-                fill_intervals(probe, begin, end);
-                return of_small_buckets(probe, begin, end, unmatched,
-                                        blocks[static_cast<std::size_t>(begin / block)]);
+                std::size_t &count = starts[static_cast<std::size_t>(begin / plain_rows_per_block)];
+                for (std::int64_t at = begin; at < end; at += cached_rows) {
+                    const std::int64_t last = std::min(end, at + cached_rows);
+                    fill_intervals(probe, at, last);
+                    count += meet_small_buckets(probe.intervals.front(), at, unmatched,
+                                                &met[static_cast<std::size_t>(at)]);
+                }
+                return Status();
+            });
+        std::size_t count = 0;
+        for (std::size_t &start : starts)
+            count += std::exchange(start, count);
+        if (done.ok())
+            done = check_rows(count);
+        if (!done.ok())
+            return done;
+        MatchedPairs pairs;
+        pairs.left.resize(count);
+        pairs.right.resize(count);
+        done = work_.for_blocks(
+            rows, plain_rows_per_block, 0.9, [&](std::int64_t begin, std::int64_t end, unsigned thread) {
+                Probe &probe = probe_of(thread);
+                auto place = static_cast<std::ptrdiff_t>(
+                    starts[static_cast<std::size_t>(begin / plain_rows_per_block)]);
+                for (std::int64_t at = begin; at < end; at += cached_rows) {
+                    const std::int64_t last = std::min(end, at + cached_rows);
+                    const auto found =
+                        list_met(probe, at, last, unmatched, &met[static_cast<std::size_t>(at)]);
+                    std::copy_n(probe.left.begin(), found, pairs.left.begin() + place);
+                    std::copy_n(probe.right.begin(), found, pairs.right.begin() + place);
+                    place += found;
+                }
+                return Status();
             });
         if (!done.ok())
             return done;
-        return blocks;
+        return pairs;
     }
 
     // Runs over the left rows in blocks; `take` is given a row and its matches.
@@ -205,46 +242,100 @@ private:
         return has_only_rows();
     }
 
-    Status of_small_buckets(Probe &probe, std::int64_t begin, std::int64_t end, Unmatched unmatched,
-                            BlockPairs &out)
+    // Calls `body` with the room of a bucket: where that is little as a constant, so that the loop over a
+    // row's entries needs be none.
+    template <typename Body>
+    auto with_room(Body body) const
     {
-        const std::vector<Interval> &intervals = probe.intervals.front();
-        RowNumbers &left = probe.left;
-        RowNumbers &right = probe.right;
-        const std::size_t largest = index_.largest_bucket();
+        switch (const std::size_t room = index_.bucket_room()) {
+        case 1:
+            return body(std::integral_constant<std::size_t, 1>());
+        case 2:
+            return body(std::integral_constant<std::size_t, 2>());
+        case 3:
+            return body(std::integral_constant<std::size_t, 3>());
+        case 4:
+            return body(std::integral_constant<std::size_t, 4>());
+        default:
+            return body(room);
+        }
+    }
+
+    // Which entries the rows from `first` on meet; answers the number of pairs that come of them.
+    std::size_t meet_small_buckets(const std::vector<Interval> &sought, std::int64_t first,
+                                   Unmatched unmatched, EntryBits *met) const
+    {
+        return with_room([&](auto room) { return meet_buckets(room, sought, first, unmatched, met); });
+    }
+    // The pairs of the rows [begin, end) into the probe; answers their number.
+    std::ptrdiff_t list_met(Probe &probe, std::int64_t begin, std::int64_t end, Unmatched unmatched,
+                            const EntryBits *met) const
+    {
+        return with_room([&](auto room) { return list_met(room, probe, begin, end, unmatched, met); });
+    }
+
+    // Without branches that depend on the data, as nobody can foresee them.
+    template <typename Room>
+    std::size_t meet_buckets(const Room room, const std::vector<Interval> &sought, std::int64_t first,
+                             Unmatched unmatched, EntryBits *met) const
+    {
+        const Interval *const intervals = index_.padded_intervals();
+        const RowNumber *const ids = &ids_[static_cast<std::size_t>(first)];
+        const std::size_t at_least = unmatched == Unmatched::BesideNull ? 1 : 0;
+        std::size_t count = 0;
+        for (std::size_t i = 0; i < sought.size(); ++i) {
+            const Interval own = sought[i];
+            const Interval *const bucket = intervals + padded_bucket(ids[i]) * room;
+            const unsigned some = own.low <= own.high ? 1 : 0;
+            unsigned bits = 0;
+            std::size_t found = 0;
+            for (std::size_t entry = 0; entry < room; ++entry) {
+                const Interval &other = bucket[entry];
+                const unsigned meets = static_cast<unsigned>(other.low <= own.high) &
+                                       static_cast<unsigned>(own.low <= other.high) &
+                                       static_cast<unsigned>(other.low <= other.high) & some;
+                bits |= meets << entry;
+                found += meets;
+            }
+            met[i] = static_cast<EntryBits>(bits);
+            count += std::max(found, at_least);
+        }
+        return count;
+    }
+
+    // Rows without an id have the bucket behind the last one, which is empty.
+    std::size_t padded_bucket(RowNumber id) const
+    {
+        return std::min<std::size_t>(id, buckets_.begins.size() - 1);
+    }
+
+    template <typename Room>
+    std::ptrdiff_t list_met(const Room room, Probe &probe, std::int64_t begin, std::int64_t end,
+                            Unmatched unmatched, const EntryBits *met) const
+    {
+        const RowNumber *const rows = index_.padded_rows();
+        const auto most = static_cast<std::size_t>(end - begin) * room + 1;
+        if (probe.left.size() < most) {
+            probe.left.resize(most);
+            probe.right.resize(most);
+        }
+        RowNumber *const left = probe.left.data();
+        RowNumber *const right = probe.right.data();
         std::size_t count = 0;
         for (std::int64_t row = begin; row < end; ++row) {
-            const RowNumber id = ids_[static_cast<std::size_t>(row)];
-            const Interval &sought = intervals[static_cast<std::size_t>(row - begin)];
-            const std::size_t before = count;
-            if (id != null_row && !sought.is_empty()) {
-                const auto bucket = index_.small_bucket(id);
-                // As many for each row, where they are few, so that the end of the loop can be foreseen.
-                const std::size_t tried = largest <= few_entries ? largest : bucket.size();
-                if (left.size() < count + tried + 1) {
-                    left.resize(2 * (count + tried + 1));
-                    right.resize(left.size());
-                }
-                for (std::size_t i = 0; i < tried; ++i) {
-                    const IntervalIndex::Entry &entry = bucket.data()[i];
-                    left[count] = static_cast<RowNumber>(row);
-                    right[count] = entry.row;
-                    count += static_cast<std::size_t>(i < bucket.size()) &
-                             static_cast<std::size_t>(entry.meets(sought));
-                }
+            const unsigned bits = met[row - begin];
+            const RowNumber *const bucket = rows + padded_bucket(ids_[static_cast<std::size_t>(row)]) * room;
+            for (std::size_t entry = 0; entry < room; ++entry) {
+                left[count] = static_cast<RowNumber>(row);
+                right[count] = bucket[entry];
+                count += bits >> entry & 1;
             }
-            if (count > before || unmatched == Unmatched::LeftOut)
-                continue;
-            if (left.size() < count + 1) {
-                left.resize(2 * (count + 1));
-                right.resize(left.size());
+            if (unmatched == Unmatched::BesideNull && bits == 0) {
+                left[count] = static_cast<RowNumber>(row);
+                right[count++] = null_row;
             }
-            left[count] = static_cast<RowNumber>(row);
-            right[count++] = null_row;
         }
-        out.left.assign(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(count));
-        out.right.assign(right.begin(), right.begin() + static_cast<std::ptrdiff_t>(count));
-        return this->count(count);
+        return static_cast<std::ptrdiff_t>(count);
     }
 
     static void leave_out(RowNumbers &ids, const std::vector<std::uint8_t> &out)
@@ -463,7 +554,7 @@ Result<MatchedPairs> matched_pairs(const Operand &left, const Operand &right, co
     if (matching.has_only_rows())
         return matching.pairs_of_only_rows(unmatched);
     if (matching.has_small_buckets())
-        return joined_pairs(matching.pairs_of_small_buckets(unmatched), work);
+        return matching.pairs_of_small_buckets(unmatched);
     return joined_pairs(
         matching.run([&](BlockPairs &out, RowNumber row, const RowNumber *matches, std::size_t count) {
             if (count == 0 && unmatched == Unmatched::BesideNull) {

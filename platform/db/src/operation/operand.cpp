@@ -1,6 +1,7 @@
 #include "operation/operand.h"
 
 #include "base/concat.h"
+#include "base/wide_vectors.h"
 #include "work/machine_memory.h"
 
 #include <algorithm>
@@ -18,6 +19,30 @@ void gather_values(const RowColumn &from, const RowNumber *chosen, const Buffer<
 {
     for (std::size_t i = 0; i < count; ++i)
         out[i] = values[from.at(chosen[i])];
+}
+
+// The records of the chosen rows, which may be where they are put.
+void choose_rows(const RowNumber *of_member, std::span<const RowNumber> chosen, RowNumber *out)
+{
+    if (!of_member) {
+        if (out != chosen.data())
+            std::copy(chosen.begin(), chosen.end(), out);
+        return;
+    }
+    for (std::size_t i = 0; i < chosen.size(); ++i)
+        out[i] = chosen[i] == null_row ? null_row : of_member[chosen[i]];
+}
+
+// In sums that a compiler can take several of at a time.
+ORVANE_WIDE_VECTORS RowBounds bounds_of(std::span<const RowNumber> rows)
+{
+    RowNumber end = 0;
+    RowNumber nulls = 0;
+    for (const RowNumber row : rows) {
+        end = std::max(end, row + 1); // that of the null record is 0
+        nulls |= row == null_row ? 1u : 0u;
+    }
+    return RowBounds{end, nulls != 0};
 }
 
 } // namespace
@@ -129,15 +154,10 @@ Result<std::vector<ViewMember>> Operand::choose(RowNumbers chosen, Work &work) c
         std::vector<RowBounds> bounds(thread_limit());
         Status done = work.for_blocks(static_cast<std::int64_t>(chosen.size()), rows_per_block, 0.3,
                                       [&](std::int64_t begin, std::int64_t end, unsigned thread) {
-                                          RowBounds here;
-                                          const RowNumber *const of_member = member.rows;
-                                          for (auto i = static_cast<std::size_t>(begin);
-                                               i < static_cast<std::size_t>(end); ++i) {
-                                              const RowNumber row = chosen[i];
-                                              rows[i] = !of_member || row == null_row ? row : of_member[row];
-                                              here.add(rows[i]);
-                                          }
-                                          bounds[thread].add(here);
+                                          const auto from = static_cast<std::size_t>(begin);
+                                          const auto count = static_cast<std::size_t>(end - begin);
+                                          choose_rows(member.rows, {&chosen[from], count}, &rows[from]);
+                                          bounds[thread].add(bounds_of({&rows[from], count}));
                                           return Status();
                                       });
         if (!done.ok())

@@ -15,6 +15,7 @@ namespace {
 
 constexpr auto batch_rows = static_cast<std::int64_t>(expr::ExpressionExecutor::batch_size);
 constexpr std::int64_t rows_per_block = 32 * batch_rows;
+constexpr std::int64_t parts_per_block = 32; // of found rows, when they are put together
 
 std::vector<int> columns_of(const expr::BoundExpression &expression)
 {
@@ -22,15 +23,28 @@ std::vector<int> columns_of(const expr::BoundExpression &expression)
     return {columns.begin(), columns.end()};
 }
 
-RowNumbers joined(const std::vector<RowNumbers> &parts)
+// The parts one after the other.
+Result<RowNumbers> joined(const std::vector<RowNumbers> &parts, Work &work)
 {
+    std::vector<std::size_t> starts;
     std::size_t count = 0;
-    for (const RowNumbers &part : parts)
+    for (const RowNumbers &part : parts) {
+        starts.push_back(count);
         count += part.size();
+    }
     RowNumbers all(count);
-    auto out = all.begin();
-    for (const RowNumbers &part : parts)
-        out = std::copy(part.begin(), part.end(), out);
+    if (count == 0)
+        return all;
+    Status done = work.for_blocks(static_cast<std::int64_t>(parts.size()), parts_per_block, 0.5,
+                                  [&](std::int64_t begin, std::int64_t end, unsigned) {
+                                      for (auto i = static_cast<std::size_t>(begin);
+                                           i < static_cast<std::size_t>(end); ++i)
+                                          std::copy(parts[i].begin(), parts[i].end(),
+                                                    all.begin() + static_cast<std::ptrdiff_t>(starts[i]));
+                                      return Status();
+                                  });
+    if (!done.ok())
+        return done;
     return all;
 }
 
@@ -74,8 +88,10 @@ protected:
     {
         if (Status selected = executor_.select_all(batch, positions_); !selected.ok())
             return selected;
-        for (const std::uint32_t position : positions_)
-            found.push_back(static_cast<RowNumber>(first) + position);
+        const std::size_t before = found.size();
+        found.resize(before + positions_.size());
+        for (std::size_t i = 0; i < positions_.size(); ++i)
+            found[before + i] = static_cast<RowNumber>(first) + positions_[i];
         return Status();
     }
 
@@ -182,7 +198,7 @@ public:
                 work_.meet_change();
         if (!done.ok())
             return done;
-        return joined(found);
+        return joined(found, work_);
     }
 
     // What was met in all that was tested, for the end; decoded columns tell of themselves.

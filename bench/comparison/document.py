@@ -72,7 +72,7 @@ class Document:
         else:
             taken = f"; every figure is the median of {figures.runs} runs" + self.fewer_runs()
         return ["# Benchmarks", "", "Written by `scripts/bench`" + (" " if taken[0] != ";" else "") + taken,
-                "All engines ran on the same generated rows one after the other, and gave the same answers.", "",
+                "All engines ran on the same generated rows one after the other, and " + self.agreement(), "",
                 *table(["", ""], [
                     ["when", f"{datetime.date.today()}, load {figures.load} when it began"],
                     ["machine", machine()],
@@ -84,6 +84,10 @@ class Document:
                 "operation. The floor is what the machine needs for the steps without which the operation can't be done,",
                 "by the figures at the end. Times are milliseconds on the clock; \"CPU\" compares processor times, which",
                 "other work on the machine lengthens less. Ratios that are not what was aimed at are bold."]
+
+    def agreement(self):
+        differences = self.results.differences
+        return f"**their answers differ**: {'; '.join(differences)}." if differences else "gave the same answers."
 
     def fewer_runs(self):
         others = [("DuckDB's from CSV files", self.results.count("duckdb-csv", "again", "sort_time", self.figures.rows)),

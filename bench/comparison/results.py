@@ -23,6 +23,7 @@ class Results:
         self.runs = {}
         self.answers = {}
         self.versions = {}
+        self.differences = []  # answers that aren't the same, which nothing excuses
 
     def add(self, lines, engine=None, rows=None):
         for line in lines:
@@ -37,7 +38,9 @@ class Results:
             answer = (int(line["count"]), int(line["checksum"]))
             known = self.answers.setdefault((line["operation"], key[3]), (answer, line["engine"]))
             if known[0] != answer:
-                raise SystemExit(f"{line['operation']}: {line['engine']} answers {answer}, {known[1]} {known[0]}")
+                difference = f"{line['operation']} of {key[3]:,}: {line['engine']} answers {answer}, {known[1]} {known[0]}"
+                say(difference)
+                self.differences.append(difference)
 
     def keep(self, path, figures):
         """So that the document can be written once more."""

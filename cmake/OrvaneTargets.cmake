@@ -14,6 +14,15 @@ function(orvane_common target)
         $<$<BOOL:${ORVANE_WERROR}>:-Werror>)
 endfunction()
 
+# Compiles once what nearly every source of a target reads: common headers of the standard library, and those that are
+# named. None of ours is among them, so that a change of one compiles its own readers only.
+function(orvane_precompile target)
+    set(headers algorithm array cstdint functional map memory optional stdexcept string string_view
+        unordered_map utility variant vector ${ARGN})
+    list(TRANSFORM headers REPLACE "(.+)" "$<$<COMPILE_LANGUAGE:CXX>:<\\1$<ANGLE-R>>")
+    target_precompile_headers(${target} PRIVATE ${headers})
+endfunction()
+
 # A shared platform library `orvane_NAME` (liborvane_NAME.so.1) from the .cpp files under src/, with its public
 # headers under include/orvane/ and a generated <orvane/NAME_export.h>.
 function(orvane_platform_library name)
@@ -50,7 +59,7 @@ function(orvane_layer name)
     target_compile_options(${target} PUBLIC -fno-delete-null-pointer-checks)
     target_include_directories(${target}
         PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}/include" PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
-    target_precompile_headers(${target} PRIVATE <QtCore> <memory> <stdexcept>)
+    orvane_precompile(${target} QtCore)
     set_property(GLOBAL APPEND PROPERTY OVQT_LAYERS ${target})
     install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ovqt)
 endfunction()
@@ -66,6 +75,11 @@ function(orvane_tests name)
     target_compile_options(${target} PRIVATE -fno-delete-null-pointer-checks)
     target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
     target_link_libraries(${target} PRIVATE ${ARGN} GTest::gtest GTest::gmock)
+    if("Qt5::Test" IN_LIST ARGN)
+        orvane_precompile(${target} gtest/gtest.h QtTest QtWidgets)
+    else()
+        orvane_precompile(${target} gtest/gtest.h)
+    endif()
     target_compile_definitions(${target} PRIVATE
         ORVANE_SOURCE_DIR="${PROJECT_SOURCE_DIR}" ORVANE_BINARY_DIR="${PROJECT_BINARY_DIR}")
     gtest_discover_tests(${target} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60

@@ -537,7 +537,7 @@ TEST_F(SavingAs, ManyRowsAsASpreadsheetTakeLittleMemoryAndTellHowFarTheyAre)
     const int columns = window.getCurrentTableView()->getFieldNamesVisible().size();
     ASSERT_EQ(columns, 8);
     forgetPeak();
-    const long before = peakMebibytes();
+    [[maybe_unused]] const long before = peakMebibytes();
     const Told told;
     EXPECT_EQ(save(spreadsheet, path("many.xlsx")), QStringList());
 #ifndef __SANITIZE_ADDRESS__ // which keeps what is freed

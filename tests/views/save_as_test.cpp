@@ -224,6 +224,24 @@ TEST_F(SavingAs, CancelledWritesNothing)
     EXPECT_EQ(names(), before);
 }
 
+// As by a dialog that knows other forms than the window does.
+TEST_F(SavingAs, AnUnknownFormIsSaidToBeOne)
+{
+    const AnsweredBoxes boxes(Answer::No);
+    const QStringList before = names();
+    User user;
+    user.meets<QFileDialog>([&](QFileDialog &dialog) {
+        dialog.setNameFilter("Clay Tablet");
+        auto *name = dialog.findChild<QLineEdit *>("fileNameEdit");
+        name->setText(path("tablet"));
+        QTest::keyClick(name, Qt::Key_Return);
+    });
+    window.saveAs();
+    EXPECT_EQ(boxes.texts(),
+              QStringList("Unexpected internal logic error -- unknown format from SaveAs Dialog"));
+    EXPECT_EQ(names(), before);
+}
+
 TEST_F(SavingAs, WithoutADatabaseDoesNothing)
 {
     OrvaneDatabaseView empty(database.config);
@@ -340,6 +358,8 @@ TEST_F(SavingAs, ThatADiskHasNoRoomForLeavesTheFileThatWasThere)
         const FileSizeLimit limit(2048);
         const QStringList said = save(form, form == view ? QString() : path("new"));
         ASSERT_EQ(said.size(), 1) << form;
+        EXPECT_THAT(said[0].toStdString(),
+                    StartsWith(form == view ? "dbsave_view failed:\n\n" : "dbunjoin failed:\n\n"));
         EXPECT_TRUE(said[0].contains("File too large")) << said[0].toStdString();
         EXPECT_EQ(names(), before) << form;
     }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
@@ -53,8 +54,7 @@ public:
             table << line;
         }
         table.close();
-        m_connection =
-            std::make_unique<QOvConnection>("/", QString::fromStdString(m_folder + "/quakes"), "r");
+        m_connection = connected();
     }
 
     ~Database()
@@ -65,6 +65,12 @@ public:
     }
 
     QOvConnection *connection() const { return m_connection.get(); }
+
+    // Another connection to it.
+    std::unique_ptr<QOvConnection> connected() const
+    {
+        return std::make_unique<QOvConnection>("/", QString::fromStdString(m_folder + "/quakes"), "r");
+    }
 
     Dbptr at(int64_t field, int64_t record) const
     {
@@ -157,6 +163,39 @@ void lookupRecordAsAHandle(benchmark::State &state)
     });
 }
 BENCHMARK(lookupRecordAsAHandle);
+
+void handleMadeAndDestroyed(benchmark::State &state)
+{
+    const Dbptr place = database().at(Orid, 7);
+    for (auto unused : state) {
+        (void)unused;
+        const QDbptr handle(database().connection(), place);
+        benchmark::DoNotOptimize(handle.getIndexRecord());
+    }
+}
+BENCHMARK(handleMadeAndDestroyed);
+
+void closingWithAMillionHandles(benchmark::State &state)
+{
+    for (auto unused : state) {
+        (void)unused;
+        state.PauseTiming();
+        std::unique_ptr<QOvConnection> connection = database().connected();
+        const std::unique_ptr<QDbptr> base(connection->getQDbptr());
+        std::vector<std::unique_ptr<QDbptr>> handles;
+        for (int64_t i = 0; i < 1'000'000; ++i)
+            handles.push_back(std::make_unique<QDbptr>(
+                connection.get(), Dbptr{base->getIndexDatabase(), 0, Orid, i % recordCount}));
+        state.ResumeTiming();
+        connection.reset(); // which closes the database
+        state.PauseTiming();
+        if (handles.back()->isValid())
+            state.SkipWithError("a handle outlives its database");
+        handles.clear();
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(closingWithAMillionHandles)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 void sampleOfAColumn(benchmark::State &state)
 {

@@ -2,9 +2,10 @@
 //
 // A page of 48 rows and 24 columns at random rows, split into the model's part and the rest; a row of
 // scrolling; a row's tooltip; the texts of 50,000 rows, which copying asks for; select all with the repaint;
-// N times Page Down with the memory that it leaves behind. The table as it is, in the order of its second
-// field, and joined to the tables named by --join A,B,C; beside them the toolkit's own view and delegate over
-// a model that costs nothing, with as many rows and columns.
+// N times Page Down with the memory that it leaves behind; menus until they are painted; what asks about rows
+// besides: tooltips, the width of a column, keys that are typed; the status line of the window. The table as
+// it is, in the order of its second field, and joined to the tables named by --join A,B,C; beside them the
+// toolkit's own view and delegate over a model that costs nothing, with as many rows and columns.
 //
 // Times are processor times of this process in milliseconds, medians; a frame's worst is also told by the
 // clock on the wall, which other programs can lengthen. With --json every figure is a line of its own.
@@ -30,8 +31,10 @@
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QTableView>
+#include <QTimer>
 
 #include <orvanedatabasemodel.h>
+#include <orvanedatabaseview.h>
 #include <orvanetablemodel.h>
 #include <orvanetableview.h>
 #include <ovconfig.h>
@@ -216,17 +219,22 @@ void measure(const std::string &name, QTableView &view, const QAbstractItemModel
     }
     print("tooltip of a row", name,
           {{"ms", percentile(tooltips.processor, 0.5)}, {"worst_ms", percentile(tooltips.processor, 1)}});
-    const int copied = std::min(model.rowCount(), 50'000);
-    texts.add(taken([&] {
-        for (int row = 0; row < copied; ++row) {
-            for (int column = 1; column < model.columnCount(); ++column)
-                (void)model.data(model.index(row, column), Qt::DisplayRole);
-        }
-    }));
-    print("texts of rows", name,
-          {{"ms", texts.processor.front()},
-           {"rows", double(copied)},
-           {"columns", double(model.columnCount() - 1)}});
+    if (const auto *table = qobject_cast<const OrvaneTableModel *>(&model)) {
+        QVector<int> columns;
+        for (int column = 1; column < model.columnCount(); ++column)
+            columns.append(column);
+        const int copied = std::min(model.rowCount(), 50'000);
+        for (int i = 0; i < 5; ++i)
+            texts.add(taken([&] {
+                for (int row = 0; row < copied; row += 512)
+                    (void)table->displayedTexts(columns, row, std::min(row + 512, copied));
+            }));
+        print("texts of rows", name,
+              {{"ms", percentile(texts.processor, 0.5)},
+               {"worst_ms", percentile(texts.processor, 1)},
+               {"rows", double(copied)},
+               {"columns", double(columns.size())}});
+    }
 
     for (int i = 0; i < 5; ++i) {
         view.clearSelection();
@@ -303,6 +311,86 @@ Options parsed(int argc, char **argv)
     return options;
 }
 
+// From the request for a menu until it is painted.
+void measureMenus(const std::string &name, OrvaneTableView &view)
+{
+    const auto measured = [&](const char *what, const std::function<void()> &ask) {
+        Times times;
+        for (int i = 0; i < 20; ++i) {
+            Taken shown{};
+            const double wall = wallMs(), processor = processorMs();
+            QTimer::singleShot(0, [&] {
+                if (QWidget *menu = QApplication::activePopupWidget()) {
+                    menu->repaint();
+                    shown = {processorMs() - processor, wallMs() - wall};
+                    menu->close();
+                }
+            });
+            ask();
+            QApplication::processEvents();
+            if (shown.processor == 0)
+                throw std::runtime_error(std::string("no ") + what);
+            times.add(shown);
+        }
+        print(what, name,
+              {{"ms", percentile(times.processor, 0.5)}, {"worst_ms", percentile(times.processor, 1)}});
+    };
+    const QPoint cell(view.viewport()->width() / 2, view.viewport()->height() / 2);
+    measured("menu of a cell", [&] { view.showCellContextMenu(cell); });
+    measured("menu of a row", [&] { view.showRowContextMenu(cell); });
+    measured("menu of a column", [&] { view.showColumnContextMenu(cell); });
+}
+
+// What asks about rows without painting them: tooltips, the width of a column, a key that is typed.
+void measureQuestions(const std::string &name, OrvaneTableView &view, OrvaneTableModel &model)
+{
+    std::mt19937 random(2);
+    Times tooltips, widths, found;
+    const int columns = model.columnCount();
+    for (int column = 1; column < columns; ++column) {
+        tooltips.add(taken([&] { (void)model.headerData(column, Qt::Horizontal, Qt::ToolTipRole); }));
+        widths.add(taken([&] { view.resizeColumnToContents(column); }));
+    }
+    print("tooltip of a column", name,
+          {{"ms", percentile(tooltips.processor, 0.5)}, {"worst_ms", percentile(tooltips.processor, 1)}});
+    print("tooltip of the table", name,
+          {{"ms", taken([&] { (void)model.getTableToolTipString(); }).processor}});
+    print("width of a column", name,
+          {{"ms", percentile(widths.processor, 0.5)}, {"worst_ms", percentile(widths.processor, 1)}});
+    const QModelIndex start = model.index(model.rowCount() / 2, std::min(3, columns - 1));
+    const auto typed = [&](const QString &text) {
+        view.setCurrentIndex(start);
+        view.keyboardSearch({}); // a new word
+        return taken([&] { view.keyboardSearch(text); });
+    };
+    for (int i = 0; i < 20; ++i)
+        found.add(typed(model.index(model.rowCount() / 2 + 100, start.column()).data().toString()));
+    print("typed, 100 rows away", name,
+          {{"ms", percentile(found.processor, 0.5)}, {"worst_ms", percentile(found.processor, 1)}});
+    const Taken nowhere = typed("\u00e9");
+    print("typed, nowhere", name, {{"ms", nowhere.processor}, {"rows", double(model.rowCount())}});
+}
+
+void measureStatusLine(OvConfig &config, OrvaneDatabaseModel &database)
+{
+    OrvaneDatabaseView window(config);
+    const Taken shown = taken([&] {
+        window.setModel(&database);
+        window.resize(1280, 800);
+        window.show();
+        QApplication::processEvents();
+    });
+    print("open, show", "window", {{"ms", shown.processor}});
+    Times times;
+    for (int i = 0; i < 100; ++i)
+        times.add(taken([&] {
+            window.updateStatusLabels();
+            QApplication::processEvents();
+        }));
+    print("status line", "window",
+          {{"ms", percentile(times.processor, 0.5)}, {"worst_ms", percentile(times.processor, 1)}});
+}
+
 void measureView(const std::string &name, OvConfig &config, OrvaneTableModel &model, int frames)
 {
     OrvaneTableView view(config);
@@ -314,6 +402,8 @@ void measureView(const std::string &name, OvConfig &config, OrvaneTableModel &mo
     });
     print("set model, show", name, {{"ms", shown.processor}, {"rows", double(model.rowCount())}});
     measure(name, view, model, frames);
+    measureMenus(name, view);
+    measureQuestions(name, view, model);
 }
 
 int run(int argc, char **argv)
@@ -341,8 +431,10 @@ int run(int argc, char **argv)
         view.setModel(&free);
         measure("toolkit, free model", view, free, std::min(options.frames, 300));
     }
-    if (wanted("base"))
+    if (wanted("base")) {
         measureView("base table", config, *table, options.frames);
+        measureStatusLine(config, database);
+    }
     if (!options.joins.isEmpty() && wanted("joined")) {
         OrvaneTableModel *joined = table;
         for (const QString &other : options.joins)

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QBoxLayout>
+#include <QCoreApplication>
 #include <QInputDialog>
 #include <QInputMethodEvent>
 #include <QKeyEvent>

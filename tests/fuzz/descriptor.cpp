@@ -58,6 +58,8 @@ private:
 };
 
 // The parameters as a text in which every scalar is quoted and every mapping and list is written in a line.
+// Keys have a question mark before them: without it they may not be longer than 1,024 characters as they are
+// written.
 std::string rewritten(const Pf *pf, bool is_list)
 {
     const int64_t count = pfmaxtbl(pf);
@@ -70,7 +72,7 @@ std::string rewritten(const Pf *pf, bool is_list)
         const int kind = pfget(pf, key.c_str(), &value);
         text += i > 0 ? ", " : "";
         if (!is_list)
-            text += yaml_quoted(key) + ": ";
+            text += "? " + yaml_quoted(key) + " : ";
         FUZZ_CHECK(kind == PFSTRING || kind == PFLIST || kind == PFARRAY, key);
         text += kind == PFSTRING ? yaml_quoted(value.text) : rewritten(value.pf, kind == PFLIST);
     }

@@ -1,12 +1,11 @@
 #!/usr/bin/env python3
 """Changes records in ovedit as its users do, with mouse and keyboard, and checks what is in the files then."""
 
-import pathlib
 import time
 
 from derive_e2e import FIRST_CELL
 from hands import Hands
-from harness import WINDOW, Session, check, copy_of, focus_table, main, patiently
+from harness import WINDOW, check, focus_table, main, patiently, session_on_a_copy
 from virtual_display import wait_until
 
 STATION = slice(0, 6)
@@ -208,14 +207,10 @@ def follow_others(hands, table):
 
 
 def run(arguments, display, home):
-    folder = pathlib.Path(home, "database")
-    folder.mkdir()
-    arguments.database = copy_of(arguments.database, folder)
-    session = Session(display, arguments, home, ["--read-write"])
-    session.start()
+    session = session_on_a_copy(arguments, display, home)
     hands = Hands(session)
     focus_table(session, "arrival")
-    table = Table(folder / "quakes.arrival")
+    table = Table(arguments.database.with_name("quakes.arrival"))
     edit_cells(hands, table)
     refuse(hands, table)
     edit_a_time(hands, table)

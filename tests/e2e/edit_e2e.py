@@ -1,11 +1,10 @@
 #!/usr/bin/env python3
 """Changes records in ovedit as its users do, with mouse and keyboard, takes changes back, and checks the files."""
 
-import pathlib
 import time
 
 from hands import Hands
-from harness import Session, check, copy_of, focus_table, main, patiently
+from harness import check, focus_table, main, patiently, session_on_a_copy
 from virtual_display import wait_until
 
 TABLE = "affiliation"  # short, and every cell of it is seen
@@ -127,11 +126,7 @@ def mark_rows(session, hands, table):
 
 
 def run(arguments, display, home):
-    folder = pathlib.Path(home, "database")
-    folder.mkdir()
-    arguments.database = copy_of(arguments.database, folder)
-    session = Session(display, arguments, home, ["--read-write"])
-    session.start()
+    session = session_on_a_copy(arguments, display, home)
     hands = Hands(session)
     focus_table(session, TABLE)
     table = Table(arguments.database)

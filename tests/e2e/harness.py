@@ -99,6 +99,16 @@ class Session:
         return len(self.display.windows("--class", "ovedit"))
 
 
+def session_on_a_copy(arguments, display, home):
+    """A started session that may change its database, which is a copy."""
+    folder = pathlib.Path(home, "database")
+    folder.mkdir()
+    arguments.database = copy_of(arguments.database, folder)
+    session = Session(display, arguments, home, ["--read-write"])
+    session.start()
+    return session
+
+
 def focus_table(session, table):
     for _ in tables_of(session.database):
         before = session.table()

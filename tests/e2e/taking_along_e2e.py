@@ -1,14 +1,13 @@
 #!/usr/bin/env python3
 """Takes along what ovedit shows as its users do: copies cells for other programs, pastes theirs, and prints."""
 
-import pathlib
 import subprocess
 import time
 
 from derive_e2e import FIRST_CELL
 from edit_e2e import TABLE, Table, rows_menu
 from hands import Hands
-from harness import Session, check, copy_of, focus_table, main
+from harness import check, focus_table, main, session_on_a_copy
 from virtual_display import wait_until
 
 WHITE = bytes((255, 255, 255))
@@ -106,11 +105,7 @@ def print_preview(session, hands):
 
 
 def run(arguments, display, home):
-    folder = pathlib.Path(home, "database")
-    folder.mkdir()
-    arguments.database = copy_of(arguments.database, folder)
-    session = Session(display, arguments, home, ["--read-write"])
-    session.start()
+    session = session_on_a_copy(arguments, display, home)
     hands = Hands(session)
     other = OtherProgram(display)
     focus_table(session, TABLE)

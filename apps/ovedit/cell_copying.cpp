@@ -1,11 +1,9 @@
 #include "cell_copying.h"
 
 #include <algorithm>
-#include <stdexcept>
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QLocale>
 #include <QMessageBox>
 #include <QPointer>
 
@@ -17,6 +15,7 @@
 
 #include "cell_grid.h"
 #include "readable_rows.h"
+#include "sentences.h"
 #include "tab_separated.h"
 
 namespace {
@@ -26,11 +25,6 @@ constexpr qint64 charactersCopiedUnasked = 32000000;
 constexpr qint64 mostCharacters = 500000000; // a text of the toolkit holds no more than twice as many
 constexpr qint64 bytesOfMegabyte = 1000000;
 
-[[noreturn]] void fail(const QString &sentence)
-{
-    throw std::runtime_error(sentence.toStdString());
-}
-
 // How long the text will be, about: of each column as many characters as it is wide.
 qint64 expectedLength(const OrvaneTableModel &table, const CellGrid &grid)
 {
@@ -39,11 +33,6 @@ qint64 expectedLength(const OrvaneTableModel &table, const CellGrid &grid)
         ofRow += table.approxColumnWidthChars(column) + 1;
     }
     return ofRow * grid.rowCount();
-}
-
-QString counted(qint64 number)
-{
-    return QLocale(QLocale::English).toString(number);
 }
 
 bool isWanted(qint64 length, const CellGrid &grid, QWidget *window)

@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <stdexcept>
 #include <vector>
 
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QItemSelectionModel>
-#include <QLocale>
 #include <QMessageBox>
 #include <QPointer>
 #include <QScopeGuard>
@@ -21,6 +19,7 @@
 #include <orvanetableview.h>
 
 #include "cell_grid.h"
+#include "sentences.h"
 #include "tab_separated.h"
 
 namespace {
@@ -28,16 +27,6 @@ namespace {
 constexpr qint64 cellsPastedUnasked = 10000;
 constexpr double checkingShare = 0.3; // of the time; the rest is storing
 constexpr int cellsAtOnce = 1024;
-
-[[noreturn]] void fail(const QString &sentence)
-{
-    throw std::runtime_error(sentence.toStdString());
-}
-
-QString counted(qint64 number)
-{
-    return QLocale(QLocale::English).toString(number);
-}
 
 // The cells to be changed, as blocks, and what goes into them.
 struct Pasting {

@@ -28,6 +28,7 @@
 
 #include "cell_grid.h"
 #include "printed_table.h"
+#include "sentences.h"
 
 namespace {
 
@@ -36,16 +37,6 @@ constexpr qint64 mostPages = 2000; // the preview keeps all of them
 
 // So many rows are never less than the most pages, and looking through them would take long.
 constexpr qint64 mostRows = 400000;
-
-[[noreturn]] void fail(const QString &sentence)
-{
-    throw std::runtime_error(sentence.toStdString());
-}
-
-QString counted(qint64 number)
-{
-    return QLocale(QLocale::English).toString(number);
-}
 
 CellGrid allRows(const OrvaneTableView &view)
 {

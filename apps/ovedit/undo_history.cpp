@@ -4,11 +4,11 @@
 #include <utility>
 
 #include <QHash>
-#include <QLocale>
 #include <QSet>
 
 #include <orvane/tr.h>
 
+#include "sentences.h"
 #include "undo_step.h"
 
 namespace {
@@ -156,7 +156,6 @@ void UndoHistory::told(const UndoStep &step, bool back)
     if (step.leftAlone() == 0) {
         return;
     }
-    const QLocale english(QLocale::English);
     const char *text =
         step.leftAlone() == step.values()
             ? (back ? OvTranslation::noop("Nothing was undone of \"%1\": the records hold something else by "
@@ -167,8 +166,8 @@ void UndoHistory::told(const UndoStep &step, bool back)
             : OvTranslation::noop("%2 of %3 values of \"%1\" were left as they are: they are others by now. "
                                   "Another program may have changed them.");
     emit message(OvTranslation::tr(text)
-                     .replace("%2", english.toString(step.leftAlone()))
-                     .replace("%3", english.toString(step.values()))
+                     .replace("%2", counted(step.leftAlone()))
+                     .replace("%3", counted(step.values()))
                      .replace("%1", step.text()));
 }
 
@@ -234,7 +233,7 @@ QString UndoHistory::giveUpSince(quint64 since)
     if (outcome == UndoStep::Outcome::Done || outcome == UndoStep::Outcome::Nothing) {
         if (step.leftAlone() > 0) {
             reason = OvTranslation::tr("%1 values can't be put back: another program has changed them since.")
-                         .arg(QLocale(QLocale::English).toString(step.leftAlone()));
+                         .arg(counted(step.leftAlone()));
         }
         step.setObsolete(true);
         m_stack.undo(); // which deletes it

@@ -1,10 +1,9 @@
 #include "undo_step.h"
+#include "sentences.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
-
-#include <QLocale>
 
 #include <orvane/tr.h>
 #include <orvane/util.h>
@@ -101,7 +100,6 @@ bool UndoStep::add(const DbChange &change)
 
 QString UndoStep::description() const
 {
-    const QLocale english(QLocale::English);
     const bool isOne = m_values == 1;
     const char *text = OvTranslation::noop("Changes of Several Tables");
     if (m_isOneTable && (!m_isOneKind || (m_kind == dbCHANGED_VALUES && !m_isOneField))) {
@@ -118,7 +116,7 @@ QString UndoStep::description() const
     }
     // Names of tables and fields have no percent sign.
     return OvTranslation::tr(text)
-        .replace("%1", english.toString(m_values))
+        .replace("%1", counted(m_values))
         .replace("%2", m_table)
         .replace("%3", m_field)
         .replace("%4", QString::number(m_record));

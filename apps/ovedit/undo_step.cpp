@@ -1,5 +1,4 @@
 #include "undo_step.h"
-#include "sentences.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -7,6 +6,8 @@
 
 #include <orvane/tr.h>
 #include <orvane/util.h>
+
+#include "sentences.h"
 
 namespace {
 

@@ -412,6 +412,8 @@ void ExpressionAssistant::tell(const QString &text, bool isFault)
     }
     m_line->setPalette(palette);
     m_line->setText(text);
+    // A layout gives a wrapped label one line's room where nobody asks for more; it grows and never shrinks.
+    m_line->setMinimumHeight(qMax(m_line->minimumHeight(), m_line->heightForWidth(m_edit->width())));
     m_line->show();
 }
 

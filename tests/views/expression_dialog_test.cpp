@@ -202,6 +202,21 @@ TEST_F(ExpressionDialog, tellsWhatIsWrongAndUnderlinesIt)
     });
 }
 
+TEST_F(ExpressionDialog, hasRoomForReasonsOfSeveralLines)
+{
+    asked([](Dialog &dialog) {
+        dialog.types("stb == 'A'");
+        EXPECT_TRUE(dialog.comesToTell("Unknown field"));
+        const int oneLine = dialog.line.height();
+        dialog.startsAnew();
+        dialog.types("ondate > epoch('2000-1-1, which is not how a day of a year is written') && lat > 0");
+        EXPECT_TRUE(dialog.comesToTell("2000-1-1"));
+        QCoreApplication::processEvents();
+        EXPECT_GE(dialog.line.height(), dialog.line.heightForWidth(dialog.line.width()));
+        EXPECT_GT(dialog.line.height(), oneLine) << dialog.told().toStdString();
+    });
+}
+
 TEST_F(ExpressionDialog, waitsLongerWhereTheWordIsStillBeingTyped)
 {
     asked([](Dialog &dialog) {

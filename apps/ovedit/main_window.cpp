@@ -25,6 +25,7 @@
 #include "map_selection.h"
 #include "menus.h"
 #include "notice_bar.h"
+#include "page_switch.h"
 #include "printing.h"
 #include "problems_dialog.h"
 #include "schema_window.h"
@@ -56,8 +57,8 @@ MainWindow::MainWindow(Application &application) : m_application(application)
     setCentralWidget(middle);
 
     m_editing = new EditingSign(*this);
-    menuBar()->setCornerWidget(m_editing);
     m_menus = new Menus(*this);
+    new MenuBarCorner(*menuBar(), QList<QWidget *>{new PageSwitch(m_menus->pageActions()), m_editing});
     connect(&application.config(), &OvConfig::configurationChanged, this, &MainWindow::configurationChanged);
     connect(&application.problems(), &ProblemLog::changed, this, &MainWindow::problemsChanged);
     problemsChanged();

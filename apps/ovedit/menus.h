@@ -37,6 +37,9 @@ public:
     // Fills the window's menu bar; lives as its child.
     explicit Menus(MainWindow &window);
 
+    // Those that go to the pages of the database, by index in its stack.
+    const QList<QAction *> &pageActions() const { return m_pages; }
+
 public slots:
     // Enables and checks the entries as the window stands now.
     void update();

@@ -4,8 +4,11 @@
 
 #include <QListWidget>
 #include <QMenu>
+#include <QMenuBar>
 #include <QPointer>
 #include <QTabWidget>
+#include <QTest>
+#include <QToolButton>
 
 #include <orvane/util.h>
 
@@ -340,6 +343,34 @@ TEST_F(RunningProgram, closesAProductFromTheMenu)
     EXPECT_EQ(window.page(2)->count(), 0);
     EXPECT_EQ(window.view()->getCurrentStackIndex(), 0);
     EXPECT_FALSE(action(window, "closeTab").isEnabled());
+}
+
+TEST_F(RunningProgram, goesBetweenPagesByButtonsOnceThereAreSeveral)
+{
+    MainWindow &window = opened();
+    auto &pages = *window.findChild<QWidget *>("pageSwitch");
+    EXPECT_FALSE(pages.isVisible());
+    window.page(2)->addTab(new QWidget, "map");
+    window.view()->showStackItem(2);
+    EXPECT_TRUE(pages.isVisible());
+
+    const QList<QToolButton *> buttons = pages.findChildren<QToolButton *>();
+    ASSERT_EQ(buttons.size(), 3);
+    QCoreApplication::processEvents(); // the layout
+    for (const QToolButton *button : buttons) {
+        EXPECT_TRUE(window.menuBar()->rect().contains(
+            QRect(button->mapTo(window.menuBar(), QPoint(0, 0)), button->size())));
+        EXPECT_GE(button->width(), button->sizeHint().width()) << button->text().toStdString();
+    }
+    EXPECT_TRUE(buttons[2]->isChecked());
+    EXPECT_FALSE(buttons[1]->isEnabled()) << "no view yet";
+    QTest::mouseClick(buttons[0], Qt::LeftButton);
+    EXPECT_EQ(window.view()->getCurrentStackIndex(), 0);
+    EXPECT_TRUE(buttons[0]->isChecked());
+    QTest::mouseClick(buttons[2], Qt::LeftButton);
+    EXPECT_EQ(window.view()->getCurrentStackIndex(), 2);
+    action(window, "closeTab").trigger();
+    EXPECT_FALSE(pages.isVisible());
 }
 
 TEST_F(RunningProgram, listsTablesWindowsAndRecentDatabasesInItsMenus)

@@ -1,11 +1,12 @@
 // What a table view costs: view_bench [--json] [--frames N] [--font NAME] [--join A,B,C] DATABASE.TABLE
 //
-// A page of 48 rows and 24 columns at random rows, split into the model's part and the rest; a row of
-// scrolling; a row's tooltip; the texts of 50,000 rows, which copying asks for; select all with the repaint;
-// N times Page Down with the memory that it leaves behind; menus until they are painted; what asks about rows
-// besides: tooltips, the width of a column, keys that are typed; the status line of the window. The table as
-// it is, in the order of its second field, and joined to the tables named by --join A,B,C; beside them the
-// toolkit's own view and delegate over a model that costs nothing, with as many rows and columns.
+// A page of 48 rows and 24 columns at the first row, random rows and the last, split into the model's part
+// and the rest; a row of scrolling; the texts of 50,000 × 25 cells, which copying asks for; select all with
+// the repaint; N times Page Down with the memory that it leaves behind; menus and tooltips until they are
+// painted; a double click on the edge of a column; keys that are typed; the status line of the window;
+// opening, beside 1,000 rows. The table as it is, in the order of its second field, and joined to the tables
+// named by --join A,B,C; beside them the toolkit's own view and delegate over a model that costs nothing,
+// with as many rows and columns.
 //
 // Times are processor times of this process in milliseconds, medians; a frame's worst is also told by the
 // clock on the wall, which other programs can lengthen. With --json every figure is a line of its own.
@@ -27,22 +28,33 @@
 
 #include <QAbstractTableModel>
 #include <QApplication>
+#include <QFile>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QScrollBar>
 #include <QTableView>
+#include <QTemporaryDir>
 #include <QTimer>
+#include <QToolTip>
 
 #include <orvanedatabasemodel.h>
 #include <orvanedatabaseview.h>
 #include <orvanetablemodel.h>
 #include <orvanetableview.h>
 #include <ovconfig.h>
+#include <qdbptr.h>
+#include <qovresponse.h>
 
 namespace {
 
 constexpr int pageRows = 48;
 constexpr int pageColumns = 24;
+constexpr int copiedRows = 50'000;
+constexpr int copiedColumns = 25;
+constexpr int smallRows = 1000;
+constexpr double frameMs = 33;
 
 class FreeModel : public QAbstractTableModel
 {
@@ -106,6 +118,11 @@ double percentile(std::vector<double> times, double part)
     return times.at(std::min(times.size() - 1, static_cast<std::size_t>(part * double(times.size()))));
 }
 
+double lateOnes(const std::vector<double> &times)
+{
+    return double(std::count_if(times.begin(), times.end(), [](double ms) { return ms > frameMs; }));
+}
+
 // Heap in use, big blocks included; bytes.
 double heapInUse()
 {
@@ -156,17 +173,27 @@ void showPage(QTableView &view)
     QApplication::processEvents();
 }
 
+// The columns in sight, from left to right.
+std::vector<int> columnsInSight(const QHeaderView &columns)
+{
+    std::vector<int> shown;
+    for (int visual = 0; visual < columns.count(); ++visual) {
+        const int column = columns.logicalIndex(visual), x = columns.sectionViewportPosition(column);
+        if (!columns.isSectionHidden(column) && x < columns.viewport()->width() &&
+            x + columns.sectionSize(column) > 0)
+            shown.push_back(column);
+    }
+    return shown;
+}
+
 // What painting asks of the model, by cell.
-void askPage(const QAbstractItemModel &model, const QHeaderView &columns, int first)
+void askPage(const QAbstractItemModel &model, const std::vector<int> &columns, int first)
 {
     for (int row = first; row < first + pageRows && row < model.rowCount(); ++row) {
-        for (int visual = 0; visual < columns.count(); ++visual) {
-            const int column = columns.logicalIndex(visual);
-            if (columns.isSectionHidden(column))
-                continue;
+        for (const int column : columns) {
             const QModelIndex index = model.index(row, column);
-            for (int role : {Qt::FontRole, Qt::TextAlignmentRole, Qt::ForegroundRole, Qt::CheckStateRole,
-                             Qt::DecorationRole, Qt::DisplayRole, Qt::BackgroundRole})
+            for (int role : {Qt::FontRole, Qt::ForegroundRole, Qt::CheckStateRole, Qt::DecorationRole,
+                             Qt::TextAlignmentRole, Qt::DisplayRole, Qt::BackgroundRole})
                 (void)model.data(index, role);
         }
     }
@@ -178,52 +205,86 @@ void press(QWidget &widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoMod
     QApplication::sendEvent(&widget, &event);
 }
 
+void paint(QTableView &view)
+{
+    QApplication::processEvents(); // what scrolling puts off
+    view.viewport()->repaint();
+}
+
+// A place in the table; random rows are those of a seed.
+using Place = std::function<int()>;
+
+// Pages at places of the table. "fresh" is the first time that a page is painted, or asked for, in its place:
+// from the scroll bar's change until it is painted, with the blocks of the file read that are not in the
+// library's cache. The others are painted again where they are.
+void measurePages(const std::string &what, const std::string &name, QTableView &view,
+                  const QAbstractItemModel &model, int pages, const Place &place)
+{
+    QScrollBar &bar = *view.verticalScrollBar();
+    const std::vector<int> columns = columnsInSight(*view.horizontalHeader());
+    Times fresh, again, freshModel, models;
+    for (int i = 0; i < pages; ++i) {
+        const int row = place();
+        fresh.add(taken([&] {
+            bar.setValue(row);
+            QApplication::processEvents(); // which paints
+        }));
+        again.add(taken([&] { view.viewport()->repaint(); }));
+        models.add(taken([&] { askPage(model, columns, row); }));
+    }
+    for (int i = 0; i < pages; ++i) {
+        const int row = place();
+        freshModel.add(taken([&] { askPage(model, columns, row); }));
+    }
+    print(what, name,
+          {{"ms", percentile(again.processor, 0.5)},
+           {"model_ms", percentile(models.processor, 0.5)},
+           {"worst_ms", percentile(again.processor, 1)},
+           {"fresh_ms", percentile(fresh.processor, 0.5)},
+           {"fresh_model_ms", percentile(freshModel.processor, 0.5)},
+           {"fresh_worst_ms", percentile(fresh.processor, 1)},
+           {"rows", double(pageRows)},
+           {"columns", double(columns.size())}});
+}
+
 void measure(const std::string &name, QTableView &view, const QAbstractItemModel &model, int frames)
 {
     showPage(view);
     QScrollBar &bar = *view.verticalScrollBar();
     std::mt19937 random(1);
-    Times pages, models, rows, selecting, downs;
-    const auto paint = [&view] {
-        QApplication::processEvents(); // what scrolling puts off
-        view.viewport()->repaint();
+    const int last = std::max(0, model.rowCount() - pageRows);
+    const auto anyRow = [&] { return std::uniform_int_distribution<int>(0, last)(random); };
+    // Away and back again, so that the page is painted anew.
+    const auto comingBackTo = [&view, &anyRow](int row) {
+        return [&view, &anyRow, row] {
+            for (int i = 0; i < 4; ++i) {
+                view.verticalScrollBar()->setValue(anyRow());
+                paint(view);
+            }
+            return row;
+        };
     };
-    for (int i = 0; i < 60; ++i) {
-        const int row =
-            std::uniform_int_distribution<int>(0, std::max(0, model.rowCount() - pageRows))(random);
-        bar.setValue(row);
-        paint(); // the block of the file is read
-        pages.add(taken([&] { view.viewport()->repaint(); }));
-        models.add(taken([&] { askPage(model, *view.horizontalHeader(), row); }));
-    }
-    print("page", name,
-          {{"ms", percentile(pages.processor, 0.5)},
-           {"model_ms", percentile(models.processor, 0.5)},
-           {"worst_ms", percentile(pages.processor, 1)},
-           {"rows", double(pageRows)},
-           {"columns", double(pageColumns)}});
+    measurePages("page", name, view, model, 60, anyRow);
+    measurePages("page at the first row", name, view, model, 20, comingBackTo(0));
+    measurePages("page at the last row", name, view, model, 20, comingBackTo(last));
 
+    Times rows, selecting, downs;
     bar.setValue(model.rowCount() / 2);
-    paint();
+    paint(view);
     for (int i = 0; i < 100; ++i)
         rows.add(taken([&] {
             bar.setValue(bar.value() + 1);
             QApplication::processEvents();
         }));
-    print("scroll one row", name, {{"ms", percentile(rows.processor, 0.5)}});
+    print("scroll one row", name,
+          {{"ms", percentile(rows.processor, 0.5)}, {"worst_ms", percentile(rows.processor, 1)}});
 
-    Times tooltips, texts;
-    for (int i = 0; i < 20; ++i) {
-        const int row = std::uniform_int_distribution<int>(0, model.rowCount() - 1)(random);
-        tooltips.add(taken([&] { (void)model.headerData(row, Qt::Vertical, Qt::ToolTipRole); }));
-    }
-    print("tooltip of a row", name,
-          {{"ms", percentile(tooltips.processor, 0.5)}, {"worst_ms", percentile(tooltips.processor, 1)}});
     if (const auto *table = qobject_cast<const OrvaneTableModel *>(&model)) {
+        Times texts;
         QVector<int> columns;
-        for (int column = 1; column < model.columnCount(); ++column)
+        for (int column = 1; column < model.columnCount() && columns.size() < copiedColumns; ++column)
             columns.append(column);
-        const int copied = std::min(model.rowCount(), 50'000);
+        const int copied = std::min(model.rowCount(), copiedRows);
         for (int i = 0; i < 5; ++i)
             texts.add(taken([&] {
                 for (int row = 0; row < copied; row += 512)
@@ -238,7 +299,7 @@ void measure(const std::string &name, QTableView &view, const QAbstractItemModel
 
     for (int i = 0; i < 5; ++i) {
         view.clearSelection();
-        paint();
+        paint(view);
         selecting.add(taken([&] {
             view.selectAll();
             view.repaint();
@@ -266,16 +327,18 @@ void measure(const std::string &name, QTableView &view, const QAbstractItemModel
     const double before = heapInUse();
     for (int i = 0; i < frames; ++i)
         down();
+    const double grown = heapInUse() - before;
     print("Page Down", name,
           {{"ms", percentile(downs.processor, 0.5)},
            {"ms_95", percentile(downs.processor, 0.95)},
            {"ms_99", percentile(downs.processor, 0.99)},
            {"worst_ms", percentile(downs.processor, 1)},
            {"worst_wall_ms", percentile(downs.wall, 1)},
-           {"late", double(std::count_if(downs.wall.begin(), downs.wall.end(),
-                                         [](double ms) { return ms > 1000.0 / 30; }))},
+           {"late", lateOnes(downs.wall)},
+           {"late_processor", lateOnes(downs.processor)},
            {"frames", double(frames)},
-           {"grown_bytes", heapInUse() - before}});
+           {"grown_bytes", grown},
+           {"grown_bytes_a_frame", grown / double(frames)}});
 }
 
 struct Options {
@@ -307,25 +370,46 @@ Options parsed(int argc, char **argv)
     }
     if (options.table.empty())
         throw std::runtime_error("usage: view_bench [--json] [--frames N] [--font NAME] [--join A,B,C] "
-                                 "[--only toolkit|base|joined|sorted] DATABASE.TABLE");
+                                 "[--only opening|toolkit|base|joined|sorted] DATABASE.TABLE");
     return options;
 }
+
+// Sees whether popups have been painted.
+class PaintedPopups : public QObject
+{
+public:
+    bool painted = false;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint && watched == QApplication::activePopupWidget())
+            painted = true; // is so when the event loop comes round again
+        return false;
+    }
+};
 
 // From the request for a menu until it is painted.
 void measureMenus(const std::string &name, OrvaneTableView &view)
 {
+    PaintedPopups popups;
+    qApp->installEventFilter(&popups);
     const auto measured = [&](const char *what, const std::function<void()> &ask) {
         Times times;
         for (int i = 0; i < 20; ++i) {
             Taken shown{};
+            popups.painted = false;
             const double wall = wallMs(), processor = processorMs();
-            QTimer::singleShot(0, [&] {
-                if (QWidget *menu = QApplication::activePopupWidget()) {
-                    menu->repaint();
-                    shown = {processorMs() - processor, wallMs() - wall};
-                    menu->close();
-                }
+            QTimer look;
+            QObject::connect(&look, &QTimer::timeout, &view, [&] {
+                QWidget *menu = QApplication::activePopupWidget();
+                if (menu == nullptr || !popups.painted)
+                    return;
+                shown = {processorMs() - processor, wallMs() - wall};
+                look.stop();
+                menu->close();
             });
+            look.start(0);
             ask();
             QApplication::processEvents();
             if (shown.processor == 0)
@@ -341,11 +425,93 @@ void measureMenus(const std::string &name, OrvaneTableView &view)
     measured("menu of a column", [&] { view.showColumnContextMenu(cell); });
 }
 
+// A page at a random row, which takes the place of others in the library's cache.
+void goAnywhere(OrvaneTableView &view, std::mt19937 &random)
+{
+    const int last = std::max(0, view.model()->rowCount() - pageRows);
+    for (int i = 0; i < 5; ++i) {
+        view.verticalScrollBar()->setValue(std::uniform_int_distribution<int>(0, last)(random));
+        paint(view);
+    }
+}
+
+// As the mouse asks for them where it rests: the text, its layout and the picture on the screen.
+void measureTooltips(const std::string &name, OrvaneTableView &view)
+{
+    std::mt19937 random(3);
+    view.setAttribute(Qt::WA_AlwaysShowToolTips); // also where no window manager makes the window active
+    const auto measured = [&](const char *what, const std::function<std::pair<QWidget *, QPoint>()> &place) {
+        Times times;
+        for (int i = 0; i < 40; ++i) {
+            goAnywhere(view, random);
+            const auto [widget, point] = place();
+            times.add(taken([&] {
+                QHelpEvent help(QEvent::ToolTip, point, widget->mapToGlobal(point));
+                QApplication::sendEvent(widget, &help);
+                QApplication::processEvents();
+            }));
+            QToolTip::hideText();
+            QApplication::processEvents();
+        }
+        print(what, name,
+              {{"ms", percentile(times.processor, 0.5)}, {"worst_ms", percentile(times.processor, 1)}});
+    };
+    const auto anyOf = [&random](int size) {
+        return std::uniform_int_distribution<int>(0, std::max(0, size - 1))(random);
+    };
+    measured("tooltip of a column, shown", [&] {
+        QWidget *header = view.horizontalHeader()->viewport();
+        return std::pair(header, QPoint(anyOf(header->width()), header->height() / 2));
+    });
+    measured("tooltip of a row, shown", [&] {
+        QWidget *header = view.verticalHeader()->viewport();
+        return std::pair(header, QPoint(header->width() / 2, anyOf(header->height())));
+    });
+    measured("tooltip of a cell, shown", [&] {
+        QWidget *cells = view.viewport();
+        return std::pair(cells, QPoint(anyOf(cells->width()), anyOf(cells->height())));
+    });
+}
+
+// Two presses on the edge between two columns, which gives the left one the width of its texts.
+void measureDoubleClicks(const std::string &name, OrvaneTableView &view)
+{
+    std::mt19937 random(4);
+    Times times;
+    for (int i = 0; i < 40; ++i) {
+        goAnywhere(view, random);
+        const std::vector<int> columns = columnsInSight(*view.horizontalHeader());
+        const QHeaderView &header = *view.horizontalHeader();
+        const int column = columns[static_cast<std::size_t>(i) % (columns.size() - 1)];
+        const int width = header.sectionSize(column);
+        const QPoint edge(header.sectionViewportPosition(column) + width - 1, header.height() / 2);
+        times.add(taken([&] {
+            for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease,
+                                            QEvent::MouseButtonDblClick, QEvent::MouseButtonRelease}) {
+                QMouseEvent event(type, edge, header.viewport()->mapToGlobal(edge), Qt::LeftButton,
+                                  type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton,
+                                  Qt::NoModifier);
+                QApplication::sendEvent(header.viewport(), &event);
+            }
+            QApplication::processEvents();
+        }));
+        view.setColumnWidth(column, width);
+    }
+    print("double click on an edge", name,
+          {{"ms", percentile(times.processor, 0.5)}, {"worst_ms", percentile(times.processor, 1)}});
+}
+
 // What asks about rows without painting them: tooltips, the width of a column, a key that is typed.
 void measureQuestions(const std::string &name, OrvaneTableView &view, OrvaneTableModel &model)
 {
     std::mt19937 random(2);
-    Times tooltips, widths, found;
+    Times ofRows, tooltips, widths, found;
+    for (int i = 0; i < 20; ++i) {
+        const int row = std::uniform_int_distribution<int>(0, model.rowCount() - 1)(random);
+        ofRows.add(taken([&] { (void)model.headerData(row, Qt::Vertical, Qt::ToolTipRole); }));
+    }
+    print("tooltip of a row", name,
+          {{"ms", percentile(ofRows.processor, 0.5)}, {"worst_ms", percentile(ofRows.processor, 1)}});
     const int columns = model.columnCount();
     for (int column = 1; column < columns; ++column) {
         tooltips.add(taken([&] { (void)model.headerData(column, Qt::Horizontal, Qt::ToolTipRole); }));
@@ -367,8 +533,88 @@ void measureQuestions(const std::string &name, OrvaneTableView &view, OrvaneTabl
         found.add(typed(model.index(model.rowCount() / 2 + 100, start.column()).data().toString()));
     print("typed, 100 rows away", name,
           {{"ms", percentile(found.processor, 0.5)}, {"worst_ms", percentile(found.processor, 1)}});
+    if (model.tableIsView() || model.getFacadeDbptr().table != model.getDbptr().table)
+        return; // minutes, in which every record is read in an order that is not the file's
     const Taken nowhere = typed("\u00e9");
     print("typed, nowhere", name, {{"ms", nowhere.processor}, {"rows", double(model.rowCount())}});
+}
+
+// A table view of its own, from the database's name to the painted page, processor time; median of seven.
+double openingMs(OvConfig &config, const QString &path)
+{
+    Times times;
+    for (int i = 0; i < 7; ++i)
+        times.add(taken([&] {
+            OrvaneDatabaseModel database(config, path, "r");
+            OrvaneTableView view(config);
+            view.setModel(database.getTableModel(database.getInitialTableName()));
+            view.resize(1280, 800);
+            view.show();
+            paint(view);
+        }));
+    return percentile(times.processor, 0.5);
+}
+
+// The same of the toolkit's own view over a model that costs nothing, which is what its headers cost.
+double toolkitOpeningMs(const QFont &font, int rows)
+{
+    Times times;
+    for (int i = 0; i < 7; ++i)
+        times.add(taken([&] {
+            FreeModel model(rows, pageColumns + 1);
+            QTableView view;
+            view.setFont(font);
+            view.setModel(&model);
+            view.resize(1280, 800);
+            view.show();
+            paint(view);
+        }));
+    return percentile(times.processor, 0.5);
+}
+
+// The first records of a table, with the descriptor of its database.
+class HeadOfTable
+{
+public:
+    HeadOfTable(OvConfig &config, const std::string &path)
+    {
+        const QString whole = QString::fromStdString(path);
+        const int dot = whole.lastIndexOf('.');
+        const QString head = m_folder.filePath("head");
+        m_path = head + whole.mid(dot);
+        QFile records(whole), first(m_path);
+        if (!QFile::copy(whole.left(dot), head) || !records.open(QIODevice::ReadOnly) ||
+            !first.open(QIODevice::WriteOnly))
+            throw std::runtime_error("no copy of the head of " + path);
+        OrvaneDatabaseModel database(config, whole, "r");
+        QDbptr &table = *database.getTableModel(database.getInitialTableName())->getQDbptr();
+        m_rowsOfWhole = table.getRecordCount();
+        first.write(records.read(table.request("record_size")->toLongLong() * smallRows));
+    }
+    const QString &path() const { return m_path; }
+    int rowsOfWhole() const { return m_rowsOfWhole; }
+
+private:
+    QTemporaryDir m_folder;
+    QString m_path;
+    int m_rowsOfWhole = 0;
+};
+
+// To be called while the database is not open otherwise.
+void measureOpening(OvConfig &config, const std::string &path)
+{
+    const HeadOfTable head(config, path);
+    const auto font = config["font"].value<QFont>();
+    const double small = openingMs(config, head.path()),
+                 large = openingMs(config, QString::fromStdString(path));
+    const double smallHeaders = toolkitOpeningMs(font, smallRows),
+                 largeHeaders = toolkitOpeningMs(font, head.rowsOfWhole());
+    print("opening", "window",
+          {{"ms", large},
+           {"ms_of_1000_rows", small},
+           {"ratio", large / small},
+           {"toolkit_headers_ms", largeHeaders - smallHeaders},
+           {"rows", double(head.rowsOfWhole())}});
 }
 
 void measureStatusLine(OvConfig &config, OrvaneDatabaseModel &database)
@@ -403,6 +649,8 @@ void measureView(const std::string &name, OvConfig &config, OrvaneTableModel &mo
     print("set model, show", name, {{"ms", shown.processor}, {"rows", double(model.rowCount())}});
     measure(name, view, model, frames);
     measureMenus(name, view);
+    measureTooltips(name, view);
+    measureDoubleClicks(name, view);
     measureQuestions(name, view, model);
 }
 
@@ -413,12 +661,14 @@ int run(int argc, char **argv)
     const QFont font(options.font, 10);
     config.configure("font", font);
     config.configure("show_empty_columns", true);
+    const auto wanted = [&options](const char *name) { return options.only.empty() || options.only == name; };
+    if (wanted("opening"))
+        measureOpening(config, options.table);
     OrvaneDatabaseModel database(config, QString::fromStdString(options.table), "r");
     OrvaneTableModel *table = database.getTableModel(database.getInitialTableName());
     if (!table || table->rowCount() == 0)
         throw std::runtime_error("no table " + options.table + ": " + database.openError().toStdString());
 
-    const auto wanted = [&options](const char *name) { return options.only.empty() || options.only == name; };
     if (wanted("toolkit")) {
         FreeModel free(table->rowCount(), pageColumns + 1);
         QTableView view;
@@ -450,8 +700,16 @@ int run(int argc, char **argv)
 
 } // namespace
 
+// Without what platforms without a screen say of each menu that they show.
+static void say(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    if (!text.startsWith("This plugin does not support"))
+        std::fprintf(stderr, "%s\n", qPrintable(text));
+}
+
 int main(int argc, char **argv)
 {
+    qInstallMessageHandler(say);
     QApplication application(argc, argv);
     try {
         return run(argc, argv);

@@ -19,6 +19,7 @@
 #include <orvanetableview.h>
 
 #include "cell_grid.h"
+#include "error_text.h"
 #include "sentences.h"
 #include "tab_separated.h"
 
@@ -202,8 +203,8 @@ public:
                     fail(OvTranslation::tr(
                              "Row %1, %2: '%3' can't be stored: %4 %5 cells were changed before.")
                              .arg(QString::number(rows.first().first),
-                                  m_table->fieldNameForColumnIndex(cells.column), value, done.reason,
-                                  counted(m_stored + done.stored)));
+                                  m_table->fieldNameForColumnIndex(cells.column), value,
+                                  withoutCall(done.reason), counted(m_stored + done.stored)));
                 }
                 m_stored += done.stored;
                 if (done.cancelled || !report(checkingShare, 1, m_stored, m_toStore)) {
@@ -262,7 +263,7 @@ private:
         if (!reason.isEmpty()) {
             fail(OvTranslation::tr("Nothing was pasted. Row %1, %2: '%3' can't be stored: %4")
                      .arg(QString::number(cell.row()), m_table->fieldNameForColumnIndex(cell.column()), value,
-                          reason));
+                          withoutCall(reason)));
         }
     }
 

@@ -21,7 +21,7 @@
 #include "main_window.h"
 
 EditMenu::EditMenu(MainWindow &window, QMenuBar &bar)
-    : QObject(&window), m_window(window), m_menu(bar.addMenu(OvTranslation::tr("&Edit")))
+    : QObject(&window), m_window(window), m_menu(bar.addMenu(OvTranslation::tr("&Edit"))), m_finding(window)
 {
     m_menu->setObjectName("editMenu");
     m_menu->setToolTipsVisible(true);
@@ -36,6 +36,15 @@ EditMenu::EditMenu(MainWindow &window, QMenuBar &bar)
     m_menu->addSeparator();
     m_selectAll = addCommand("selectAll", OvTranslation::tr("Select &All"), QKeySequence("Ctrl+A"),
                              OvTranslation::tr("Select every cell of the table"), &EditMenu::selectAll);
+    m_menu->addSeparator();
+    m_finds = {
+        addCommand("find", OvTranslation::tr("&Find..."), QKeySequence("Ctrl+F"),
+                   OvTranslation::tr("Go to the first row from here on for which an expression is true"),
+                   &EditMenu::find),
+        addCommand("findNext", OvTranslation::tr("Find &Next"), QKeySequence("F3"), QString(),
+                   &EditMenu::findNext),
+        addCommand("findPrevious", OvTranslation::tr("Find Pre&vious"), QKeySequence("Shift+F3"), QString(),
+                   &EditMenu::findPrevious)};
     connect(m_menu, &QMenu::aboutToShow, this, &EditMenu::update);
 }
 
@@ -61,7 +70,7 @@ OrvaneTableView *EditMenu::table() const
 void EditMenu::update()
 {
     OrvaneTableView *shown = table();
-    for (QAction *action : {m_copy, m_copyWithNames, m_selectAll}) {
+    for (QAction *action : QList<QAction *>{m_copy, m_copyWithNames, m_selectAll} + m_finds) {
         action->setEnabled(shown != nullptr);
     }
     const bool isWritable = shown != nullptr && shown->model()->tableIsWritable();
@@ -113,4 +122,19 @@ void EditMenu::paste()
 void EditMenu::selectAll()
 {
     run([](OrvaneTableView &view) { view.selectAll(); });
+}
+
+void EditMenu::find()
+{
+    run([this](OrvaneTableView &) { m_finding.ask(); });
+}
+
+void EditMenu::findNext()
+{
+    run([this](OrvaneTableView &) { m_finding.next(); });
+}
+
+void EditMenu::findPrevious()
+{
+    run([this](OrvaneTableView &) { m_finding.previous(); });
 }

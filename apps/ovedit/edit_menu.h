@@ -1,8 +1,10 @@
-// The menu of commands on the selected cells.
+// The menu of commands on cells: taking them along, selecting and finding them.
 #ifndef OVEDIT_EDIT_MENU_H
 #define OVEDIT_EDIT_MENU_H
 
 #include <QObject>
+
+#include "finding.h"
 
 class MainWindow;
 class OrvaneTableView;
@@ -30,6 +32,9 @@ private:
     void copyWithNames();
     void paste();
     void selectAll();
+    void find();
+    void findNext();
+    void findPrevious();
     template <class Command>
     void run(Command command);
     OrvaneTableView *table() const;
@@ -40,6 +45,8 @@ private:
     QAction *m_copyWithNames;
     QAction *m_paste;
     QAction *m_selectAll;
+    QList<QAction *> m_finds;
+    Finding m_finding;
 };
 
 #endif

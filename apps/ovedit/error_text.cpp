@@ -17,17 +17,16 @@ QString capitalised(const QString &text)
     return text.left(1).toUpper() + text.mid(1);
 }
 
-// "dbsubset: unknown field `stx`" without the name of the call.
+} // namespace
+
 QString withoutCall(const QString &line)
 {
     static const QRegularExpression call("^(db[a-z_]+|OVdb[a-z_]+): ");
+    static const QRegularExpression quoted("`([^`]*)`");
     QString text = line;
     text.remove(call);
-    text.replace(QRegularExpression("`([^`]*)`"), QStringLiteral("'\\1'"));
-    return capitalised(text);
+    return text.replace(quoted, QStringLiteral("'\\1'"));
 }
-
-} // namespace
 
 bool isRequestFailure(const QString &error)
 {
@@ -56,7 +55,7 @@ QString richReason(const QString &reason)
         }
         for (const QString &sentence : qAsConst(sentences)) {
             const QString ended = sentence.endsWith(':') ? sentence.chopped(1) + "." : sentence;
-            html += "<p>" + withoutCall(ended).toHtmlEscaped() + "</p>";
+            html += "<p>" + capitalised(withoutCall(ended)).toHtmlEscaped() + "</p>";
         }
         if (!places.isEmpty()) {
             html += "<pre>" + places.join('\n').toHtmlEscaped() + "</pre>";

@@ -11,6 +11,9 @@ bool isRequestFailure(const QString &error);
 // What the database library says in it, without those paragraphs, and without those that begin with `leave`.
 QString reasonIn(const QString &error, const QString &leave = QString());
 
+// "dbsubset: unknown field `stx`" without the name of the call, and with quotes as people write them.
+QString withoutCall(const QString &line);
+
 // The reason as rich text: paragraphs; lines with a caret under a place in the letters of a typewriter.
 QString richReason(const QString &reason);
 

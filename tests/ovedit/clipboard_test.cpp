@@ -367,6 +367,7 @@ TEST_F(CellClipboard, StoresNothingOfManyCellsWhenTheLastDoesNotFit)
     ASSERT_EQ(boxes.texts().size(), 1);
     EXPECT_TRUE(boxes.texts()[0].startsWith("Nothing was pasted. Row 2999, lineno: 'many' can't be stored: "))
         << boxes.texts()[0].toStdString();
+    EXPECT_FALSE(boxes.texts()[0].contains("dbcheckv")) << "which a user has never heard of";
     EXPECT_EQ(file("remark"), before);
     EXPECT_FALSE(action(window, "undo").isEnabled());
 

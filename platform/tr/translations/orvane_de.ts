@@ -1795,6 +1795,42 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>&amp;Alles auswählen</translation>
     </message>
     <message>
+        <source>&amp;Find...</source>
+        <translation>&amp;Suchen...</translation>
+    </message>
+    <message>
+        <source>Find &amp;Next</source>
+        <translation>&amp;Weitersuchen</translation>
+    </message>
+    <message>
+        <source>Find Pre&amp;vious</source>
+        <translation>&amp;Rückwärts suchen</translation>
+    </message>
+    <message>
+        <source>Go to the first row from here on for which an expression is true</source>
+        <translation>Zur ersten Zeile von hier an gehen, für die ein Ausdruck wahr ist</translation>
+    </message>
+    <message>
+        <source>Find rows for which</source>
+        <translation>Zeilen suchen, für die gilt</translation>
+    </message>
+    <message>
+        <source>No row of %1 fits: %2</source>
+        <translation>Keine Zeile von %1 passt: %2</translation>
+    </message>
+    <message>
+        <source>Rows can&apos;t be searched by &apos;%1&apos;.</source>
+        <translation>Nach &apos;%1&apos; können keine Zeilen gesucht werden.</translation>
+    </message>
+    <message>
+        <source>Searched on from the last row.</source>
+        <translation>Von der letzten Zeile an weitergesucht.</translation>
+    </message>
+    <message>
+        <source>Searched on from the first row.</source>
+        <translation>Von der ersten Zeile an weitergesucht.</translation>
+    </message>
+    <message>
         <source>Select every cell of the table</source>
         <translation>Jede Zelle der Tabelle auswählen</translation>
     </message>

@@ -1,5 +1,6 @@
 // The texts of many cells at once.
 
+#include <optional>
 #include <vector>
 
 #include <orvane/db.h>
@@ -29,35 +30,52 @@ RecordPart partOf(int number, const TableColumn *column)
     return part;
 }
 
-// Reads whole records, by way of the library itself: requests answer texts, in which bytes can't be counted.
+// Reads records, by way of the library itself: requests answer texts, in which bytes can't be counted. Of a
+// view of several tables it reads fields: the records of the other tables may lie anywhere in their files.
 class RecordText
 {
 public:
-    explicit RecordText(Dbptr table) : m_place(table) { m_place.field = dbALL; }
+    RecordText(Dbptr table, bool byField) : m_place(table), m_byField(byField) { m_place.field = dbALL; }
 
-    // False where the record can't be read.
-    bool read(int record)
+    void goTo(int record)
     {
         m_place.record = record;
-        m_length = dbget(m_place, m_room.data(), m_room.size());
-        if (m_length >= static_cast<int64_t>(m_room.size())) {
-            m_room.resize(static_cast<std::size_t>(m_length) + 1);
-            m_length = dbget(m_place, m_room.data(), m_room.size());
-        }
-        return m_length >= 0 && m_length < static_cast<int64_t>(m_room.size());
+        m_isRead = !m_byField && read(m_place);
     }
 
-    bool has(const RecordPart &part) const
+    // None where the cell has to be asked for by itself.
+    std::optional<QString> text(const RecordPart &part)
     {
-        return part.offset >= 0 && part.offset + part.width <= m_length;
-    }
-    QString text(const RecordPart &part) const
-    {
-        return QString::fromUtf8(m_room.data() + part.offset, static_cast<int>(part.width)).trimmed();
+        if (part.column == nullptr || part.offset < 0)
+            return std::nullopt;
+        if (!m_byField) {
+            const bool has = m_isRead && part.offset + part.width <= m_length;
+            return has ? std::optional(trimmed(part.offset, part.width)) : std::nullopt;
+        }
+        Dbptr cell = part.column->field;
+        cell.record = m_place.record;
+        return read(cell) ? std::optional(trimmed(0, m_length)) : std::nullopt;
     }
 
 private:
+    // False where there is nothing to be read.
+    bool read(const Dbptr &place)
+    {
+        m_length = dbget(place, m_room.data(), m_room.size());
+        if (m_length >= static_cast<int64_t>(m_room.size())) {
+            m_room.resize(static_cast<std::size_t>(m_length) + 1);
+            m_length = dbget(place, m_room.data(), m_room.size());
+        }
+        return m_length >= 0 && m_length < static_cast<int64_t>(m_room.size());
+    }
+    QString trimmed(int64_t offset, int64_t width) const
+    {
+        return QString::fromUtf8(m_room.data() + offset, static_cast<int>(width)).trimmed();
+    }
+
     Dbptr m_place;
+    const bool m_byField;
+    bool m_isRead = false;
     std::vector<char> m_room = std::vector<char>(1024);
     int64_t m_length = -1;
 };
@@ -83,12 +101,12 @@ QStringList OrvaneTableModel::displayedTexts(const QVector<int> &columns, int fi
         parts.push_back(partOf(number, d->column(number)));
     texts.reserve(columns.size() * (end - first));
     const DisplaySettings &settings = d->settings();
-    RecordText record(d->display->getDbptr());
+    RecordText record(d->display->getDbptr(), d->memberTables().size() > 1);
     for (int row = first; row < end; ++row) {
-        const bool isRead = record.read(row);
+        record.goTo(row);
         for (const RecordPart &part : parts) {
-            if (isRead && part.column != nullptr && record.has(part)) {
-                texts.append(displayedText(record.text(part), *part.column, settings));
+            if (const std::optional<QString> text = record.text(part)) {
+                texts.append(displayedText(*text, *part.column, settings));
             } else {
                 // Also of a view's row that has lost one of its records: the others are there.
                 texts.append(data(index(row, part.number), Qt::DisplayRole).toString());

@@ -1,5 +1,6 @@
 #include <orvanetableview.h>
 
+#include <algorithm>
 #include <map>
 
 #include <QColor>
@@ -247,6 +248,48 @@ void OrvaneTableView::resizeColumns()
         }
         columns.setStretchLastSection(true);
     });
+}
+
+// Of the rows in sight, and of those around them until they are as many as the header is to look at, as the
+// toolkit has it. But rows whose records lie all over their files can take a millisecond each: those around
+// are looked at as long as there is time. The toolkit would also take the header's sections for the rows.
+int OrvaneTableView::sizeHintForColumn(int column) const
+{
+    const QHeaderView &rows = *verticalHeader();
+    if (m_model == nullptr || rows.sectionsHidden() || rows.sectionsMoved()) {
+        return QTableView::sizeHintForColumn(column);
+    }
+    ensurePolished();
+    const QStyleOptionViewItem option = viewOptions();
+    int width = 0, looked = 0;
+    const auto look = [&](int row) {
+        const QModelIndex index = m_model->index(row, column);
+        width = std::max(width, itemDelegate(index)->sizeHint(option, index).width());
+        if (const QWidget *editor = indexWidget(index)) {
+            width = std::max(width, editor->sizeHint().width());
+        }
+        ++looked;
+    };
+    const int end = m_model->rowCount();
+    int above = std::max(0, rowAt(0));
+    int below = rowAt(viewport()->height() - 1) + 1;
+    below = below > 0 ? below : end;
+    const int precision = horizontalHeader()->resizeContentsPrecision(); // negative: all rows
+    QElapsedTimer time;
+    time.start();
+    for (int row = above; row < below && (isVisible() || time.elapsed() < m_msForRowsAround); ++row) {
+        look(row);
+    }
+    while ((precision < 0 || looked < precision) && (above > 0 || below < end) &&
+           time.elapsed() < m_msForRowsAround) {
+        if (below < end) {
+            look(below++);
+        }
+        if (above > 0 && looked != precision) {
+            look(--above);
+        }
+    }
+    return width + (showGrid() ? 1 : 0);
 }
 
 void OrvaneTableView::scrollToColumn(QString fieldname)

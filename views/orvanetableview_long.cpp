@@ -252,31 +252,6 @@ void OrvaneTableView::scrollTo(const QModelIndex &index, ScrollHint hint)
     bar.setValue(std::max(0, index.row() - above));
 }
 
-// As the toolkit has it: of the rows in sight, and of those around until they are as many as the header is to
-// look at. It would take the header's sections for the rows.
-int OrvaneTableView::sizeHintForColumn(int column) const
-{
-    if (!isLong()) {
-        return QTableView::sizeHintForColumn(column);
-    }
-    ensurePolished();
-    const int inSight = rowsInView() + 1;
-    const int wanted = std::max(inSight, horizontalHeader()->resizeContentsPrecision());
-    const int rows = m_model->rowCount();
-    const int first = std::max(0, std::min(m_rows->first() - (wanted - inSight) / 2, rows - wanted));
-    const int end = first + std::min(wanted, rows - first);
-    const QStyleOptionViewItem option = viewOptions();
-    int width = 0;
-    for (int row = first; row < end; ++row) {
-        const QModelIndex index = m_model->index(row, column);
-        width = std::max(width, itemDelegate(index)->sizeHint(option, index).width());
-        if (const QWidget *editor = indexWidget(index)) {
-            width = std::max(width, editor->sizeHint().width());
-        }
-    }
-    return width + (showGrid() ? 1 : 0);
-}
-
 QModelIndex OrvaneTableView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
 {
     if (!isLong()) {

@@ -15,6 +15,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QScrollBar>
+#include <QStyledItemDelegate>
 #include <QtTest>
 
 #include <gtest/gtest.h>
@@ -255,6 +256,7 @@ TEST_F(ShortAndLong, makesColumnsAsWideAsTheRowsAroundNeed)
     };
     for (OrvaneTableView *view : both()) {
         view->horizontalHeader()->setStretchLastSection(false);
+        view->setProperty("msForRowsAround", 60'000);
     }
     const int wide = widened(0); // a thousand rows are looked at
     for (OrvaneTableView *view : both()) {
@@ -266,6 +268,36 @@ TEST_F(ShortAndLong, makesColumnsAsWideAsTheRowsAroundNeed)
     EXPECT_EQ(widened(300), wide);
     EXPECT_EQ(widened(499), wide);
     EXPECT_EQ(widened(0), narrow);
+}
+
+// A record that is read from far away in its file, say.
+class SlowDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        ++asked;
+        QTest::qSleep(1);
+        return QStyledItemDelegate::sizeHint(option, index);
+    }
+    mutable int asked = 0;
+};
+
+TEST_F(ShortAndLong, looksAtRowsOutOfSightForAShortTimeOnly)
+{
+    SlowDelegate slow;
+    for (OrvaneTableView *view : both()) {
+        view->verticalScrollBar()->setValue(200);
+        settle();
+        view->setItemDelegateForColumn(2, &slow);
+        slow.asked = 0;
+        emit view->horizontalHeader()->sectionHandleDoubleClicked(2);
+        const int inSight = view->rowAt(view->viewport()->height() - 1) - view->rowAt(0) + 1;
+        EXPECT_GE(slow.asked, inSight);
+        EXPECT_LE(slow.asked, inSight + 16);
+        view->setItemDelegateForColumn(2, nullptr);
+    }
 }
 
 TEST_F(ShortAndLong, followsChangesOfTheTable)

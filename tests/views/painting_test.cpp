@@ -2,6 +2,7 @@
 // pixel.
 #include <orvanetableview.h>
 
+#include <limits>
 #include <malloc.h>
 #include <memory>
 #include <vector>
@@ -420,11 +421,16 @@ TEST_F(Painting, keepsNothingOfThePagesThatWere)
     };
     throughTheTable(); // glyphs and looks are learned
     throughTheTable();
-    const double before = heapInUse();
-    for (int i = 0; i < 20; ++i) {
-        throughTheTable();
+    // What is kept is kept of every page. A round of 400 may make a bounded store of the toolkit's larger.
+    double least = std::numeric_limits<double>::max();
+    for (int round = 0; round < 4; ++round) {
+        const double before = heapInUse();
+        for (int i = 0; i < 20; ++i) {
+            throughTheTable();
+        }
+        least = std::min(least, heapInUse() - before);
     }
-    EXPECT_LT(heapInUse() - before, 20'000); // 50 bytes a page
+    EXPECT_LT(least, 400);
 }
 
 // How many cells the delegate's own way through the style is taken for.

@@ -39,6 +39,9 @@ class OVQT_EXPORT OrvaneTableView : public QTableView
 {
     Q_OBJECT
 
+    // For how long rows out of sight are looked at when a column is given the width of its texts.
+    Q_PROPERTY(int msForRowsAround MEMBER m_msForRowsAround)
+
 public:
     // Registers the defaults of the keys it depends on; `config` must outlive the view.
     explicit OrvaneTableView(OvConfig &config);
@@ -236,6 +239,7 @@ private:
     // Of tables with more rows than sections in the header.
     QPointer<RowHeader> m_rows;
     bool m_updatingGeometries = false;
+    int m_msForRowsAround = 15;
     qint64 m_topPixel = 0;         // of the table, at the upper edge
     qint64 m_pressedAt = 0;        // the same when the mouse was pressed
     mutable int m_rowFarAbove = 0; // the rows last asked for that are too far away for pixels

@@ -116,6 +116,31 @@ Result<Sides> sides_of(Derivation &derivation, const std::shared_ptr<Table> &lef
     return Sides{std::move(*left_operand), std::move(*right_operand)};
 }
 
+// What a join by keys works on.
+struct KeyedSides {
+    JoinKeyLists keys;
+    Sides sides;
+    MatchTerms match;
+};
+
+Result<KeyedSides> keyed_sides(Derivation &derivation, const std::shared_ptr<Table> &left,
+                               const std::shared_ptr<Table> &right, const JoinKeyLists &given)
+{
+    auto keys = keys_to_use(derivation.database(), *left, *right, given);
+    if (!keys.ok())
+        return keys.status();
+    const auto terms = join_terms(*left, *right, keys->left, keys->right);
+    if (!terms.ok())
+        return terms.status();
+    auto sides = sides_of(derivation, left, right);
+    if (!sides.ok())
+        return sides.status();
+    auto match = match_terms(sides->left, sides->right, *terms, derivation.work());
+    if (!match.ok())
+        return match.status();
+    return KeyedSides{std::move(*keys), std::move(*sides), std::move(*match)};
+}
+
 Result<std::shared_ptr<Table>> view_of_pairs(Derivation &derivation, const Sides &sides, MatchedPairs pairs,
                                              std::string_view operation, std::string_view creation_line)
 {
@@ -141,24 +166,16 @@ Result<std::int64_t> derive_join(Derivation &derivation, const std::shared_ptr<T
     return derivation.run([&]() -> Result<std::shared_ptr<Table>> {
         if (Status once = check_members(*left, *right); !once.ok())
             return once;
-        const auto keys = keys_to_use(derivation.database(), *left, *right, given);
-        if (!keys.ok())
-            return keys.status();
-        const auto terms = join_terms(*left, *right, keys->left, keys->right);
-        if (!terms.ok())
-            return terms.status();
-        auto sides = sides_of(derivation, left, right);
-        if (!sides.ok())
-            return sides.status();
-        const auto match = match_terms(sides->left, sides->right, *terms, derivation.work());
-        if (!match.ok())
-            return match.status();
-        auto pairs = matched_pairs(sides->left, sides->right, *match,
+        auto keyed = keyed_sides(derivation, left, right, given);
+        if (!keyed.ok())
+            return keyed.status();
+        auto &[keys, sides, match] = *keyed;
+        auto pairs = matched_pairs(sides.left, sides.right, match,
                                    outer ? Unmatched::BesideNull : Unmatched::LeftOut, derivation.work());
         if (!pairs.ok())
             return pairs.status();
-        return view_of_pairs(derivation, *sides, std::move(*pairs), outer ? "outer" : "join",
-                             concat("dbjoin", outer ? " -outer" : "", joined_keys(*keys)));
+        return view_of_pairs(derivation, sides, std::move(*pairs), outer ? "outer" : "join",
+                             concat("dbjoin", outer ? " -outer" : "", joined_keys(keys)));
     });
 }
 
@@ -166,27 +183,19 @@ Result<std::int64_t> derive_nojoin(Derivation &derivation, const std::shared_ptr
                                    const std::shared_ptr<Table> &right, const JoinKeyLists &given)
 {
     return derivation.run([&]() -> Result<std::shared_ptr<Table>> {
-        const auto keys = keys_to_use(derivation.database(), *left, *right, given);
-        if (!keys.ok())
-            return keys.status();
-        const auto terms = join_terms(*left, *right, keys->left, keys->right);
-        if (!terms.ok())
-            return terms.status();
-        auto sides = sides_of(derivation, left, right);
-        if (!sides.ok())
-            return sides.status();
-        const auto match = match_terms(sides->left, sides->right, *terms, derivation.work());
-        if (!match.ok())
-            return match.status();
-        auto rows = unmatched_rows(sides->left, sides->right, *match, derivation.work());
+        auto keyed = keyed_sides(derivation, left, right, given);
+        if (!keyed.ok())
+            return keyed.status();
+        auto &[keys, sides, match] = *keyed;
+        auto rows = unmatched_rows(sides.left, sides.right, match, derivation.work());
         if (!rows.ok())
             return rows.status();
-        auto members = sides->left.choose(std::move(*rows), derivation.work());
+        auto members = sides.left.choose(std::move(*rows), derivation.work());
         if (!members.ok())
             return members.status();
         return std::shared_ptr<Table>(std::make_shared<View>(
             derivation.name_for(*left, right.get(), "nojoin"), std::move(*members),
-            creation_after(*left, right.get(), concat("dbnojoin", joined_keys(*keys)))));
+            creation_after(*left, right.get(), concat("dbnojoin", joined_keys(keys)))));
     });
 }
 

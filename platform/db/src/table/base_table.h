@@ -121,6 +121,8 @@ private:
     void follow_window(FileVersion version_before, const BulkWindow &window, std::string_view after);
     Status check_writable() const;
     Status of_file(const Status &failure, std::string_view what) const;
+    enum class Unless { Nothing, KeyIsThere };
+    Result<std::int64_t> add_record(std::string_view record_text, Unless unless, Work &work);
     Result<std::int64_t> append(FileEditor &editor, std::string record, const Work *told = nullptr);
     Status overwrite(FileEditor &editor, std::int64_t number, const std::string &before,
                      const std::string &after, Work &work);

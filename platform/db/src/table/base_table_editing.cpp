@@ -172,6 +172,16 @@ Result<std::int64_t> BaseTable::append(FileEditor &editor, std::string record, c
 
 Result<std::int64_t> BaseTable::add(std::string_view record_text, Work &work)
 {
+    return add_record(record_text, Unless::Nothing, work);
+}
+
+Result<std::int64_t> BaseTable::add_checked(std::string_view record_text, Work &work)
+{
+    return add_record(record_text, index_.has_key() ? Unless::KeyIsThere : Unless::Nothing, work);
+}
+
+Result<std::int64_t> BaseTable::add_record(std::string_view record_text, Unless unless, Work &work)
+{
     if (Status writable = check_writable(); !writable.ok())
         return writable;
     if (Status fits = rules_.check_record(record_text); !fits.ok())
@@ -179,7 +189,17 @@ Result<std::int64_t> BaseTable::add(std::string_view record_text, Work &work)
     auto hold = editor_.begin(FileEditor::Purpose::Append, work);
     if (!hold.ok())
         return hold.status();
-    return append(hold->editor(), std::string(record_text), &work);
+    FileEditor &editor = hold->editor();
+    std::string record(record_text);
+    if (unless == Unless::KeyIsThere) {
+        rules_.stamp(record); // it may be part of the key
+        if (Status built = update_index(editor, work); !built.ok())
+            return built;
+        const auto same = find_key(editor, index_.key_of(record));
+        if (!same.ok() || *same >= 0)
+            return same;
+    }
+    return append(editor, std::move(record), &work);
 }
 
 void BaseTable::put_into_index(std::int64_t number, std::string_view record)
@@ -229,28 +249,6 @@ Result<std::int64_t> BaseTable::find_key(FileEditor &editor, std::string_view ke
             return number;
     }
     return std::int64_t{-1};
-}
-
-Result<std::int64_t> BaseTable::add_checked(std::string_view record_text, Work &work)
-{
-    if (!index_.has_key())
-        return add(record_text, work);
-    if (Status writable = check_writable(); !writable.ok())
-        return writable;
-    if (Status fits = rules_.check_record(record_text); !fits.ok())
-        return of_file(fits, "a record cannot be added: ");
-    auto hold = editor_.begin(FileEditor::Purpose::Append, work);
-    if (!hold.ok())
-        return hold.status();
-    FileEditor &editor = hold->editor();
-    std::string record(record_text);
-    rules_.stamp(record); // it may be part of the key
-    if (Status built = update_index(editor, work); !built.ok())
-        return built;
-    const auto same = find_key(editor, index_.key_of(record));
-    if (!same.ok() || *same >= 0)
-        return same;
-    return append(editor, std::move(record), &work);
 }
 
 // ---- Counting and crunching ----------------------------------------------------------------------

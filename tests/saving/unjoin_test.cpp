@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <random>
+#include <utility>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -153,6 +155,118 @@ TEST_F(NewDatabases, ThatADiskHasNoRoomForLeaveNothing)
         EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre());
     }
 }
+
+// ---- More records than are read at a time --------------------------------------------------------
+
+class NewLargeDatabases : public testing::Test
+{
+protected:
+    static constexpr int count = 200000; // some 5 MB
+
+    NewLargeDatabases()
+    {
+        std::mt19937 random(3);
+        for (int i = 0; i < count; ++i) {
+            char line[64];
+            std::snprintf(line, sizeof line, "%8d %-16s\n", i, std::to_string(random()).c_str());
+            records.emplace_back(line);
+        }
+        write();
+        std::filesystem::create_directory(files.folder() + "/new");
+    }
+    ~NewLargeDatabases() override { dbset_progress_hook(nullptr, nullptr); }
+
+    void write() const
+    {
+        std::string text;
+        for (const std::string &record : records)
+            text += record;
+        files.writeFile("quakes.many", text);
+    }
+    int unjoin(const Opened &open, const char *condition) const
+    {
+        return dbunjoin(dbsubset(open.table("many"), condition, nullptr), path.c_str(), 0);
+    }
+
+    TemporaryDatabase files{"large", R"yaml(name: large
+attributes:
+  id: {type: integer, width: 8, format: "%8d", null: "-1"}
+  word: {type: string, width: 16, format: "%-16s", null: "-"}
+relations:
+  many: {fields: [id, word]}
+)yaml"};
+    const std::string path = files.folder() + "/new/copy";
+    std::vector<std::string> records;
+};
+
+TEST_F(NewLargeDatabases, HaveTheRecordsInOrder)
+{
+    const Opened open(files.path());
+    const struct {
+        const char *condition;
+        std::function<bool(int)> wanted;
+    } cases[] = {
+        {"id % 3 == 0", [](int id) { return id % 3 == 0; }},
+        {"id > 30000 && id < 150000", [](int id) { return id > 30000 && id < 150000; }}, // pieces left out
+        {"id == 0 || id == 199999", [](int id) { return id == 0 || id == 199999; }},
+        {"id >= 0", [](int) { return true; }},
+    };
+    for (const auto &[condition, wanted] : cases) {
+        ASSERT_EQ(unjoin(open, condition), 0) << take_log();
+        std::string expected;
+        for (int id = 0; id < count; ++id)
+            if (wanted(id))
+                expected += records[static_cast<std::size_t>(id)];
+        EXPECT_TRUE(TemporaryDatabase::readFile(path + ".many") == expected) << condition;
+        std::filesystem::remove(path);
+        std::filesystem::remove(path + ".many");
+    }
+}
+
+TEST_F(NewLargeDatabases, OfABadRecordSayWhichAndLeaveNothing)
+{
+    // Of several the first; also where it is read by another thread than one behind it.
+    records[180000][5] = '\n';
+    for (const int bad : {150000, 100000, 45000, 10}) {
+        records[static_cast<std::size_t>(bad)][5] = '\n';
+        write();
+        const Opened open(files.path());
+        EXPECT_EQ(dbunjoin(open.table("many"), path.c_str(), 0), dbERROR_FORMAT);
+        EXPECT_THAT(take_log(), HasSubstr("record " + std::to_string(bad)));
+        EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre());
+    }
+}
+
+TEST_F(NewLargeDatabases, ThatADiskHasNoRoomForOrThatAreCancelledLeaveNothing)
+{
+    const Opened open(files.path());
+    for (const int failing : {3, 9, 17}) {
+        FailingFileSystem system;
+        system.failing_write = failing;
+        const orvane::ScopedFileSystem scoped(system);
+        EXPECT_EQ(dbunjoin(open.table("many"), path.c_str(), 0), dbERROR_IO);
+        EXPECT_THAT(take_log(), HasSubstr("No space left on device"));
+        EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre());
+    }
+    FailingFileSystem system;
+    system.delay = std::chrono::milliseconds(20);
+    const orvane::ScopedFileSystem scoped(system);
+    std::vector<double> told;
+    dbset_progress_hook(
+        [](double fraction, void *data) {
+            auto &fractions = *static_cast<std::vector<double> *>(data);
+            fractions.push_back(fraction);
+            return fractions.size() == 2 ? 1 : 0;
+        },
+        &told);
+    EXPECT_EQ(dbunjoin(open.table("many"), path.c_str(), 0), dbERROR_CANCELLED);
+    ASSERT_EQ(told.size(), 2u);
+    EXPECT_LT(told[0], told[1]);
+    EXPECT_THAT(take_log(), HasSubstr("dbunjoin: cancelled"));
+    EXPECT_THAT(names_in(files.folder() + "/new"), ElementsAre());
+}
+
+// ---- Tables that change --------------------------------------------------------------------------
 
 // Another program changes a table between the moments when its records are counted and when they are copied.
 class ChangingTable : public FailingFileSystem

@@ -2,6 +2,7 @@
 
 #include "base/concat.h"
 #include "operation/field_list.h"
+#include "operation/line_maker.h"
 #include "operation/row_reader.h"
 
 #include <algorithm>
@@ -12,7 +13,9 @@ namespace {
 
 // The first batch is small, so that a reader who wants a few lines has them at once.
 constexpr std::int64_t first_batch_rows = 256;
-constexpr std::size_t rows_between_polls = 4096;
+// What is read for a part, or written of it if that is more: it stays in the processor's cache, and the hook
+// is asked often enough also where what is written goes nowhere fast.
+constexpr std::size_t part_bytes = 512 << 10;
 
 bool are_all_fields(const Table &table, std::span<const std::string> names)
 {
@@ -21,68 +24,80 @@ bool are_all_fields(const Table &table, std::span<const std::string> names)
         [](const std::string &name, const TableField &field) { return name == field.attribute->name; });
 }
 
-// Writes batches of rows as lines.
-class LineWriter
+// Writes rows as lines, which several threads make part by part.
+class RowWriting
 {
 public:
-    LineWriter(const Operand &operand, std::span<const SelectedField> fields, const TextForm &form,
-               TextStream &stream)
-        : form_(form), stream_(stream)
+    RowWriting(RowReader &reader, const LineMaker &lines, TextStream &stream, Work &work)
+        : reader_(reader), lines_(lines), stream_(stream), work_(work), parts_(Work::part_slots()),
+          part_rows_(static_cast<std::int64_t>(
+              std::max<std::size_t>(1, part_bytes / std::max(reader.row_bytes(), lines.most_bytes() / 2))))
     {
-        for (const SelectedField &selected : fields) {
-            const View::FieldPlace place = operand.place_of(selected.field);
-            const Table &member = *operand.members()[static_cast<std::size_t>(place.member)].table;
-            const TableField &field = member.fields()[static_cast<std::size_t>(place.field)];
-            pieces_.push_back(Piece{static_cast<std::size_t>(place.member),
-                                    static_cast<std::size_t>(field.offset),
-                                    static_cast<std::size_t>(field.attribute->width)});
-        }
-        lines_are_records_ = operand.members().size() == 1 && !form.delimited() && form.separator() == " " &&
-                             fields.size() == operand.table().fields().size();
-        for (std::size_t i = 0; i < fields.size(); ++i)
-            lines_are_records_ = lines_are_records_ && fields[i].field == static_cast<int>(i);
     }
 
-    Status write(const RowReader &reader, std::size_t count, Work &work)
+    // The rows [begin, end) in parts that are read where their lines are made.
+    Status write_parts(std::int64_t begin, std::int64_t end, double share)
     {
-        if (lines_are_records_)
-            return stream_.write({reader.record(0, 0),
-                                  static_cast<std::size_t>(reader.record(0, count) - reader.record(0, 0))});
-        for (std::size_t row = 0; row < count; ++row) {
-            append_line(reader, row);
-            if (Status written = stream_.write_if_long(); !written.ok())
-                return written;
-            if (row % rows_between_polls == 0)
-                if (Status told = work.poll(); !told.ok())
-                    return told;
-        }
-        return Status();
+        return work_.for_parts(
+            end - begin, part_rows_, share,
+            [&](std::int64_t from, std::int64_t to, unsigned slot) {
+                Part &part = parts_[slot];
+                if (Status read = reader_.read(begin + from, begin + to, part.records); !read.ok())
+                    return read;
+                make_lines(part.records, 0, static_cast<std::size_t>(to - from), part);
+                return Status();
+            },
+            [&](std::int64_t from, std::int64_t to, unsigned slot) {
+                const Part &part = parts_[slot];
+                return write(part.records, 0, static_cast<std::size_t>(to - from), part);
+            });
+    }
+
+    // The rows [begin, end), no more than the reader reads at a time, read before their lines are made.
+    Status write_batch(std::int64_t begin, std::int64_t end, double share)
+    {
+        if (Status read = reader_.read(begin, end, batch_); !read.ok())
+            return read;
+        return work_.for_parts(
+            end - begin, part_rows_, share,
+            [&](std::int64_t from, std::int64_t to, unsigned slot) {
+                make_lines(batch_, static_cast<std::size_t>(from), static_cast<std::size_t>(to),
+                           parts_[slot]);
+                return Status();
+            },
+            [&](std::int64_t from, std::int64_t to, unsigned slot) {
+                return write(batch_, static_cast<std::size_t>(from), static_cast<std::size_t>(to),
+                             parts_[slot]);
+            });
     }
 
 private:
-    struct Piece { // of a line: a field in the record of a member
-        std::size_t member;
-        std::size_t offset;
-        std::size_t width;
+    struct Part {
+        RowRecords records;
+        LineText text;
     };
 
-    void append_line(const RowReader &reader, std::size_t row)
+    void make_lines(const RowRecords &records, std::size_t first, std::size_t end, Part &part) const
     {
-        std::string &out = stream_.text();
-        const bool alone = pieces_.size() == 1;
-        for (std::size_t i = 0; i < pieces_.size(); ++i) {
-            const Piece &piece = pieces_[i];
-            if (i > 0)
-                out.append(form_.separator());
-            form_.append_field({reader.record(piece.member, row) + piece.offset, piece.width}, alone, out);
-        }
-        out += '\n';
+        part.text.clear();
+        if (!lines_.lines_are_records())
+            lines_.append(records, first, end, part.text);
+    }
+    Status write(const RowRecords &records, std::size_t first, std::size_t end, const Part &part) const
+    {
+        if (!lines_.lines_are_records())
+            return stream_.write(part.text.text());
+        const char *const begin = records.record(0, first);
+        return stream_.write({begin, static_cast<std::size_t>(records.record(0, end) - begin)});
     }
 
-    const TextForm &form_;
+    RowReader &reader_;
+    const LineMaker &lines_;
     TextStream &stream_;
-    std::vector<Piece> pieces_;
-    bool lines_are_records_ = false; // the files have the lines as they are wanted
+    Work &work_;
+    std::vector<Part> parts_;
+    RowRecords batch_;
+    const std::int64_t part_rows_;
 };
 
 } // namespace
@@ -141,19 +156,22 @@ Status write_rows(const Operand &operand, const RowRange &rows, std::span<const 
     RowReader reader(operand, std::move(wanted), work);
     if (Status opened = reader.open(); !opened.ok())
         return opened;
-    LineWriter lines(operand, fields, form, stream);
-    std::int64_t batch = std::min(first_batch_rows, reader.most());
-    for (std::int64_t at = rows.first; at < rows.end; batch = std::min(2 * batch, reader.most())) {
+    const LineMaker lines(operand, fields, form);
+    RowWriting writing(reader, lines, stream, work);
+    const bool by_parts = reader.is_for_any_thread();
+    const std::int64_t most = by_parts ? rows.end - rows.first : reader.most();
+    std::int64_t batch = std::min(first_batch_rows, most);
+    for (std::int64_t at = rows.first; at < rows.end; batch = by_parts ? most : std::min(2 * batch, most)) {
         const std::int64_t end = std::min(rows.end, at + batch);
-        if (Status read = reader.read(at, end); !read.ok())
-            return read;
-        if (Status written = lines.write(reader, static_cast<std::size_t>(end - at), work); !written.ok())
+        const double share = static_cast<double>(end - at) / static_cast<double>(rows.end - at);
+        if (Status written =
+                by_parts ? writing.write_parts(at, end, share) : writing.write_batch(at, end, share);
+            !written.ok())
             return written;
         if (at == rows.first) // whoever reads along shall not wait for the first lines
             if (Status written = stream.finish(); !written.ok())
                 return written;
         at = end;
-        work.advance_to(static_cast<double>(at - rows.first) / static_cast<double>(rows.end - rows.first));
         if (Status told = work.poll(); !told.ok())
             return told;
     }

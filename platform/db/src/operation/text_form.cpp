@@ -1,7 +1,5 @@
 #include "operation/text_form.h"
 
-#include "table/field_value.h"
-
 #include <algorithm>
 
 namespace orvane {
@@ -17,25 +15,23 @@ Result<TextForm> TextForm::make(std::string_view separator, bool delimited)
     return TextForm(separator, delimited);
 }
 
-TextForm::TextForm(std::string_view separator, bool delimited) : separator_(separator), delimited_(delimited)
+TextForm::TextForm(std::string_view separator, bool delimited)
+    : separator_(separator), delimited_(delimited),
+      has_plain_separator_(!separator.empty() &&
+                           separator.find_first_not_of(separator.front()) == std::string_view::npos)
 {
     for (const char c : separator_ + "\"\r\n")
-        quoted_[static_cast<unsigned char>(c)] = true;
-}
-
-void TextForm::append_field(std::string_view text, bool alone, std::string &out) const
-{
-    if (delimited_)
-        append_delimited(trimmed(text), alone, out);
-    else
-        out.append(text);
+        quoting_[static_cast<unsigned char>(c)] = true;
 }
 
 void TextForm::append_name(std::string_view name, const Attribute &attribute, bool alone,
                            std::string &out) const
 {
-    if (delimited_)
-        return append_delimited(name, alone, out);
+    if (delimited_) {
+        std::string text(most_bytes(name.size()), '\0');
+        out.append(text.data(), put_delimited(name, alone, text.data()));
+        return;
+    }
     const auto width = static_cast<std::size_t>(attribute.width);
     const std::size_t blanks = width > name.size() ? width - name.size() : 0;
     const bool on_the_right = is_number(attribute.type);
@@ -43,20 +39,19 @@ void TextForm::append_name(std::string_view name, const Attribute &attribute, bo
 }
 
 // An empty text that is alone in its line is quoted: an empty line is no record to most readers.
-void TextForm::append_delimited(std::string_view text, bool alone, std::string &out) const
+char *TextForm::put_delimited(std::string_view text, bool alone, char *to) const
 {
-    const auto needs_quotes = [this](char c) { return quoted_[static_cast<unsigned char>(c)]; };
-    if (!(alone && text.empty()) && std::none_of(text.begin(), text.end(), needs_quotes)) {
-        out.append(text);
-        return;
-    }
-    out += '"';
+    const auto is_quoting_one = [this](char c) { return is_quoting(c); };
+    if (!(alone && text.empty()) && std::none_of(text.begin(), text.end(), is_quoting_one))
+        return std::copy(text.begin(), text.end(), to);
+    *to++ = '"';
     for (const char c : text) {
         if (c == '"')
-            out += '"';
-        out += c;
+            *to++ = '"';
+        *to++ = c;
     }
-    out += '"';
+    *to++ = '"';
+    return to;
 }
 
 } // namespace orvane

@@ -101,13 +101,14 @@ private:
 
 // ---- Copying them --------------------------------------------------------------------------------
 
-// Reads records piece by piece, and writes those that are wanted.
+// Reads records piece by piece, on several threads, and writes those that are wanted.
 class Copying
 {
 public:
-    Copying(const Wanted &wanted, ReplacementFile &out, Work &work)
-        : wanted_(wanted), out_(out), work_(work), record_size_(wanted.table->record_size()),
-          per_piece_(std::max<std::int64_t>(1, piece_bytes / record_size_))
+    // `share` as in Work::for_parts.
+    Copying(const Wanted &wanted, ReplacementFile &out, Work &work, double share)
+        : wanted_(wanted), out_(out), work_(work), share_(share), record_size_(wanted.table->record_size()),
+          per_piece_(std::max<std::int64_t>(1, piece_bytes / record_size_)), pieces_(Work::part_slots())
     {
     }
 
@@ -115,32 +116,36 @@ public:
     {
         if (wanted_.records.empty())
             return Status();
-        auto file = wanted_.table->open_records(wanted_.snapshot, work_);
+        const auto file = wanted_.table->open_records(wanted_.snapshot, work_);
         if (!file.ok())
             return file.status();
-        const auto count = static_cast<std::int64_t>(wanted_.records.size());
-        for (std::int64_t first = 0; first < count; first += per_piece_) {
-            const std::int64_t end = std::min(count, first + per_piece_);
-            if (Status copied = copy_piece(**file, first, end); !copied.ok())
-                return copied;
-            if (Status told = work_.poll(); !told.ok())
-                return told;
-        }
-        return Status();
+        return work_.for_parts(
+            static_cast<std::int64_t>(wanted_.records.size()), per_piece_, share_,
+            [&](std::int64_t first, std::int64_t end, unsigned slot) {
+                return read_piece(**file, first, end, pieces_[slot]);
+            },
+            [&](std::int64_t, std::int64_t, unsigned slot) {
+                return pieces_[slot].chosen.empty() ? Status() : out_.write(pieces_[slot].chosen);
+            });
     }
 
 private:
-    Status copy_piece(RandomAccessFile &file, std::int64_t first, std::int64_t end)
+    struct Piece {
+        std::vector<char> bytes; // of all records
+        std::string chosen;      // those of the ones that are wanted
+    };
+
+    Status read_piece(RandomAccessFile &file, std::int64_t first, std::int64_t end, Piece &piece) const
     {
+        piece.chosen.clear();
         const auto begins = wanted_.records.begin() + static_cast<std::ptrdiff_t>(first);
         if (std::none_of(begins, wanted_.records.begin() + static_cast<std::ptrdiff_t>(end),
                          [](bool wanted) { return wanted; }))
             return Status();
-        piece_.resize(static_cast<std::size_t>((end - first) * record_size_));
-        const auto got = file.read_at(first * record_size_, std::span<char>(piece_));
+        piece.bytes.resize(static_cast<std::size_t>((end - first) * record_size_));
+        const auto got = file.read_at(first * record_size_, std::span<char>(piece.bytes));
         if (!got.ok())
             return got.status();
-        chosen_.clear();
         for (std::int64_t record = first; record < end; ++record) {
             if (!wanted_.records[static_cast<std::size_t>(record)])
                 continue;
@@ -151,22 +156,22 @@ private:
                 return Status(Code::NotFound, concat("record ", record, " of table ", wanted_.table->name(),
                                                      " is gone: the file was cut short while it was read"));
             }
-            const std::string_view text(piece_.data() + at, size);
+            const std::string_view text(piece.bytes.data() + at, size);
             if (text.find('\n') != size - 1)
                 return Status(Code::Format, concat("record ", record, " of table ", wanted_.table->name(),
                                                    " has its line feed out of place; mend the file"));
-            chosen_.append(text);
+            piece.chosen.append(text);
         }
-        return out_.write(chosen_);
+        return Status();
     }
 
     const Wanted &wanted_;
     ReplacementFile &out_;
     Work &work_;
+    const double share_;
     const std::int64_t record_size_;
     const std::int64_t per_piece_;
-    std::vector<char> piece_;
-    std::string chosen_;
+    std::vector<Piece> pieces_; // of the slots
 };
 
 // ---- The database --------------------------------------------------------------------------------
@@ -192,14 +197,13 @@ public:
 
     Status write_tables(std::vector<Wanted> tables, Work &work)
     {
-        double done = 0;
+        auto left = static_cast<double>(tables.size());
         for (const Wanted &wanted : tables) {
             ReplacementFile *file = nullptr;
             if (Status made = make(path_.with_ending("." + wanted.table->name()), file); !made.ok())
                 return made;
-            if (Status copied = Copying(wanted, *file, work).copy(); !copied.ok())
+            if (Status copied = Copying(wanted, *file, work, 1 / left--).copy(); !copied.ok())
                 return copied;
-            work.advance_to(++done / static_cast<double>(tables.size()));
         }
         return Status();
     }

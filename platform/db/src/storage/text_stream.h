@@ -19,8 +19,6 @@ public:
 
     // Where text is appended that is to be written.
     std::string &text() { return text_; }
-    // Writes the text if it has become long.
-    Status write_if_long() { return text_.size() < long_enough ? Status() : write_text(); }
     // Writes text that lies elsewhere behind what was appended so far.
     Status write(std::string_view text);
     // Writes what is left and makes the stream pass it on, so that a full disk shows here and not when the
@@ -28,8 +26,6 @@ public:
     Status finish();
 
 private:
-    static constexpr std::size_t long_enough = 1 << 20;
-
     Status write_text();
     Status put(std::string_view text);
 

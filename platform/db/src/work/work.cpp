@@ -3,6 +3,7 @@
 #include "base/concat.h"
 
 #include <algorithm>
+#include <condition_variable>
 #include <cstdlib>
 #include <exception>
 #include <limits>
@@ -159,6 +160,141 @@ Status Work::for_blocks(std::int64_t count, std::int64_t block, double share, co
     if (run.thrown)
         std::rethrow_exception(run.thrown);
     return run.failure;
+}
+
+// ---- Parts that are taken in order ---------------------------------------------------------------
+
+// What the threads of one for_parts share.
+struct Work::PartRun {
+    struct Slot {
+        bool is_made = false;
+        Status failure = {};
+        std::exception_ptr thrown = {};
+    };
+
+    const PartBody &make;
+    const std::int64_t count;
+    const std::int64_t block;
+    const std::int64_t parts;
+    std::mutex mutex = {};
+    std::condition_variable changed = {};
+    // With the lock:
+    std::vector<Slot> slots = std::vector<Slot>(part_slots());
+    std::int64_t next = 0;  // the part that is made next
+    std::int64_t taken = 0; // parts that were taken
+    bool ended = false;     // no further ones are made
+
+    std::int64_t begin_of(std::int64_t part) const { return part * block; }
+    std::int64_t end_of(std::int64_t part) const { return std::min(count, (part + 1) * block); }
+    unsigned slot_of(std::int64_t part) const
+    {
+        return static_cast<unsigned>(part % static_cast<std::int64_t>(slots.size()));
+    }
+    bool has_free_slot() const { return next < taken + static_cast<std::int64_t>(slots.size()); }
+
+    // Makes the next part. `lock` is held, and let go of meanwhile.
+    void make_next(std::unique_lock<std::mutex> &lock)
+    {
+        const std::int64_t part = next++;
+        Slot made{.is_made = true};
+        lock.unlock();
+        try {
+            made.failure = make(begin_of(part), end_of(part), slot_of(part));
+        } catch (...) {
+            made.thrown = std::current_exception();
+        }
+        lock.lock();
+        ended = ended || !made.failure.ok() || made.thrown;
+        slots[slot_of(part)] = std::move(made);
+        changed.notify_all();
+    }
+    void help()
+    {
+        std::unique_lock lock(mutex);
+        for (;;) {
+            changed.wait(lock, [this] { return ended || next == parts || has_free_slot(); });
+            if (ended || next == parts)
+                return;
+            make_next(lock);
+        }
+    }
+    void end()
+    {
+        const std::lock_guard lock(mutex);
+        ended = true;
+        changed.notify_all();
+    }
+
+    // Waits for the part that is to be taken, or makes one; what can't be made is the failure. False: neither
+    // was to be done yet.
+    Result<bool> await_part()
+    {
+        std::unique_lock lock(mutex);
+        Slot &slot = slots[slot_of(taken)];
+        if (!slot.is_made && !ended && next < parts && has_free_slot()) {
+            make_next(lock);
+            return false;
+        }
+        if (!slot.is_made)
+            changed.wait_for(lock, std::chrono::milliseconds(20), [&] { return slot.is_made; });
+        if (slot.thrown)
+            std::rethrow_exception(slot.thrown);
+        if (!slot.failure.ok())
+            return slot.failure;
+        return slot.is_made;
+    }
+    void free_slot()
+    {
+        const std::lock_guard lock(mutex);
+        slots[slot_of(taken++)] = Slot();
+        changed.notify_all();
+    }
+};
+
+Status Work::take_parts(PartRun &run, double to, const PartBody &take)
+{
+    const double from = fraction_;
+    for (std::int64_t part = 0; part < run.parts;) {
+        const auto made = run.await_part();
+        if (!made.ok())
+            return made.status();
+        if (*made) {
+            if (Status taken = take(run.begin_of(part), run.end_of(part), run.slot_of(part)); !taken.ok())
+                return taken;
+            run.free_slot();
+            ++part;
+            fraction_ = from + (to - from) * static_cast<double>(part) / static_cast<double>(run.parts);
+        }
+        if (Status told = poll(); !told.ok())
+            return told;
+    }
+    return Status();
+}
+
+Status Work::for_parts(std::int64_t count, std::int64_t block, double share, const PartBody &make,
+                       const PartBody &take)
+{
+    if (Status told = poll(); !told.ok())
+        return told;
+    if (count <= 0)
+        return Status();
+    PartRun run{.make = make, .count = count, .block = block, .parts = (count + block - 1) / block};
+    const double to = fraction_ + (1 - fraction_) * share;
+    const auto helpers = static_cast<unsigned>(std::min<std::int64_t>(run.parts, thread_limit())) - 1;
+    std::vector<std::jthread> threads;
+    // Before the threads are waited for, however this is left.
+    struct End {
+        PartRun &run;
+        ~End() { run.end(); }
+    } const end{run};
+    threads.reserve(helpers);
+    try {
+        for (unsigned thread = 0; thread < helpers; ++thread)
+            threads.emplace_back([&run] { run.help(); });
+    } catch (const std::system_error &) {
+        // No further threads are to be had: those that there are do all of it.
+    }
+    return take_parts(run, to, take);
 }
 
 } // namespace orvane

@@ -9,7 +9,6 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <utility>
 
 namespace orvane {
 
@@ -46,6 +45,17 @@ public:
     // `share` is the part of what is left of the whole operation that this is, for the hook.
     Status for_blocks(std::int64_t count, std::int64_t block, double share, const Body &body);
 
+    // Makes the parts of [0, count) on several threads, where there are several, and takes them one after the
+    // other on the calling one: what is written in order is prepared beside it. A part is made into a slot,
+    // below part_slots(), that is its own until it was taken. Parts begin at multiples of `block`. The first
+    // part that can't be made or taken ends it, when those before it have been taken; what is thrown is
+    // thrown here. Between parts the progress hook is asked.
+    using PartBody = std::function<Status(std::int64_t begin, std::int64_t end, unsigned slot)>;
+    Status for_parts(std::int64_t count, std::int64_t block, double share, const PartBody &make,
+                     const PartBody &take);
+    // How many parts there are at a time.
+    static unsigned part_slots() { return thread_limit() + 2; }
+
     // Asks the hook when it is time to. Of the calling thread only; a failure says "cancelled".
     Status poll();
     // Whether to stop. Of any thread: long bodies ask this and return, whatever they return.
@@ -55,13 +65,14 @@ public:
     void stop() { stopped_.store(true, std::memory_order_relaxed); }
 
     // A table changed while it was read: what was made of it is worth nothing, and the operation is begun
-    // anew, a few times.
+    // anew, a few times. Of any thread.
     void meet_change() { changed_ = true; }
     bool take_change()
     {
-        if (changed_)
+        const bool changed = changed_.exchange(false);
+        if (changed)
             snapshots_.forget();
-        return std::exchange(changed_, false);
+        return changed;
     }
 
     // The tables as the operation sees them. Of the calling thread only.
@@ -77,7 +88,9 @@ public:
 
 private:
     struct Run;
+    struct PartRun;
     void run_blocks(Run &run, unsigned thread);
+    Status take_parts(PartRun &run, double to, const PartBody &take);
 
     const char *call_;
     ProgressHook hook_;
@@ -85,7 +98,7 @@ private:
     double fraction_ = 0;
     Snapshots snapshots_;
     const ChangeListener *listener_ = nullptr;
-    bool changed_ = false;
+    std::atomic<bool> changed_ = false;
     std::atomic<bool> stopped_ = false;
 };
 

@@ -126,6 +126,68 @@ TEST_F(SettledFileTest, waits_for_a_change_in_place)
     rest.join();
 }
 
+TEST_F(SettledFileTest, reads_pieces_under_one_lock)
+{
+    folder_.writeFile("table", "aaaabbbbccccdd");
+    const auto file = open();
+    const auto writer = open_to_write();
+    std::string buffer(4, '?');
+    std::string all;
+    const auto take = [&](std::int64_t offset, std::span<const char> piece) {
+        EXPECT_EQ(offset, static_cast<std::int64_t>(all.size()));
+        all.append(piece.data(), piece.size());
+        const auto locked = writer->try_lock(LockKind::Exclusive, content_lock);
+        EXPECT_TRUE(locked.ok() && !*locked);
+        return all.size() < 12 ? Status() : Status(Code::Format, "enough");
+    };
+    auto got = file->read_pieces(0, 8, buffer, take);
+    ASSERT_TRUE(got.ok());
+    EXPECT_EQ(*got, 8);
+    EXPECT_EQ(all, "aaaabbbb");
+    // A failure ends it, and the lock with it.
+    got = file->read_pieces(8, 6, buffer, take);
+    EXPECT_EQ(got.status().message(), "enough");
+    const auto locked = writer->try_lock(LockKind::Exclusive, content_lock);
+    EXPECT_TRUE(locked.ok() && *locked);
+}
+
+TEST_F(SettledFileTest, reads_pieces_up_to_the_end_of_the_file)
+{
+    folder_.writeFile("table", "aaaabbbbcc");
+    for (const bool lock : {true, false}) {
+        std::string buffer(4, '?');
+        std::string all;
+        const auto got = open(FilePolicy{.lock = lock})
+                             ->read_pieces(0, 12, buffer, [&](std::int64_t, std::span<const char> piece) {
+                                 all.append(piece.data(), piece.size());
+                                 return Status();
+                             });
+        ASSERT_TRUE(got.ok());
+        EXPECT_EQ(*got, 8);
+        EXPECT_EQ(all, "aaaabbbb");
+    }
+}
+
+TEST_F(SettledFileTest, shows_in_pieces_what_was_there_while_a_change_is_not_done)
+{
+    folder_.writeFile("table", "aaaaXXXXYYcc");
+    write_note(4, "bbbbcc", *files_.state(path()));
+    for (const bool held : {false, true}) {
+        const auto writer = open_to_write();
+        if (held) {
+            EXPECT_TRUE(*writer->try_lock(LockKind::Exclusive, content_lock));
+        }
+        std::string buffer(4, '?');
+        std::string all;
+        const auto got = open()->read_pieces(0, 12, buffer, [&](std::int64_t, std::span<const char> piece) {
+            all.append(piece.data(), piece.size());
+            return Status();
+        });
+        ASSERT_TRUE(got.ok());
+        EXPECT_EQ(all, "aaaabbbbcccc");
+    }
+}
+
 TEST_F(SettledFileTest, reads_on_when_a_lock_is_not_let_go)
 {
     folder_.writeFile("table", "0123456789");

@@ -3,6 +3,7 @@
 
 #include "catalog/database_registry.h"
 #include "column/fixed_number.h"
+#include "column/wide_number.h"
 #include "operation/rows_by_id.h"
 #include "table/field_value.h"
 #include "view/view.h"
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <map>
@@ -33,14 +35,25 @@ orvane::Attribute attributeOf(orvane::FieldType type, const char *format)
     return attribute;
 }
 
-// Whether it was read at all; what was read has to be what the field holds.
 template <typename T>
-bool readRightly(const orvane::FixedNumber &fixed, const std::string &field)
+bool isRead(const orvane::FixedNumber &number, const char *at, T &value)
+{
+    return number.read(at, value);
+}
+template <typename T>
+bool isRead(const orvane::WideNumber &number, const char *at, T &value)
+{
+    return number.read(at, 0, 1, &value) == 1;
+}
+
+// Whether it was read at all; what was read has to be what the field holds.
+template <typename T, typename Number>
+bool readRightly(const Number &number, const std::string &field)
 {
     // What stands around a field doesn't count.
     const std::string record = "0123456789abcde-" + field + "987654321";
     T value{};
-    if (!fixed.read(record.data() + 16, value))
+    if (!isRead(number, record.data() + 16, value))
         return false;
     if constexpr (std::is_same_v<T, double>) {
         const auto expected = orvane::decode_real(field);
@@ -126,6 +139,79 @@ TEST(FixedNumber, LeavesOtherFormatsAlone)
     EXPECT_FALSE(orvane::FixedNumber(attributeOf(orvane::FieldType::Real, "%24.4f")).usable());
     EXPECT_FALSE(orvane::FixedNumber(attributeOf(orvane::FieldType::Real, "%20.12f")).usable());
     EXPECT_FALSE(orvane::FixedNumber(attributeOf(orvane::FieldType::String, "%9s")).usable());
+}
+
+// Read alone, and as one of several: what FixedNumber reads, unless it is wider than what is looked at.
+template <typename T>
+void compareWithFixed(const orvane::Attribute &attribute, std::string_view characters, unsigned seed)
+{
+    const orvane::FixedNumber fixed(attribute);
+    const orvane::WideNumber wide(attribute);
+    if (!wide.usable())
+        GTEST_SKIP() << "this processor has no wide registers";
+    std::mt19937_64 random(seed);
+    int read = 0;
+    for (int i = 0; i < 50000; ++i) {
+        const auto magnitude = static_cast<int>(random() % 14);
+        const double value =
+            std::floor(static_cast<double>(static_cast<int64_t>(random())) / std::pow(10.0, 5 + magnitude)) /
+            8;
+        char text[400];
+        const int length = std::is_same_v<T, double>
+                               ? std::snprintf(text, sizeof text, attribute.format.c_str(), value)
+                               : std::snprintf(text, sizeof text, "%*lld", static_cast<int>(attribute.width),
+                                               static_cast<long long>(value));
+        if (length != attribute.width)
+            continue;
+        std::string field = text;
+        for (auto changes = characters.empty() ? 0 : random() % 3; changes > 0; --changes)
+            field[random() % field.size()] = characters[random() % characters.size()];
+        const bool wideRead = readRightly<T>(wide, field);
+        const bool tooWide = field.size() > 16 && field[0] != ' ';
+        EXPECT_EQ(wideRead, readRightly<T>(fixed, field) && !tooWide) << '"' << field << '"';
+        read += wideRead ? 1 : 0;
+    }
+    EXPECT_GT(read, 1000);
+}
+
+TEST(WideNumber, ReadsWhatIsReadOneByOne)
+{
+    constexpr std::string_view disturbing = "0123456789 -+./:eE\t\xb0";
+    for (const std::string_view characters : {std::string_view(), disturbing}) {
+        for (const char *format :
+             {"%9.4f", "%17.5f", "%6.3f", "%7.2f", "%10.1f", "%16.3f", "%12.8f", "%8.0f"}) {
+            SCOPED_TRACE(format);
+            compareWithFixed<double>(attributeOf(orvane::FieldType::Real, format), characters, 3);
+        }
+        for (const char *format : {"%8d", "%16d", "%9d", "%4d"}) {
+            SCOPED_TRACE(format);
+            compareWithFixed<int64_t>(attributeOf(orvane::FieldType::Integer, format), characters, 4);
+        }
+    }
+}
+
+TEST(WideNumber, StopsAtTheFirstOfAnotherForm)
+{
+    const orvane::WideNumber wide(attributeOf(orvane::FieldType::Integer, "%4d"));
+    if (!wide.usable())
+        GTEST_SKIP() << "this processor has no wide registers";
+    const std::string records = "----------------  12|  -7|1e3 |  15|";
+    std::array<int64_t, 4> values{};
+    EXPECT_EQ(wide.read(records.data() + 16, 5, 4, values.data()), 2);
+    EXPECT_EQ(values[0], 12);
+    EXPECT_EQ(values[1], -7);
+    EXPECT_EQ(wide.read(records.data() + 31, 5, 1, values.data()), 1);
+    EXPECT_EQ(values[0], 15);
+    EXPECT_EQ(wide.read(records.data() + 16, 5, 0, values.data()), 0);
+}
+
+TEST(WideNumber, LeavesOtherFormatsAlone)
+{
+    EXPECT_FALSE(orvane::WideNumber(attributeOf(orvane::FieldType::Real, "%9.4e")).usable());
+    EXPECT_FALSE(orvane::WideNumber(attributeOf(orvane::FieldType::Real, "%18.5f")).usable());
+    EXPECT_FALSE(orvane::WideNumber(attributeOf(orvane::FieldType::Integer, "%17d")).usable());
+    EXPECT_FALSE(orvane::WideNumber(attributeOf(orvane::FieldType::Boolean, "%1d")).usable());
+    EXPECT_FALSE(orvane::WideNumber(attributeOf(orvane::FieldType::String, "%9s")).usable());
 }
 
 // ---- Rows by id ----------------------------------------------------------------------------------

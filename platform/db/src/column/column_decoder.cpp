@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 #include <type_traits>
 
@@ -14,7 +15,9 @@ namespace orvane {
 
 namespace {
 
-constexpr std::int64_t block_bytes = 512 << 10; // read at a time: what stays in the second-level cache
+constexpr std::int64_t block_bytes = 4 << 20; // that a thread takes at a time
+constexpr std::int64_t piece_bytes = 256
+                                     << 10; // of them, read at a time: what stays in the second-level cache
 
 // What one thread decodes with.
 struct ThreadState {
@@ -63,15 +66,18 @@ private:
 
     Status decode_block(std::int64_t begin, std::int64_t end, ThreadState &thread)
     {
-        const auto read = read_records(records_, begin, end, thread.buffer);
+        const auto read = scan_records(records_, begin, end, thread.buffer,
+                                       [&](std::int64_t first, std::int64_t count, const char *records) {
+                                           for (std::size_t i = 0; i < fields_.size(); ++i)
+                                               thread.decoders[i].decode(records, first, count, *columns_[i]);
+                                           return Status();
+                                       });
         if (!read.ok())
             return read.status();
         if (!*read) {
             shortened_ = true;
             return Status(Code::NotFound, concat(records_.shown, ": became shorter while it was read"));
         }
-        for (std::size_t i = 0; i < fields_.size(); ++i)
-            thread.decoders[i].decode(thread.buffer.data(), begin, end - begin, *columns_[i]);
         return Status();
     }
 
@@ -91,8 +97,6 @@ private:
         Column &column = *columns_[field];
         auto all = std::make_shared<TextEntries>();
         std::vector<std::vector<std::uint32_t>> merged(threads_.size());
-        column.null_code = all->code_of(trimmed_right(fields_[field].attribute->null));
-        column.codes.back() = column.null_code;
         for (std::size_t thread = 0; thread < threads_.size(); ++thread) {
             const TextEntries &own = *threads_[thread].texts[field];
             for (std::uint32_t code = 0; code < own.size(); ++code) {
@@ -102,11 +106,15 @@ private:
                         return told;
             }
         }
-        const std::int64_t group = 64 * block_;
+        column.null_code = all->code_of(trimmed_right(fields_[field].attribute->null));
+        column.codes.back() = column.null_code;
+        const std::int64_t group = 8 * block_;
         Status done =
             work_.for_blocks(column.count, group, 0.2, [&](std::int64_t begin, std::int64_t end, unsigned) {
                 for (std::int64_t at = begin; at < end; at += block_) {
                     const auto thread = block_threads_[static_cast<std::size_t>(at / block_)];
+                    if (thread == 0)
+                        continue; // whose texts came first, and have the codes that they had
                     const auto &codes = merged[thread];
                     const auto last = static_cast<std::size_t>(std::min(end, at + block_));
                     for (auto i = static_cast<std::size_t>(at); i < last; ++i)
@@ -179,28 +187,64 @@ Status line_feed_within(const RecordSpan &records, std::int64_t begin, std::stri
                          start + static_cast<std::int64_t>(at % size), ", before its end; mend the file"));
 }
 
+// Whether the records from `begin` on have their line feeds at their ends alone.
+Status check_line_feeds(const RecordSpan &records, std::int64_t begin, std::span<const char> bytes)
+{
+    const auto size = static_cast<std::size_t>(records.record_size);
+    const std::size_t count = bytes.size() / size;
+    for (std::size_t i = 0; i < count; ++i)
+        if (bytes[(i + 1) * size - 1] != '\n') {
+            const std::int64_t record = begin + static_cast<std::int64_t>(i);
+            return Status(Code::Format,
+                          concat(records.shown, ": record ", record, ", bytes ", record * records.record_size,
+                                 " to ", (record + 1) * records.record_size - 1,
+                                 ", has no line feed at its end; mend the file"));
+        }
+    if (count_line_feeds(bytes) != count)
+        return line_feed_within(records, begin, {bytes.data(), bytes.size()});
+    return Status();
+}
+
+Status cannot_read(const RecordSpan &records, std::int64_t begin, std::int64_t end, const Status &why)
+{
+    return Status(why.code(), concat(records.shown, ": cannot read records ", begin, " to ", end - 1, ": ",
+                                     why.message()));
+}
+
 } // namespace
 
 Result<bool> read_records(const RecordSpan &records, std::int64_t begin, std::int64_t end,
                           std::vector<char> &buffer)
 {
-    const auto size = static_cast<std::size_t>(records.record_size);
-    buffer.resize(static_cast<std::size_t>(end - begin) * size);
+    buffer.resize(static_cast<std::size_t>((end - begin) * records.record_size));
     const auto got = records.file.read_at(begin * records.record_size, buffer);
     if (!got.ok())
-        return Status(got.status().code(), concat(records.shown, ": cannot read records ", begin, " to ",
-                                                  end - 1, ": ", got.status().message()));
+        return cannot_read(records, begin, end, got.status());
     if (*got < buffer.size())
         return false;
-    for (std::int64_t record = begin; record < end; ++record)
-        if (buffer[static_cast<std::size_t>(record - begin + 1) * size - 1] != '\n')
-            return Status(Code::Format,
-                          concat(records.shown, ": record ", record, ", bytes ", record * records.record_size,
-                                 " to ", (record + 1) * records.record_size - 1,
-                                 ", has no line feed at its end; mend the file"));
-    if (count_line_feeds(buffer) != static_cast<std::size_t>(end - begin))
-        return line_feed_within(records, begin, {buffer.data(), buffer.size()});
-    return true;
+    Status checked = check_line_feeds(records, begin, buffer);
+    return checked.ok() ? Result<bool>(true) : checked;
+}
+
+Result<bool> scan_records(const RecordSpan &records, std::int64_t begin, std::int64_t end,
+                          std::vector<char> &buffer, const TakeRecords &take)
+{
+    const std::int64_t size = records.record_size;
+    buffer.resize(static_cast<std::size_t>(std::max<std::int64_t>(1, piece_bytes / size) * size));
+    Status taken;
+    const auto got = records.file.read_pieces(
+        begin * size, (end - begin) * size, buffer, [&](std::int64_t offset, std::span<const char> piece) {
+            const std::int64_t first = offset / size;
+            taken = check_line_feeds(records, first, piece);
+            if (taken.ok())
+                taken = take(first, static_cast<std::int64_t>(piece.size()) / size, piece.data());
+            return taken;
+        });
+    if (!taken.ok())
+        return taken;
+    if (!got.ok())
+        return cannot_read(records, begin, end, got.status());
+    return *got == (end - begin) * size;
 }
 
 Result<std::vector<std::shared_ptr<Column>>> decode_columns(const RecordSpan &records,
@@ -214,6 +258,19 @@ Result<std::vector<std::shared_ptr<Column>>> decode_columns(const RecordSpan &re
 }
 
 // ---- The fields of a block -----------------------------------------------------------------------
+
+namespace {
+
+template <typename T>
+bool has_value(const T *values, std::int64_t count, T value)
+{
+    bool met = false;
+    for (std::int64_t i = 0; i < count; ++i)
+        met |= values[i] == value;
+    return met;
+}
+
+} // namespace
 
 void FieldDecoder::decode(const char *records, std::int64_t first, std::int64_t count, Column &column)
 {
@@ -246,41 +303,53 @@ bool FieldDecoder::read_plain(const char *at, std::int64_t n, T &value) const
         return decode_plain_integer(at, at + field_.attribute->width, value);
 }
 
+template <typename T>
+std::int64_t FieldDecoder::read_usual(const char *at, std::int64_t n, std::int64_t count, T *out) const
+{
+    return wide_.usable() && (n > 0 || field_.offset >= wide_.bytes_before())
+               ? wide_.read(at, record_size_, count, out)
+               : 0;
+}
+
 void FieldDecoder::decode_integers(const char *at, std::int64_t count, std::int64_t *out)
 {
     const std::int64_t width = field_.attribute->width;
     const std::int64_t null = field_.attribute->null_integer;
     const bool boolean = field_.attribute->type == FieldType::Boolean;
-    bool met_null = false;
-    for (std::int64_t i = 0; i < count; ++i, at += record_size_) {
+    for (std::int64_t i = 0; i < count; ++i) {
+        i += read_usual(at + i * record_size_, i, count - i, out + i);
+        if (i == count)
+            break;
+        const char *const field = at + i * record_size_;
         std::int64_t value = 0;
-        if (!read_plain(at, i, value) || (boolean && value != 0 && value != 1)) {
-            const auto read = decode_field(*field_.attribute, {at, static_cast<std::size_t>(width)});
+        if (!read_plain(field, i, value) || (boolean && value != 0 && value != 1)) {
+            const auto read = decode_field(*field_.attribute, {field, static_cast<std::size_t>(width)});
             unreadable_ += read ? 0 : 1;
             value = read ? read->integer : null;
         }
-        met_null |= value == null;
         out[i] = value;
     }
-    met_null_ |= met_null;
+    met_null_ |= has_value(out, count, null);
 }
 
 void FieldDecoder::decode_reals(const char *at, std::int64_t count, double *out)
 {
     const std::int64_t width = field_.attribute->width;
     const double null = field_.attribute->null_real;
-    bool met_null = false;
-    for (std::int64_t i = 0; i < count; ++i, at += record_size_) {
+    for (std::int64_t i = 0; i < count; ++i) {
+        i += read_usual(at + i * record_size_, i, count - i, out + i);
+        if (i == count)
+            break;
+        const char *const field = at + i * record_size_;
         double value = 0;
-        if (!read_plain(at, i, value)) {
-            const auto read = decode_field(*field_.attribute, {at, static_cast<std::size_t>(width)});
+        if (!read_plain(field, i, value)) {
+            const auto read = decode_field(*field_.attribute, {field, static_cast<std::size_t>(width)});
             unreadable_ += read ? 0 : 1;
             value = read ? read->real : null;
         }
-        met_null |= value == null;
         out[i] = value;
     }
-    met_null_ |= met_null;
+    met_null_ |= has_value(out, count, null);
 }
 
 void FieldDecoder::decode_texts(const char *at, std::int64_t count, std::uint32_t *out)
@@ -299,9 +368,17 @@ void FieldDecoder::decode_short_texts(const char *at, std::int64_t count, std::u
 {
     const auto width = static_cast<std::size_t>(field_.attribute->width);
     recent_.resize(recent_count);
+    // With what stands before the field, which is then left out; before the first record is nothing of ours.
+    const std::size_t before = sizeof(std::uint64_t) - width;
+    const bool whole_words = std::endian::native == std::endian::little;
     for (std::int64_t i = 0; i < count; ++i, at += record_size_) {
         std::uint64_t packed = 0;
-        std::memcpy(&packed, at, width);
+        if (whole_words && (i > 0 || field_.offset >= static_cast<std::int64_t>(before))) {
+            std::memcpy(&packed, at - before, sizeof packed);
+            packed >>= 8 * before;
+        } else {
+            std::memcpy(&packed, at, width);
+        }
         RecentText &recent = recent_[(packed * 0x9e3779b97f4a7c15u) >> 52];
         if (recent.packed != packed || recent.code == TextEntries::none) {
             recent.packed = packed;

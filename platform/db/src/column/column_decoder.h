@@ -3,10 +3,12 @@
 
 #include "column/column.h"
 #include "column/fixed_number.h"
+#include "column/wide_number.h"
 #include "schema/relation.h"
 #include "storage/file_system.h"
 #include "work/work.h"
 
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -26,6 +28,12 @@ struct RecordSpan {
 Result<bool> read_records(const RecordSpan &records, std::int64_t begin, std::int64_t end,
                           std::vector<char> &buffer);
 
+// Reads the records [begin, end), some megabytes at most, in pieces that fit into the buffer, and gives them
+// to `take`, whose failure ends it. Answers and fails as `read_records`.
+using TakeRecords = std::function<Status(std::int64_t first, std::int64_t count, const char *records)>;
+Result<bool> scan_records(const RecordSpan &records, std::int64_t begin, std::int64_t end,
+                          std::vector<char> &buffer, const TakeRecords &take);
+
 // The columns of the fields, in their order. A file that has become shorter is a change met by the work.
 Result<std::vector<std::shared_ptr<Column>>>
 decode_columns(const RecordSpan &records, std::span<const RelationField> fields, Work &work);
@@ -36,7 +44,8 @@ class FieldDecoder
 {
 public:
     FieldDecoder(const RelationField &field, std::int64_t record_size, TextEntries *texts)
-        : field_(field), fixed_(*field.attribute), record_size_(record_size), texts_(texts)
+        : field_(field), fixed_(*field.attribute), wide_(*field.attribute), record_size_(record_size),
+          texts_(texts)
     {
     }
 
@@ -61,9 +70,14 @@ private:
     // Reads the number of the n-th record of those in memory, from `at` on.
     template <typename T>
     bool read_plain(const char *at, std::int64_t n, T &value) const;
+    // Reads numbers from that of the n-th record on for as long as they are of the usual form, and answers
+    // how many.
+    template <typename T>
+    std::int64_t read_usual(const char *at, std::int64_t n, std::int64_t count, T *out) const;
 
     RelationField field_;
     FixedNumber fixed_;
+    WideNumber wide_;
     std::int64_t record_size_;
     TextEntries *texts_; // null for numbers
     std::vector<RecentText> recent_;

@@ -38,9 +38,10 @@ ORVANE_WIDE_VECTORS void narrow(const ColumnView &column, const Value &constant,
             std::fill_n(mask, count, std::uint8_t{0});
         return;
     }
-    if (!equality && column.nulls)
+    // The mask could be a part of the column for all that a compiler knows.
+    if (const std::uint8_t *const nulls = column.nulls; !equality && nulls)
         for (std::size_t i = 0; i < count; ++i)
-            mask[i] = static_cast<std::uint8_t>(mask[i] & (column.nulls[i] ^ 1));
+            mask[i] = static_cast<std::uint8_t>(mask[i] & (nulls[i] ^ 1));
     const T *values = nullptr;
     T number{};
     if constexpr (std::is_same_v<T, double>) {
@@ -87,6 +88,35 @@ MaskKernel comparison_mask(Operator op, Storage storage)
     default:
         return nullptr;
     }
+}
+
+namespace {
+
+ORVANE_WIDE_VECTORS void mask_of_code(const std::uint32_t *codes, std::size_t count, std::uint32_t code,
+                                      std::uint8_t *mask)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        mask[i] = codes[i] == code ? 1 : 0;
+}
+
+} // namespace
+
+void mask_of_codes(const std::uint32_t *codes, std::size_t count, const std::vector<std::uint8_t> &holds,
+                   bool all_count, std::uint8_t *mask)
+{
+    const std::uint8_t *const of_code = holds.data();
+    const auto next_from = [&](std::size_t code) {
+        const void *const found = std::memchr(of_code + code, 1, holds.size() - code);
+        return found ? static_cast<std::size_t>(static_cast<const std::uint8_t *>(found) - of_code)
+                     : holds.size();
+    };
+    const std::size_t first = all_count ? next_from(0) : 0;
+    if (all_count && (first == holds.size() || next_from(first + 1) == holds.size())) {
+        mask_of_code(codes, count, static_cast<std::uint32_t>(first), mask);
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i)
+        mask[i] = of_code[codes[i]];
 }
 
 std::size_t positions_of_mask(const std::uint8_t *mask, std::size_t count, std::uint32_t *out)

@@ -1,13 +1,17 @@
 // What depends on one text column alone is worked out once per entry of the column's dictionary: the entries
 // that a batch needs for the first time are made a batch of their own.
 #include <algorithm>
+#include <numeric>
 
+#include "expression/comparison_masks.h"
 #include "expression/evaluation.h"
 
 namespace orvane::expr {
 
 namespace {
 
+// So many are worked out at once, before it is known which of them the rows have.
+constexpr std::size_t most_at_once = 4096;
 // Beyond these the rows are worked out one by one.
 constexpr std::size_t max_entries = std::size_t{1} << 20;
 constexpr std::size_t max_memo_bytes = std::size_t{64} << 20;
@@ -81,6 +85,7 @@ EntryMemo *Evaluation::memo_of_size(const BoundNode &node, const TextDictionary 
     memo_bytes_ += more;
     if (!memo)
         memo = memos_.emplace(&node, std::make_unique<EntryMemo>()).first->second.get();
+    memo->complete = false;
     if (!same) {
         memo->known.assign(memo->known.size(), 0);
         memo->arena.clear();
@@ -109,6 +114,12 @@ EntryMemo *Evaluation::memo_of_size(const BoundNode &node, const TextDictionary 
 
 Status Evaluation::learn(const BoundNode &node, EntryMemo &memo, const ColumnView &view, Selection selection)
 {
+    if (!view.nulls && learn_all(node, memo, *view.dictionary))
+        return {};
+    if (memo.complete) { // without the nulls that there are now
+        memo.complete = false;
+        memo.known.assign(memo.known.size(), 0);
+    }
     std::vector<std::uint32_t> codes;
     std::vector<std::uint8_t> nulls;
     for_each(selection, [&](std::size_t position) {
@@ -123,6 +134,39 @@ Status Evaluation::learn(const BoundNode &node, EntryMemo &memo, const ColumnVie
         return {};
     EntryBatch entries(codes, nulls, *view.dictionary);
     return learn_entries(node, memo, entries, codes);
+}
+
+// False where the entries are too many, or one of them can't be worked out, which perhaps no row asks for.
+bool Evaluation::learn_all(const BoundNode &node, EntryMemo &memo, const TextDictionary &dictionary)
+{
+    if (memo.complete || dictionary.size() > most_at_once)
+        return memo.complete;
+    std::vector<std::uint32_t> codes(dictionary.size());
+    std::iota(codes.begin(), codes.end(), 0u);
+    const std::vector<std::uint8_t> nulls(codes.size(), Present);
+    EntryBatch entries(codes, nulls, dictionary);
+    if (!learn_entries(node, memo, entries, codes).ok())
+        return false;
+    std::fill(memo.known.begin(), memo.known.end(), std::uint8_t{1});
+    return memo.complete = true;
+}
+
+void Evaluation::take_known(const EntryMemo &memo, const ColumnView &view, Selection selection,
+                            SelectionVector &out)
+{
+    if (!selection.positions) {
+        mask_.resize(selection.count);
+        mask_of_codes(view.codes, selection.count, memo.holds, memo.complete, mask_.data());
+        take_mask(out);
+        return;
+    }
+    out.resize(selection.count);
+    std::size_t count = 0;
+    for_each(selection, [&](std::size_t position) {
+        out[count] = static_cast<std::uint32_t>(position);
+        count += memo.holds[view.codes[position]];
+    });
+    out.resize(count);
 }
 
 Status Evaluation::learn_entries(const BoundNode &node, EntryMemo &memo, ColumnBatch &entries,

@@ -146,13 +146,7 @@ Status Evaluation::condition(const BoundNode &node, Run &run, Selection selectio
     if (Status status = memo_for(node, run, selection, memo, view); !status.ok())
         return status;
     if (memo) {
-        out.resize(selection.count);
-        std::size_t count = 0;
-        for_each(selection, [&](std::size_t position) {
-            out[count] = static_cast<std::uint32_t>(position);
-            count += memo->holds[view.codes[position]];
-        });
-        out.resize(count);
+        take_known(*memo, view, selection, out);
         return {};
     }
     switch (node.kind) {

@@ -17,6 +17,7 @@ struct EntryMemo {
     std::uint64_t identity = 0;
     std::vector<std::uint8_t> known; // per code: whether it has been worked out
     std::vector<std::uint8_t> holds; // of conditions; the others leave it empty and have values
+    bool complete = false;           // all entries are known, as texts that are no nulls
     std::vector<std::int64_t> integers;
     std::vector<double> reals;
     std::vector<std::string_view> texts;
@@ -52,6 +53,8 @@ private:
     Status masked(std::span<const BoundNodePtr> tests, Run &run, std::size_t count, SelectionVector &out);
     Status narrow(const BoundNode &test, Run &run, std::size_t count);
     void take_mask(SelectionVector &out) const;
+    // The positions whose entries the memo says the condition holds of.
+    void take_known(const EntryMemo &memo, const ColumnView &view, Selection selection, SelectionVector &out);
 
     Status evaluate(const BoundNode &node, Run &run, Selection selection, Vector &out);
     Status field(const BoundNode &node, Run &run, Selection selection, Vector &out);
@@ -65,6 +68,7 @@ private:
                     ColumnView &view);
     EntryMemo *memo_of_size(const BoundNode &node, const TextDictionary &dictionary);
     Status learn(const BoundNode &node, EntryMemo &memo, const ColumnView &view, Selection selection);
+    bool learn_all(const BoundNode &node, EntryMemo &memo, const TextDictionary &dictionary);
     Status learn_entries(const BoundNode &node, EntryMemo &memo, ColumnBatch &entries,
                          const std::vector<std::uint32_t> &codes);
 

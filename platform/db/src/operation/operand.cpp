@@ -5,6 +5,7 @@
 #include "work/machine_memory.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 
 namespace orvane {
@@ -33,16 +34,26 @@ void choose_rows(const RowNumber *of_member, std::span<const RowNumber> chosen, 
         out[i] = chosen[i] == null_row ? null_row : of_member[chosen[i]];
 }
 
-// In sums that a compiler can take several of at a time.
+// In several sums, of which a compiler makes wide ones.
 ORVANE_WIDE_VECTORS RowBounds bounds_of(std::span<const RowNumber> rows)
 {
-    RowNumber end = 0;
-    RowNumber nulls = 0;
-    for (const RowNumber row : rows) {
-        end = std::max(end, row + 1); // that of the null record is 0
-        nulls |= row == null_row ? 1u : 0u;
-    }
-    return RowBounds{end, nulls != 0};
+    constexpr std::size_t lanes = 32;
+    std::array<RowNumber, lanes> ends{};
+    std::array<RowNumber, lanes> least;
+    least.fill(null_row); // of the rows' ends: 0 where one is the null record
+    const RowNumber *const row = rows.data();
+    const std::size_t whole = rows.size() / lanes * lanes;
+    for (std::size_t at = 0; at < whole; at += lanes)
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            const RowNumber end = row[at + lane] + 1;
+            ends[lane] = ends[lane] > end ? ends[lane] : end;
+            least[lane] = least[lane] < end ? least[lane] : end;
+        }
+    RowBounds bounds{*std::max_element(ends.begin(), ends.end()),
+                     whole > 0 && *std::min_element(least.begin(), least.end()) == 0};
+    for (std::size_t at = whole; at < rows.size(); ++at)
+        bounds.add(row[at]);
+    return bounds;
 }
 
 } // namespace

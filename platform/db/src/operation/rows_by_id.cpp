@@ -96,17 +96,42 @@ Result<RowNumbers> only_rows(const RowNumbers &ids, std::uint32_t domain, Work &
     return several ? RowNumbers() : std::move(rows);
 }
 
+// Each part of the rows has a set of its own, which is small enough to stay in a cache; in the end they are
+// one.
 Result<IdSet> id_set(const RowNumbers &ids, std::uint32_t domain, Work &work)
 {
-    IdSet set;
-    Status done = fill(set.bits_, domain / ids_of_a_word + 1, std::uint64_t{0}, work);
-    if (done.ok())
-        done = scan_ids(ids, domain, work, 0.2, [&](RowNumber id, RowNumber) {
-            set.bits_[id / ids_of_a_word] |= std::uint64_t{1} << (id % ids_of_a_word);
-            return true;
+    const std::size_t words = domain / ids_of_a_word + 1;
+    // No more of them than take about as much memory as the ids.
+    const std::size_t parts = ids.size() < few_rows ? 1
+                                                    : std::clamp<std::size_t>(ids.size() / 2 / words, 1,
+                                                                              std::size_t{thread_limit()});
+    const std::size_t rows_of_part = ids.size() / parts + 1;
+    std::vector<Buffer<std::uint64_t>> sets(parts);
+    Status done = work.for_blocks(
+        static_cast<std::int64_t>(parts), 1, 0.2, [&](std::int64_t part, std::int64_t, unsigned thread) {
+            Buffer<std::uint64_t> &bits = sets[static_cast<std::size_t>(part)];
+            bits.assign(words, 0);
+            const std::size_t last =
+                std::min(ids.size(), (static_cast<std::size_t>(part) + 1) * rows_of_part);
+            for (std::size_t begin = static_cast<std::size_t>(part) * rows_of_part;
+                 begin < last && !work.stopped(); begin += rows_between_polls) {
+                if (thread == 0)
+                    if (Status told = work.poll(); !told.ok())
+                        return told;
+                const std::size_t end = std::min(last, begin + rows_between_polls);
+                for (std::size_t row = begin; row < end; ++row)
+                    if (const RowNumber id = ids[row]; id < domain)
+                        bits[id / ids_of_a_word] |= std::uint64_t{1} << (id % ids_of_a_word);
+            }
+            return Status();
         });
     if (!done.ok())
         return done;
+    IdSet set;
+    set.bits_ = std::move(sets.front());
+    for (std::size_t part = 1; part < parts; ++part)
+        for (std::size_t word = 0; word < words; ++word)
+            set.bits_[word] |= sets[part][word];
     return set;
 }
 

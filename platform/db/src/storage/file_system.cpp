@@ -34,6 +34,13 @@ ScopedFileSystem::~ScopedFileSystem()
     slot() = previous_;
 }
 
+Result<std::int64_t> RandomAccessFile::read_pieces(std::int64_t offset, std::int64_t size,
+                                                   std::span<char> buffer, const TakePiece &take)
+{
+    return pieces_read_by([this](std::int64_t at, std::span<char> piece) { return read_at(at, piece); },
+                          offset, size, buffer, take);
+}
+
 Status system_failure(int error, const std::string &shown, const char *what)
 {
     const Code code = error == ENOENT || error == ENOTDIR                   ? Code::NotFound

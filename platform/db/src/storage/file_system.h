@@ -4,7 +4,9 @@
 
 #include "base/status.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -52,11 +54,41 @@ public:
     virtual Result<std::size_t> read_at(std::int64_t offset, std::span<char> buffer) = 0;
     virtual Result<FileState> state() = 0;
 
+    // Told of a piece of the file, which is the caller's until it returns.
+    using TakePiece = std::function<Status(std::int64_t offset, std::span<const char> piece)>;
+    // Reads `size` bytes from `offset` on piece by piece into the buffer, each of them whole, and answers the
+    // number of bytes in those that were taken: less where the file ends before. A failure of who takes a
+    // piece ends it.
+    virtual Result<std::int64_t> read_pieces(std::int64_t offset, std::int64_t size, std::span<char> buffer,
+                                             const TakePiece &take);
+
     // Locks bytes for this open file against other open files, of other programs and of this one, that ask
     // for locks too. False when another one holds a lock that forbids it. Locks end with the open file.
     virtual Result<bool> try_lock(LockKind kind, LockRange range) = 0;
     virtual Status unlock(LockRange range) = 0;
 };
+
+// Reads pieces as RandomAccessFile::read_pieces says, each with a call of `read_at`.
+template <typename ReadAt>
+Result<std::int64_t> pieces_read_by(ReadAt read_at, std::int64_t offset, std::int64_t size,
+                                    std::span<char> buffer, const RandomAccessFile::TakePiece &take)
+{
+    std::int64_t done = 0;
+    while (done < size) {
+        const auto wanted = static_cast<std::size_t>(
+            std::min<std::int64_t>(size - done, static_cast<std::int64_t>(buffer.size())));
+        const std::span<char> piece = buffer.first(wanted);
+        const Result<std::size_t> got = read_at(offset + done, piece);
+        if (!got.ok())
+            return got.status();
+        if (*got < wanted)
+            return done;
+        if (Status taken = take(offset + done, piece); !taken.ok())
+            return taken;
+        done += static_cast<std::int64_t>(wanted);
+    }
+    return done;
+}
 
 // An open file that can be changed.
 class WritableFile : public RandomAccessFile

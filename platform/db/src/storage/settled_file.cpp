@@ -1,7 +1,5 @@
 #include "storage/settled_file.h"
 
-#include "storage/undo_note.h"
-
 #include <algorithm>
 #include <bit>
 #include <chrono>
@@ -54,42 +52,98 @@ void SettledFile::leave_slot(std::int64_t slot)
     slots_.fetch_and(~(std::uint64_t{1} << slot));
 }
 
+class SettledFile::ReaderLock
+{
+public:
+    explicit ReaderLock(SettledFile &file) : file_(file), slot_(file.take_slot())
+    {
+        const auto start = std::chrono::steady_clock::now();
+        locked_ = try_reader_lock(*file_.file_, slot_);
+        while (locked_.ok() && !*locked_ && std::chrono::steady_clock::now() - start < longest_wait) {
+            std::this_thread::sleep_for(pause_between);
+            locked_ = try_reader_lock(*file_.file_, slot_);
+        }
+    }
+    ~ReaderLock()
+    {
+        if (is_held())
+            let_go(*file_.file_, reader_lock(slot_));
+        file_.leave_slot(slot_);
+    }
+    ReaderLock(const ReaderLock &) = delete;
+    ReaderLock &operator=(const ReaderLock &) = delete;
+
+    bool is_held() const { return locked_.ok() && *locked_; }
+    bool is_possible() const { return locked_.ok(); }
+
+private:
+    SettledFile &file_;
+    const std::int64_t slot_;
+    Result<bool> locked_ = false;
+};
+
 Result<std::size_t> SettledFile::read_at(std::int64_t offset, std::span<char> buffer)
 {
     if (!policy_.lock)
         return read_with_note(offset, buffer);
-    const std::int64_t slot = take_slot();
-    const auto start = std::chrono::steady_clock::now();
-    auto locked = try_reader_lock(*file_, slot);
-    while (locked.ok() && !*locked && std::chrono::steady_clock::now() - start < longest_wait) {
-        std::this_thread::sleep_for(pause_between);
-        locked = try_reader_lock(*file_, slot);
-    }
-    if (locked.ok() && *locked) {
-        auto got = read_with_note(offset, buffer);
-        let_go(*file_, reader_lock(slot));
-        leave_slot(slot);
-        return got;
-    }
-    leave_slot(slot);
-    // Where the disk knows no locks nobody can change records under one.
-    return locked.ok() ? read_twice(offset, buffer) : read_with_note(offset, buffer);
+    const ReaderLock lock(*this);
+    return lock.is_held() ? read_with_note(offset, buffer) : read_without_lock(lock, offset, buffer);
+}
+
+Result<std::int64_t> SettledFile::read_pieces(std::int64_t offset, std::int64_t size, std::span<char> buffer,
+                                              const TakePiece &take)
+{
+    if (!policy_.lock)
+        return RandomAccessFile::read_pieces(offset, size, buffer, take);
+    const ReaderLock lock(*this);
+    if (!lock.is_held())
+        return pieces_read_by(
+            [&](std::int64_t at, std::span<char> piece) { return read_without_lock(lock, at, piece); },
+            offset, size, buffer, take);
+    // Nobody changes bytes under our lock: what is written down now is so until it ends, and a note that
+    // comes later is about bytes that are still there.
+    const auto found = note();
+    if (!found.ok())
+        return found.status();
+    return pieces_read_by(
+        [&](std::int64_t at, std::span<char> piece) {
+            auto got = file_->read_at(at, piece);
+            if (got.ok() && *found)
+                put_over(**found, at, piece.first(*got));
+            return got;
+        },
+        offset, size, buffer, take);
+}
+
+Result<std::optional<UndoNote>> SettledFile::note() const
+{
+    auto found = find_undo_note(files_, note_path_);
+    if (!found.ok() || !*found)
+        return std::optional<UndoNote>(); // one that can't be read, by whom it isn't meant for, says nothing
+    const auto about = file_->state();
+    if (!about.ok())
+        return about.status();
+    return (*found)->is_about(*about) ? std::move(*found) : std::nullopt;
 }
 
 Result<std::size_t> SettledFile::read_with_note(std::int64_t offset, std::span<char> buffer)
 {
-    const auto got = file_->read_at(offset, buffer);
+    auto got = file_->read_at(offset, buffer);
     if (!got.ok())
         return got;
-    const auto note = find_undo_note(files_, note_path_);
-    if (!note.ok() || !*note)
-        return got; // a note that can't be read, by whom it isn't meant for, says nothing
-    const auto about = file_->state();
-    if (!about.ok())
-        return about.status();
-    if ((*note)->is_about(*about))
-        put_over(**note, offset, buffer.subspan(0, *got));
+    const auto found = note();
+    if (!found.ok())
+        return found.status();
+    if (*found)
+        put_over(**found, offset, buffer.first(*got));
     return got;
+}
+
+// Where the disk knows no locks nobody can change records under one.
+Result<std::size_t> SettledFile::read_without_lock(const ReaderLock &lock, std::int64_t offset,
+                                                   std::span<char> buffer)
+{
+    return lock.is_possible() ? read_twice(offset, buffer) : read_with_note(offset, buffer);
 }
 
 Result<std::size_t> SettledFile::read_twice(std::int64_t offset, std::span<char> buffer)

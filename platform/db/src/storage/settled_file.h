@@ -3,9 +3,11 @@
 #pragma once
 
 #include "storage/file_locks.h"
+#include "storage/undo_note.h"
 
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace orvane {
@@ -21,13 +23,24 @@ public:
     // stays for longer, of a program that was stopped or of one that locks for other reasons, the bytes are
     // read until they are twice the same.
     Result<std::size_t> read_at(std::int64_t offset, std::span<char> buffer) override;
+    // All pieces are read under one lock, and taken under it: who changes records waits for it, so that they
+    // should be some megabytes at most.
+    Result<std::int64_t> read_pieces(std::int64_t offset, std::int64_t size, std::span<char> buffer,
+                                     const TakePiece &take) override;
     Result<FileState> state() override { return file_->state(); }
     Result<bool> try_lock(LockKind kind, LockRange range) override { return file_->try_lock(kind, range); }
     Status unlock(LockRange range) override { return file_->unlock(range); }
 
 private:
+    // A reader's lock as long as it lives, where one is to be had.
+    class ReaderLock;
+
+    // What is beside the file and about it.
+    Result<std::optional<UndoNote>> note() const;
     Result<std::size_t> read_with_note(std::int64_t offset, std::span<char> buffer);
     Result<std::size_t> read_twice(std::int64_t offset, std::span<char> buffer);
+    Result<std::size_t> read_without_lock(const ReaderLock &lock, std::int64_t offset,
+                                          std::span<char> buffer);
     std::int64_t take_slot();
     void leave_slot(std::int64_t slot);
 

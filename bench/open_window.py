@@ -27,6 +27,26 @@ def measured(command, environment):
     return usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024
 
 
+def measure(bin_folder, tables, runs):
+    """Medians of seconds and MiB, by program and rows: `ovedit` shows the tables, by their rows, and `bare view` as many
+    rows that cost nothing."""
+    figures = {}
+    with tempfile.TemporaryDirectory() as temporary:
+        home = Path(temporary) / "home"
+        home.mkdir()
+        picture = Path(temporary) / "window.png"
+        environment = dict(os.environ, QT_QPA_PLATFORM="offscreen", HOME=str(home), XDG_CONFIG_HOME=str(home / "config"))
+        for _ in range(runs):
+            for rows, table in tables.items():
+                figures.setdefault(("ovedit", rows), []).append(
+                    measured([bin_folder / "ovedit", "--screenshot", picture, table], environment))
+                if picture.stat().st_size == 0:
+                    raise SystemExit("ovedit wrote an empty picture")
+                figures.setdefault(("bare view", rows), []).append(
+                    measured([bin_folder / "bare_view", str(rows), "26"], environment))
+    return {key: [statistics.median(column) for column in zip(*taken)] for key, taken in figures.items()}
+
+
 def main():
     arguments = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     arguments.add_argument("build", type=Path)
@@ -39,30 +59,14 @@ def main():
     data = options.data or Path(temporary.name)
     data.mkdir(parents=True, exist_ok=True)
     bin_folder = options.build.resolve() / "bin"
-    home = Path(temporary.name) / "home"
-    home.mkdir()
-    environment = dict(os.environ, QT_QPA_PLATFORM="offscreen", HOME=str(home), XDG_CONFIG_HOME=str(home / "config"))
-
     for rows in sizes:
         if not (data / f"rows{rows}.origin").exists():
             subprocess.run([bin_folder / "generate", str(rows), data / f"rows{rows}"], check=True)
 
-    figures = {}
-    for _ in range(options.runs):
-        for rows in sizes:
-            picture = Path(temporary.name) / "window.png"
-            figures.setdefault(("ovedit", rows), []).append(
-                measured([bin_folder / "ovedit", "--screenshot", picture, data / f"rows{rows}.origin"], environment))
-            if picture.stat().st_size == 0:
-                raise SystemExit("ovedit wrote an empty picture")
-            figures.setdefault(("bare view", rows), []).append(
-                measured([bin_folder / "bare_view", str(rows), "26"], environment))
-
+    medians = measure(bin_folder, {rows: data / f"rows{rows}.origin" for rows in sizes}, options.runs)
     print(f"{'program':<12}{'rows':>12}{'cpu s':>10}{'memory MiB':>12}   (medians of {options.runs})")
-    medians = {}
-    for key, runs in figures.items():
-        medians[key] = [statistics.median(column) for column in zip(*runs)]
-        print(f"{key[0]:<12}{key[1]:>12}{medians[key][0]:>10.3f}{medians[key][1]:>12.1f}")
+    for (program, rows), (seconds, mebibytes) in medians.items():
+        print(f"{program:<12}{rows:>12}{seconds:>10.3f}{mebibytes:>12.1f}")
     small, large = sizes[0], sizes[-1]
     header_cpu, header_memory = (medians["bare view", large][i] - medians["bare view", small][i] for i in (0, 1))
     cpu = medians["ovedit", large][0]

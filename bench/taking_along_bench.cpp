@@ -1,6 +1,6 @@
 // What it takes to take rows along: copying and pasting cells, and saving a table through Save As.
 //
-//     taking_along_bench [--json] PATH.TABLE copy ROWS
+//     taking_along_bench [--json] [--sort FIELD | --join A,B,C] PATH.TABLE copy ROWS [COLUMNS]
 //     taking_along_bench [--json] PATH.TABLE paste ROWS COLUMNS    changes the table
 //     taking_along_bench [--json] [--cancel FRACTION] PATH.TABLE save FILE FILTER
 //
@@ -87,6 +87,8 @@ double peakMebibytes()
 struct Options {
     bool isJson = false;
     double cancelAt = 2; // a fraction that is never reached
+    QString sortedBy;
+    QStringList joins;
     QStringList arguments;
 };
 
@@ -254,10 +256,21 @@ void select(OrvaneTableView &view, int rows, int columns)
                                   QItemSelectionModel::ClearAndSelect);
 }
 
-void copyRows(OrvaneTableView &view, const Options &options)
+// Copies from the table as it is, sorted, or joined to others.
+void copyRows(OvConfig &config, OrvaneTableModel &table, const Options &options)
 {
-    const int rows = options.arguments.value(3).toInt();
-    const int columns = view.model()->columnCount() - 1;
+    OrvaneTableModel *shown = &table;
+    for (const QString &other : options.joins) {
+        shown = shown->joinTo(other, QString());
+    }
+    if (!options.sortedBy.isEmpty()) {
+        shown->sort(shown->indexForColumn(options.sortedBy.toUtf8()).column(), Qt::AscendingOrder);
+    }
+    OrvaneTableView view(config);
+    view.setModel(shown);
+    const int rows = std::min(options.arguments.value(3).toInt(), shown->rowCount());
+    const int most = shown->columnCount() - 1;
+    const int columns = std::min(options.arguments.value(4, QString::number(most)).toInt(), most);
     select(view, rows, columns);
     measure(Report(options, "copy", rows, columns), options,
             [&] { copySelectedCells(view, false, nullptr); });
@@ -332,7 +345,7 @@ void run(const Options &options)
     Answers answers;
     qApp->installEventFilter(&answers);
     if (what == "copy") {
-        copyRows(*window.getCurrentTableView(), options);
+        copyRows(config, *window.getCurrentTableModel(), options);
     } else if (isPaste) {
         pasteRows(*window.getCurrentTableView(), options);
     } else {
@@ -344,11 +357,19 @@ Options optionsOf(QStringList arguments)
 {
     Options options;
     options.isJson = arguments.removeAll("--json") > 0;
-    const int cancel = arguments.indexOf("--cancel");
-    if (cancel >= 0) {
-        options.cancelAt = arguments.value(cancel + 1).toDouble();
-        arguments.erase(arguments.begin() + cancel, arguments.begin() + cancel + 2);
+    const auto taken = [&arguments](const char *option) {
+        const int at = arguments.indexOf(option);
+        if (at < 0 || at + 1 == arguments.size()) {
+            return QString();
+        }
+        arguments.removeAt(at);
+        return arguments.takeAt(at);
+    };
+    if (const QString fraction = taken("--cancel"); !fraction.isEmpty()) {
+        options.cancelAt = fraction.toDouble();
     }
+    options.sortedBy = taken("--sort");
+    options.joins = taken("--join").split(',', Qt::SkipEmptyParts);
     options.arguments = arguments;
     return options;
 }

@@ -1,58 +1,117 @@
-"""Medians by engine, mode and operation, with the answers held against each other."""
-import argparse
+"""Medians by engine, mode and operation, with the answers held against each other; kept part by part."""
+import datetime
 import json
 import math
+import os
 import statistics
 import subprocess
 import sys
+import time
 
 
 def say(text):
     print(text, file=sys.stderr, flush=True)
 
 
+def run(command, environment=None):
+    """What a program prints. What it says on its standard error is told when it fails."""
+    process = subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                             env=environment, check=False)
+    if process.returncode != 0:
+        say(process.stderr[-4000:])
+        process.check_returncode()
+    return process.stdout
+
+
 def lines_of(command, environment=None):
     """The lines of JSON that a program prints."""
-    process = subprocess.run([str(part) for part in command], check=True, stdout=subprocess.PIPE, text=True,
-                             env=environment)
-    return [json.loads(line) for line in process.stdout.splitlines()]
+    return [json.loads(line) for line in run(command, environment).splitlines()]
+
+
+def lines_within(seconds, command, environment=None):
+    """Those that it prints in so many seconds, and whether it came to its end."""
+    process = subprocess.Popen([str(part) for part in command], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                               text=True, env=environment)
+    try:
+        printed, _ = process.communicate(timeout=seconds)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        printed, _ = process.communicate()
+        return [json.loads(line) for line in printed.splitlines()], False
+    if process.returncode != 0:
+        raise subprocess.CalledProcessError(process.returncode, command)
+    return [json.loads(line) for line in printed.splitlines()], True
 
 
 class Results:
+    """Every line belongs to the part that was begun last. A part that is begun anew forgets what it had."""
+
     def __init__(self):
+        self.lines = []
+        self.parts = {}  # by name: when, load, minutes, runs, figures
+        self.part = None
+        self.count_up()
+
+    def count_up(self):
         self.runs = {}
         self.answers = {}
         self.versions = {}
         self.differences = []  # answers that aren't the same, which nothing excuses
+        for line in self.lines:
+            self.take(line)
+
+    def begin(self, part, runs):
+        self.lines = [line for line in self.lines if line["part"] != part]
+        self.count_up()
+        self.part = part
+        self.began = time.monotonic()
+        self.parts[part] = {"when": f"{datetime.datetime.now(datetime.timezone.utc):%Y-%m-%d %H:%M} UTC",
+                            "load": round(os.getloadavg()[0], 1), "runs": runs, "minutes": None, "figures": {}}
+
+    def end(self):
+        self.parts[self.part]["minutes"] = round((time.monotonic() - self.began) / 60, 1)
+
+    def set_figures(self, **figures):
+        """What a part has beside its lines."""
+        self.parts[self.part]["figures"].update(figures)
+
+    def figure(self, part, name):
+        return self.parts.get(part, {}).get("figures", {}).get(name)
 
     def add(self, lines, engine=None, rows=None):
         for line in lines:
             line["engine"] = engine or line["engine"]
             line["rows"] = rows or line["rows"]
-            key = (line["engine"], line["mode"], line["operation"], line["rows"])
-            self.runs.setdefault(key, []).append(line)
-            if "version" in line:
-                self.versions[line["engine"].split("-")[0]] = line["version"]
-            if line.get("checksum") is None or line["operation"] in ("open", "scroll"):
-                continue
-            answer = (int(line["count"]), int(line["checksum"]))
-            known = self.answers.setdefault((line["operation"], key[3]), (answer, line["engine"]))
-            if known[0] != answer:
-                difference = f"{line['operation']} of {key[3]:,}: {line['engine']} answers {answer}, {known[1]} {known[0]}"
-                say(difference)
-                self.differences.append(difference)
+            line["part"] = self.part
+            self.lines.append(line)
+            self.take(line)
 
-    def keep(self, path, figures):
-        """So that the document can be written once more."""
-        path.write_text(json.dumps({"figures": figures, "lines": [line for runs in self.runs.values() for line in runs]}))
+    def take(self, line):
+        key = (line["engine"], line["mode"], line["operation"], line["rows"])
+        self.runs.setdefault(key, []).append(line)
+        if "version" in line:
+            self.versions[line["engine"].split("-")[0]] = line["version"]
+        if line.get("checksum") is None or line["operation"] in ("open", "scroll"):
+            return
+        answer = (int(line["count"]), int(line["checksum"]))
+        known = self.answers.setdefault((line["operation"], key[3]), (answer, line["engine"]))
+        if known[0] != answer:
+            difference = f"{line['operation']} of {key[3]:,}: {line['engine']} answers {answer}, {known[1]} {known[0]}"
+            say(difference)
+            self.differences.append(difference)
+
+    def keep(self, path):
+        """So that a part can be measured once more, and the document written."""
+        path.write_text(json.dumps({"parts": self.parts, "lines": self.lines}))
 
     @classmethod
     def kept(cls, path):
-        kept = json.loads(path.read_text())
         results = cls()
-        for line in kept["lines"]:
-            results.add([line])
-        return results, argparse.Namespace(**kept["figures"])
+        if path.exists():
+            kept = json.loads(path.read_text())
+            results.parts, results.lines = kept["parts"], kept["lines"]
+            results.count_up()
+        return results
 
     def median(self, engine, mode, operation, rows, what="ms"):
         runs = self.runs.get((engine, mode, operation, rows))

@@ -13,6 +13,7 @@
 #include <orvanetablemodel.h>
 #include <qovutil.h>
 
+#include "cell_ground.h"
 #include "slot_guard.h"
 
 namespace {
@@ -43,6 +44,12 @@ bool storesValue(const QEvent &event)
 } // namespace
 
 CellDelegate::CellDelegate(QAbstractItemView *view) : QStyledItemDelegate(view), m_view(view) {}
+
+void CellDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->backgroundBrush = groundIn(option->palette, option->backgroundBrush);
+}
 
 QWidget *CellDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &,
                                     const QModelIndex &index) const

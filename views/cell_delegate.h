@@ -26,6 +26,7 @@ public:
     void destroyEditor(QWidget *editor, const QModelIndex &index) const override;
 
 protected:
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:

@@ -14,6 +14,7 @@
 #include <QTextOption>
 
 #include "cell_delegate.h"
+#include "cell_ground.h"
 
 namespace {
 
@@ -175,7 +176,7 @@ bool CellPainter::paintPlainCell(QPainter &painter, const QModelIndex &index, bo
             return false;
         }
         appearance.hasBrush = brush.style() == Qt::SolidPattern;
-        appearance.brush = appearance.hasBrush ? brush.color().rgba() : 0;
+        appearance.brush = appearance.hasBrush ? groundIn(m_option.palette, brush.color()).rgba() : 0;
     } else if (background.isValid()) {
         return false;
     }

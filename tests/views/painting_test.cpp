@@ -337,6 +337,42 @@ TEST_F(Painting, isTheToolkitsWithEverySettingOfCells)
     expectSame("translucent nulls");
 }
 
+TEST_F(Painting, dimsTheGroundsOfCellsInADarkPalette)
+{
+    database.config.configure("alternate_row_colors", false);
+    const int column = columnNamed(database.table("site"), "lon");
+    const auto ground = [&](int row) { // beside the text
+        const QRect cell = view->visualRect(database.table("site").index(row, column));
+        return picture(false).pixelColor(cell.right() - 3, cell.top() + 1);
+    };
+    const QPalette light = view->palette();
+    settle();
+    EXPECT_EQ(ground(5), QColor("light gray")) << "a null";
+    EXPECT_EQ(ground(6), light.color(QPalette::Base));
+
+    QPalette dark(QColor(50, 50, 50), QColor(30, 30, 30));
+    view->setPalette(dark);
+    database.config.configure("show_raw_nulls", true);
+    select(3, 3, 8, 4);
+    expectSame("dark");
+    const QColor base = dark.color(QPalette::Base), text = dark.color(QPalette::Text);
+    EXPECT_EQ(ground(6), base);
+    EXPECT_GT(ground(5).lightness(), base.lightness() + 20) << "still told apart";
+    EXPECT_GT(text.lightness() - ground(5).lightness(), 120) << "and its text is read";
+
+    database.config.configure("background_null_color", "light yellow");
+    settle();
+    EXPECT_GT(ground(5).red(), ground(5).blue() + 20) << "in its hue";
+    EXPECT_GT(text.lightness() - ground(5).lightness(), 120);
+    database.config.configure("background_null_color", "#102030");
+    settle();
+    EXPECT_EQ(ground(5), QColor("#102030")) << "chosen for a dark palette";
+    view->setPalette(light);
+    database.config.configure("background_null_color", "light gray");
+    settle();
+    EXPECT_EQ(ground(5), QColor("light gray"));
+}
+
 TEST_F(Painting, isTheToolkitsInParts)
 {
     expectSame("a corner", 1, QRegion(0, 0, 33, 33));

@@ -115,7 +115,8 @@ TEST_F(ChangingTable, staysSortedAndInPlace)
     const int offset = view.currentIndex().row() - topRow();
     database.files.appendRows("event", records(61, 70));
     check();
-    EXPECT_EQ(id(0), "70") << "what was appended is sorted in";
+    // After a sort that took long, as on a machine with much to do, the next one comes later.
+    EXPECT_TRUE(QTest::qWaitFor([this] { return id(0) == "70"; })) << "what was appended is sorted in";
     EXPECT_EQ(currentId(), "37");
     EXPECT_EQ(view.currentIndex().row() - topRow(), offset) << "the current row is seen where it was";
     EXPECT_EQ(view.horizontalHeader()->sortIndicatorSection(), columnNamed(events(), "prefor"));

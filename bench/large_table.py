@@ -4,8 +4,9 @@
     bench/large_table.py build/release [ROWS] [MEGABYTES]
 
 100,000,000 rows of 24 bytes in 1,200 MB unless said otherwise, the page cache included: the programs run in a memory
-control group, which takes an administrator; where none can be made they run without a limit, and the output says so.
-The table lies in $ORVANE_BENCH_DATA, or in a folder that goes away. Prints a line of JSON a step.
+control group, which takes an administrator; where none can be made they run without a limit, and the output says so. Then
+the same in the window's table view (large_view_bench): random rows, the last one, finding it, a subset. The table lies in
+$ORVANE_BENCH_DATA, or in a folder that goes away. Prints a line of JSON a step.
 """
 import contextlib
 import json
@@ -28,6 +29,8 @@ relations:
 """
 WORDS = ("AAK", "KIV", "ABKT", "-", "B", "b", "TIXI")
 BLOCK = 100_000
+ROWS = 100_000_000
+MEGABYTES = 1200
 
 
 def generate(folder, rows):
@@ -72,7 +75,7 @@ def run(program, group, arguments):
     return taken, done.stdout.strip().splitlines()
 
 
-def measure(program, table, rows, group):
+def commands(program, table, rows, group):
     steps = [
         ("open and count", ["select", table, "--count"], str(rows)),
         ("subset of a number", ["select", table, "--subset", "value < 1000", "--count"], None),
@@ -84,27 +87,35 @@ def measure(program, table, rows, group):
         if expected and lines[-1] != expected:
             raise SystemExit(f"{name}: {lines[-1]}, not {expected}")
         peak = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss >> 10
-        print(json.dumps({"step": name, "s": round(taken, 2), "most_mb_so_far": peak, "answer": lines[-1][:60]}), flush=True)
+        yield {"step": name, "ms": round(1e3 * taken, 1), "most_mb_so_far": peak, "answer": lines[-1][:60]}
+
+
+def measure(bin_folder, data, rows, megabytes):
+    """Lines of what there is, of the command line's steps, and of the window's."""
+    folder = data / f"narrow{rows}"
+    if not (folder / "rows").exists():
+        folder.mkdir(parents=True, exist_ok=True)
+        generate(folder, rows)
+    os.environ["ORVANE_SCHEMA_PATH"] = str(folder)
+    os.environ["QT_QPA_PLATFORM"] = "offscreen"
+    table = folder / "quakes.many"
+    with limited(megabytes) as group:
+        yield {"rows": rows, "table_mb": os.path.getsize(table) >> 20, "limit_mb": megabytes if group else None}
+        yield from commands(bin_folder / "ovdb", table, rows, group)
+        _, lines = run(bin_folder / "large_view_bench", group, [table, "id", "word == 'AAK'"])
+        yield from ({**json.loads(line), "window": True} for line in lines)
 
 
 def main():
     if len(sys.argv) < 2:
         raise SystemExit(__doc__)
-    program = pathlib.Path(sys.argv[1]).resolve() / "bin" / "ovdb"
-    rows = int(sys.argv[2]) if len(sys.argv) > 2 else 100_000_000
-    megabytes = int(sys.argv[3]) if len(sys.argv) > 3 else 1200
+    rows = int(sys.argv[2]) if len(sys.argv) > 2 else ROWS
+    megabytes = int(sys.argv[3]) if len(sys.argv) > 3 else MEGABYTES
     kept = os.environ.get("ORVANE_BENCH_DATA")
     data = pathlib.Path(kept or tempfile.mkdtemp(prefix="orvane-bench-"))
-    folder = data / f"narrow{rows}"
     try:
-        if not (folder / "rows").exists():
-            folder.mkdir(parents=True, exist_ok=True)
-            generate(folder, rows)
-        os.environ["ORVANE_SCHEMA_PATH"] = str(folder)
-        size = os.path.getsize(folder / "quakes.many") >> 20
-        with limited(megabytes) as group:
-            print(json.dumps({"rows": rows, "table_mb": size, "limit_mb": megabytes if group else None}), flush=True)
-            measure(program, folder / "quakes.many", rows, group)
+        for line in measure(pathlib.Path(sys.argv[1]).resolve() / "bin", data, rows, megabytes):
+            print(json.dumps(line), flush=True)
     finally:
         if not kept:
             shutil.rmtree(data)

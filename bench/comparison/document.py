@@ -2,6 +2,7 @@
 import os
 import platform
 
+from comparison.browsers_section import browsers_section
 from comparison.formatting import number, ratio, table, within
 from comparison.operations import (AGAIN_LIMIT, CSV_LIMIT, MACHINE_LIMIT, OPERATIONS, PROGRESS_LIMIT_MS,
                                    STOP_LIMIT_MS, floors)
@@ -37,8 +38,9 @@ class Document:
 
     def text(self):
         sections = [("", self.head), ("operations", self.operations), ("operations", self.further),
-                    ("window", lambda: window_section(self.results, self.rows)), ("sheet", self.sheet),
-                    ("others", self.others), ("growth", self.growth), ("progress", self.progress),
+                    ("window", lambda: window_section(self.results, self.rows)), ("browsers", self.browsers),
+                    ("sheet", self.sheet),
+                    ("others", self.others), ("growth", self.growth), ("progress", self.progress), ("large", self.large),
                     ("operations", self.machine_limits)]
         parts = [section() for part, section in sections if not part or part in self.results.parts]
         if self.notes.exists():
@@ -69,6 +71,8 @@ class Document:
         of = self.results.parts.get(part.name)
         if of is None:
             return [part.text, "not measured", "", "", ""]
+        if missing := of["figures"].get("missing"):
+            return [part.text, f"needs {missing}", "", "", ""]
         return [part.text, of["when"], f"{of['load']:.1f}", number(of["minutes"]), str(of["runs"])]
 
     def agreement(self):
@@ -104,6 +108,11 @@ class Document:
             ["opening the database and counting the arrivals", number(self.median("orvane", "again", "open"))],
             ["1,000 pages of 48 × 24 cells at random rows", number(self.median("orvane", "again", "scroll"))]]), "",
             f"Most memory of a process that did one operation first: {peak:,} MB."]
+
+    def browsers(self):
+        if self.results.figure("browsers", "missing"):
+            return []  # the table of the parts says so
+        return browsers_section(self.results, {"browsers": self.small, "many-browsers": self.rows})
 
     def sheet(self):
         rows, size, mebibytes, save, cancelled = (self.results.figure("sheet", name) for name in (
@@ -155,6 +164,21 @@ class Document:
                 f"included (at most {PROGRESS_LIMIT_MS}), and the longest that an operation took to return when told to stop, at any",
                 f"of the hook's first 10 calls (at most {STOP_LIMIT_MS}). The spreadsheet has its own table.", "",
                 *table(["", *(f"{size:,}: {what}" for size in measured for what in ("without a call", "to stop"))], rows)]
+
+    def large(self):
+        what, *steps = self.results.figure("large", "lines")
+        if what["limit_mb"]:
+            limit = f"a control group of {what['limit_mb']:,} MB, the page cache included"
+        else:
+            limit = "as much memory as there is, as no control group was to be had"
+        return ["## A table larger than its memory", "",
+                f"`bench/large_table.py`: {what['rows']:,} rows, {what['table_mb']:,} MB, in {limit}. The command line begins a",
+                "process for each step; the window's steps are of one process. Milliseconds on the clock, the median and the",
+                "worst where there are several.", "",
+                *table(["", "ms", "worst", "most memory so far, MB", "answer"], [
+                    [("window: " if line.get("window") else "`ovdb`: ") + line["step"], number(line["ms"]),
+                     number(line.get("worst_ms")), number(line["most_mb_so_far"]), str(line["answer"]).strip()]
+                    for line in steps])]
 
     def machine_limits(self):
         limits = self.results.figure("operations", "limits")

@@ -5,7 +5,8 @@ import subprocess
 from functools import cached_property
 from typing import Callable, NamedTuple
 
-from comparison import duckdb_engine, ours, sheet, sqlite_engine, system_tools, window
+import large_table
+from comparison import browsers, duckdb_engine, ours, sheet, sqlite_engine, system_tools, window
 from comparison.operations import NAMES, WRITING
 from comparison.results import lines_of, say
 
@@ -18,6 +19,7 @@ class Measuring:
         self.rows, self.runs, self.csv_runs = arguments.rows, arguments.runs, arguments.csv_runs
         self.others_runs = min(arguments.runs, arguments.others_runs)
         self.sheet_runs = min(arguments.runs, arguments.sheet_runs)
+        self.browser_runs = min(arguments.runs, arguments.browser_runs)
         self.data, self.out, self.results = data, out, results
         self.duckdb = arguments.others / "duckdb.mjs"
         self.sizes = sizes_of(self.rows)
@@ -85,6 +87,21 @@ def measure_sheet(m):
     sheet.measure_save_as(m.programs, m.catalogue(rows), m.out, rows, m.sheet_runs, m.results)
 
 
+def measure_browsers(m, rows):
+    missing = browsers.missing()
+    if missing:
+        say(f"DB Browser for SQLite is not measured: this needs {missing}")
+        m.results.set_figures(missing=missing)
+        return
+    folder = m.out / "browsers"
+    csv = m.csv if rows == m.rows else m.csv_of(rows, folder)
+    database = m.out / "arrivals.sqlite"
+    browsers.make_database(csv, database)
+    browsers.measure_browsers(m.programs, m.catalogue(rows), database, m.browser_runs, m.data / "pictures", m.results)
+    database.unlink()
+    shutil.rmtree(folder, ignore_errors=True)
+
+
 def measure_others(m):
     """All engines, on fewer rows."""
     rows, small = m.sizes[0], m.out / "small"
@@ -102,6 +119,12 @@ def measure_csv(m):
         duckdb_engine.measure_csv(m.duckdb, m.csv, m.rows, m.results, [name for name in NAMES if name not in WRITING])
 
 
+def measure_large(m):
+    rows = large_table.ROWS // 100 if m.quick else large_table.ROWS
+    megabytes = large_table.MEGABYTES // (10 if m.quick else 1)
+    m.results.set_figures(lines=list(large_table.measure(m.programs, m.data, rows, megabytes)))
+
+
 class Part(NamedTuple):
     name: str
     text: str
@@ -113,9 +136,13 @@ class Part(NamedTuple):
 PARTS = [
     Part("operations", "operations, ours and DuckDB's", measure_operations, lambda m: m.runs),
     Part("window", "the window, requests", measure_window, lambda m: m.runs),
+    Part("browsers", "DB Browser for SQLite", lambda m: measure_browsers(m, m.sizes[0]), lambda m: m.browser_runs),
+    Part("many-browsers", "the same, all rows", lambda m: measure_browsers(m, m.rows), lambda m: m.browser_runs,
+         by_default=False),
     Part("growth", "operations on fewer rows", measure_growth, lambda m: m.runs),
     Part("progress", "progress and cancel", measure_progress, lambda m: 1),
     Part("others", "SQLite, awk, sort, join", measure_others, lambda m: m.others_runs),
     Part("sheet", "the spreadsheet", measure_sheet, lambda m: m.sheet_runs),
+    Part("large", "100,000,000 rows in less memory", measure_large, lambda m: 1, by_default=False),
     Part("csv", "DuckDB from CSV files", measure_csv, lambda m: m.csv_runs),
 ]

@@ -84,15 +84,17 @@ class Picture:
 class Display:
     """Use as a context: the display, its window manager and what was started on it end with it."""
 
-    def __init__(self, width=1280, height=800):
+    def __init__(self, width=1280, height=800, server_options=()):
         self.size = (width, height)
+        self.server_options = server_options
         self.processes = []
         self.programs = []  # those under test that are to run
 
     def __enter__(self):
         readable, writable = os.pipe()
         server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writable), "-screen", "0", f"{self.size[0]}x{self.size[1]}x24", "-nolisten", "tcp"],
+            ["Xvfb", "-displayfd", str(writable), "-screen", "0", f"{self.size[0]}x{self.size[1]}x24", "-nolisten", "tcp",
+             *self.server_options],
             pass_fds=[writable], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.processes.append(server)
         os.close(writable)

@@ -107,11 +107,14 @@ class Results:
     @classmethod
     def kept(cls, path):
         results = cls()
-        if path.exists():
-            kept = json.loads(path.read_text())
-            results.parts, results.lines = kept["parts"], kept["lines"]
-            results.count_up()
+        results.go_back(path)
         return results
+
+    def go_back(self, path):
+        """To what was kept last."""
+        kept = json.loads(path.read_text()) if path.exists() else {"parts": {}, "lines": []}
+        self.parts, self.lines = kept["parts"], kept["lines"]
+        self.count_up()
 
     def median(self, engine, mode, operation, rows, what="ms"):
         runs = self.runs.get((engine, mode, operation, rows))

@@ -105,10 +105,13 @@ int run(const char *path, const QByteArray &field, const QString &expression)
     require(found == last, "found row " + std::to_string(found));
     print("find forward to the last row", {finding}, found);
 
+    OrvaneTableView subsetView(config); // as every table has its own
     OrvaneTableModel *subset = nullptr;
     const double making = milliseconds([&] {
         subset = table->subset(expression, QString());
-        view.setModel(subset);
+        subsetView.setModel(subset);
+        subsetView.resize(view.size());
+        subsetView.show();
         QApplication::processEvents();
     });
     print("subset, painted", {making}, subset->rowCount());

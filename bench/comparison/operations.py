@@ -23,6 +23,20 @@ OPERATIONS = [
     Operation("unjoin", "subset, join and unjoin", None),
 ]
 NAMES = [operation.name for operation in OPERATIONS]
+# What the floor of an operation that is run again is made of; of the first one it has reading the files and decoding
+# the columns beside it.
+FLOORS = [
+    ("subset by station", "the codes are compared with one, and the rows written where they are the same"),
+    ("subset on a range", "both columns are compared, and the rows written"),
+    ("sorts", "a radix sort of keys with their rows, of as many bits as the values of the fields have: 51 and 60"),
+    ("join", "the rows of assoc are put in place by arid, the columns read, for each pair orid and the origin's row looked up, "
+             "and what is written of both joins is as much as memory gives"),
+    ("group", "the rows are counted by their codes, and put in place by them, of 500 places"),
+    ("no-join", "the keys of assoc are put into a set of bits, those of arrival looked for, and the rows written that lack one"),
+    ("joins by a range", "each row's number is compared with the up to three ranges of its station, and the rows of each "
+                         "pair written"),
+    ("find", "the column is read"),
+]
 WRITING = {"export_csv", "unjoin"}  # what makes files: twice is enough where time is short
 
 AGAIN_LIMIT = 0.5  # of the loaded table's time
@@ -41,30 +55,27 @@ def floors(limits, sizes, rows):
     def decode(count):
         return 1e3 * count / limits["decode"]
 
+    def step(name, count):
+        return 1e3 * count / limits[name]
+
     def radix(bits):
-        return 1e3 * rows / limits["radix"] * bits / 46
-
-    def probe(count):
-        return 1e3 * count / limits["probe"]
-
-    def scatter(count):
-        return 1e3 * count / limits["scatter"]
+        return step("radix", rows) * bits / 46
 
     def read(*names):
         return 1e3 * sum(sizes[name] for name in names) / limits["read"]
 
     assoc = rows * 0.9
     again = {
-        "subset_station": scan(4 * rows),
-        "subset_range": scan(16 * rows),
+        "subset_station": step("pick", rows),
+        "subset_range": step("sift", rows),
         "sort_time": radix(51),
         "sort_sta_time": radix(60),
         # The rows of assoc put in place by arid and read off, those of origin found for each.
-        "join": scatter(assoc) + scan(8 * rows + 8 * assoc) + 2 * probe(assoc) + scan(5 * 4 * assoc),
-        "group_sta": scan(12 * rows),
-        "nojoin": scan(8 * rows + 8 * assoc) + scan(4 * rows),
-        "interval_join": scan(20 * rows) + scan(8 * rows),
-        "theta_join": scan(20 * rows) + scan(8 * rows),
+        "join": step("scatter", assoc) + scan(8 * rows + 8 * assoc) + 2 * step("probe", assoc) + scan(5 * 4 * assoc),
+        "group_sta": step("spread", rows),
+        "nojoin": step("mark", assoc) + step("lack", rows),
+        "interval_join": step("meet", rows),
+        "theta_join": step("meet", rows),
         "find_last": scan(8 * rows),
     }
     columns = {

@@ -360,6 +360,32 @@ TEST_F(FastWays, JoinFewRowsByARange)
     }
 }
 
+// One word holds, several do, none does; with nulls among the words and without.
+TEST_F(FastWays, FindRowsByATextWithFewValues)
+{
+    for (NarrowRow &row : more)
+        row.word = row.word == "-" ? "TIXI" : row.word;
+    writeNarrowTable(files, "more", more);
+    open = std::make_unique<Opened>(files.path());
+    const std::vector<std::pair<const char *, std::set<std::string>>> conditions{
+        {"word == 'KIV'", {"KIV"}},
+        {"word =~ '.*K.*'", {"AAK", "KIV", "ABKT"}},
+        {"word == 'NONE'", {}},
+        {"word == 'B' || word == 'b'", {"B", "b"}},
+        {"word != 'KIV' && word =~ '.*[A-Z].*'", {"AAK", "ABKT", "B", "TIXI"}},
+        {"length(word) == 3", {"AAK", "KIV"}},
+    };
+    for (const auto &[condition, words] : conditions)
+        for (const auto &[name, rows] : {std::pair("many", &many), std::pair("more", &more)}) {
+            std::vector<RowNumber> expected;
+            for (size_t row = 0; row < rows->size(); ++row)
+                if (words.contains((*rows)[row].word))
+                    expected.push_back(static_cast<RowNumber>(row));
+            EXPECT_EQ(recordsOf(dbsubset(open->table(name), condition, nullptr)), expected)
+                << name << ": " << condition;
+        }
+}
+
 TEST_F(FastWays, SortAndGroupByATextWithFewValues)
 {
     std::vector<RowNumber> order(many.size());

@@ -110,14 +110,18 @@ private:
             of_left[left.null_code] = null_row;
             of_right[right.null_code] = null_row;
         }
-        Status done = fill(ids_.left, [&](std::size_t row) {
-            return values_.left.is_missing(row) ? null_row : of_left[left.codes[values_.left.column.at(row)]];
-        });
-        if (!done.ok())
-            return done;
-        return fill(ids_.right, [&](std::size_t row) {
-            return values_.right.is_missing(row) ? null_row
-                                                 : of_right[right.codes[values_.right.column.at(row)]];
+        Status done = fill_by_codes(values_.left, of_left, ids_.left);
+        return done.ok() ? fill_by_codes(values_.right, of_right, ids_.right) : done;
+    }
+
+    Status fill_by_codes(const SideValues &values, const std::vector<RowNumber> &of_code, RowNumbers &out)
+    {
+        const RowNumber *const ids = of_code.data();
+        const std::uint32_t *const codes = values.column.column->codes.data();
+        if (!values.missing && !values.column.rows)
+            return fill(out, [=](std::size_t row) { return ids[codes[row]]; });
+        return fill(out, [&, ids, codes](std::size_t row) {
+            return values.is_missing(row) ? null_row : ids[codes[values.column.at(row)]];
         });
     }
 

@@ -41,6 +41,24 @@ Bounds bounds_of_integer(std::int64_t value, FieldType type, IntervalScale scale
     return {number, number};
 }
 
+// Intervals of single values; empty for nulls.
+template <typename T>
+void fill_points(const RowColumn &from, const Buffer<T> &values, T null, std::int64_t begin, std::int64_t end,
+                 Interval *out)
+{
+    const auto point = [null](T value) {
+        const std::uint64_t number = ordered_bits(value);
+        return value != null ? Interval{number, number} : empty_interval;
+    };
+    const auto last = static_cast<std::size_t>(end);
+    if (from.rows)
+        for (auto row = static_cast<std::size_t>(begin); row < last; ++row)
+            *out++ = point(values[from.at(row)]);
+    else
+        for (auto row = static_cast<std::size_t>(begin); row < last; ++row)
+            *out++ = point(values[row]);
+}
+
 class RangeIntervals : public IntervalSource
 {
 public:
@@ -51,23 +69,17 @@ public:
 
     void fill(std::int64_t begin, std::int64_t end, Interval *out) const override
     {
-        if (is_point_ && scale_ == IntervalScale::Integers) {
-            for (std::int64_t row = begin; row < end; ++row)
-                *out++ = of_integer(static_cast<std::size_t>(row));
+        if (has_points()) {
+            fill_points(begin_, begin_.column->integers, begin_.column->null_integer, begin, end, out);
             return;
         }
         for (std::int64_t row = begin; row < end; ++row)
             *out++ = of_row(static_cast<std::size_t>(row));
     }
 
-private:
-    Interval of_integer(std::size_t row) const
-    {
-        const std::int64_t value = begin_.column->integers[begin_.at(row)];
-        const std::uint64_t number = ordered_bits(value);
-        return value != begin_.column->null_integer ? Interval{number, number} : empty_interval;
-    }
+    bool has_points() const override { return is_point_ && scale_ == IntervalScale::Integers; }
 
+private:
     Interval of_row(std::size_t row) const
     {
         Bounds low, high;
@@ -106,10 +118,24 @@ public:
 
     void fill(std::int64_t begin, std::int64_t end, Interval *out) const override
     {
+        const IntervalBound &first = bounds_.front();
+        if (has_points() && !first.values.missing) {
+            const RowColumn &from = first.values.column;
+            if (from.column->storage() == ColumnStorage::Integer)
+                fill_points(from, from.column->integers, from.column->null_integer, begin, end, out);
+            else
+                fill_points(from, from.column->reals, from.column->null_real, begin, end, out);
+            return;
+        }
         std::fill(out, out + (end - begin), open_interval);
         for (const IntervalBound &bound : bounds_)
             for (std::int64_t row = begin; row < end; ++row)
                 narrow(out[row - begin], bound, static_cast<std::size_t>(row));
+    }
+
+    bool has_points() const override
+    {
+        return bounds_.size() == 1 && bounds_.front().kind == IntervalBound::Kind::Point;
     }
 
 private:
@@ -214,12 +240,15 @@ void IntervalIndex::pad(std::size_t largest)
     small_ = true;
     room_ = largest;
     const std::size_t buckets = begins_->size() - 1;
-    padded_intervals_.assign((buckets + 1) * room_, empty_interval);
+    // What no interval meets that has an end.
+    constexpr Interval unmet{open_interval.high, open_interval.low};
+    static_assert(unmet.is_empty());
+    padded_intervals_.assign((buckets + 1) * room_, unmet);
     padded_rows_.assign((buckets + 1) * room_, null_row);
     for (std::size_t bucket = 0; bucket < buckets; ++bucket) {
         std::size_t at = bucket * room_;
         for (std::size_t i = (*begins_)[bucket]; i < (*begins_)[bucket + 1]; ++i, ++at) {
-            padded_intervals_[at] = entries_[i].interval;
+            padded_intervals_[at] = entries_[i].interval.is_empty() ? unmet : entries_[i].interval;
             padded_rows_[at] = entries_[i].row;
         }
     }

@@ -14,7 +14,7 @@ namespace orvane {
 struct Interval {
     std::uint64_t low = 0;
     std::uint64_t high = 0;
-    bool is_empty() const { return high < low; }
+    constexpr bool is_empty() const { return high < low; }
     bool meets(const Interval &other) const { return low <= other.high && other.low <= high; }
 };
 constexpr Interval empty_interval{1, 0};
@@ -27,6 +27,8 @@ public:
     virtual ~IntervalSource() = default;
     // Of the rows [begin, end). Called by several threads.
     virtual void fill(std::int64_t begin, std::int64_t end, Interval *out) const = 0;
+    // Whether each is a single number, or empty.
+    virtual bool has_points() const = 0;
 };
 
 // What numbers intervals are made of: so that both sides are of one kind.
@@ -78,7 +80,7 @@ public:
     // without asking where a bucket begins.
     bool has_small_buckets() const { return small_; }
     // Each of them has room for so many entries then, of which those behind its own are empty. Behind the
-    // last bucket there is one of empty entries alone.
+    // last bucket there is one of empty entries alone. Empty ones are from the highest number to the lowest.
     std::size_t bucket_room() const { return room_; }
     static constexpr std::size_t most_room = 16;
     const Interval *padded_intervals() const { return padded_intervals_.data(); }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 
 namespace orvane {
 
@@ -265,7 +266,11 @@ private:
     std::size_t meet_small_buckets(const std::vector<Interval> &sought, std::int64_t first,
                                    Unmatched unmatched, EntryBits *met) const
     {
-        return with_room([&](auto room) { return meet_buckets(room, sought, first, unmatched, met); });
+        return with_room([&](auto room) {
+            return terms_.intervals.front().left->has_points()
+                       ? meet_buckets<true>(room, sought, first, unmatched, met)
+                       : meet_buckets<false>(room, sought, first, unmatched, met);
+        });
     }
     // The pairs of the rows [begin, end) into the probe; answers their number.
     std::ptrdiff_t list_met(Probe &probe, std::int64_t begin, std::int64_t end, Unmatched unmatched,
@@ -275,7 +280,7 @@ private:
     }
 
     // Without branches that depend on the data, as nobody can foresee them.
-    template <typename Room>
+    template <bool points, typename Room>
     std::size_t meet_buckets(const Room room, const std::vector<Interval> &sought, std::int64_t first,
                              Unmatched unmatched, EntryBits *met) const
     {
@@ -289,11 +294,15 @@ private:
             const unsigned some = own.low <= own.high ? 1 : 0;
             unsigned bits = 0;
             std::size_t found = 0;
+            // An empty entry is met by nothing but what has no ends.
+            const bool has_ends = points || own.low != open_interval.low || own.high != open_interval.high;
+            const std::uint64_t high = points ? own.low : own.high;
             for (std::size_t entry = 0; entry < room; ++entry) {
                 const Interval &other = bucket[entry];
-                const unsigned meets = static_cast<unsigned>(other.low <= own.high) &
-                                       static_cast<unsigned>(own.low <= other.high) &
-                                       static_cast<unsigned>(other.low <= other.high) & some;
+                unsigned meets = static_cast<unsigned>(other.low <= high) &
+                                 static_cast<unsigned>(own.low <= other.high) & some;
+                if (!has_ends)
+                    meets &= other.is_empty() ? 0 : 1;
                 bits |= meets << entry;
                 found += meets;
             }
@@ -325,10 +334,13 @@ private:
         for (std::int64_t row = begin; row < end; ++row) {
             const unsigned bits = met[row - begin];
             const RowNumber *const bucket = rows + padded_bucket(ids_[static_cast<std::size_t>(row)]) * room;
-            for (std::size_t entry = 0; entry < room; ++entry) {
+            // Most rows meet one entry or none; whether it is one nobody can foresee.
+            left[count] = static_cast<RowNumber>(row);
+            right[count] = bucket[std::countr_zero(bits | 1u << (room - 1))];
+            count += bits != 0 ? 1 : 0;
+            for (unsigned rest = bits & (bits - 1); rest != 0; rest &= rest - 1) {
                 left[count] = static_cast<RowNumber>(row);
-                right[count] = bucket[entry];
-                count += bits >> entry & 1;
+                right[count++] = bucket[std::countr_zero(rest)];
             }
             if (unmatched == Unmatched::BesideNull && bits == 0) {
                 left[count] = static_cast<RowNumber>(row);

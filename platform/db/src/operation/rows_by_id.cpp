@@ -11,6 +11,9 @@ namespace {
 constexpr std::size_t few_rows = 64 << 10; // for which one thread is enough
 constexpr std::size_t rows_between_polls = 64 << 10;
 constexpr std::uint64_t ids_of_a_word = 64;
+constexpr std::int64_t rows_per_block = 128 << 10;
+constexpr std::int64_t filled_at_once = 1 << 20;
+constexpr std::size_t rows_ahead = 64; // whose places are fetched before it is their turn
 
 // Gives each thread a range of the ids to itself, so that what it writes is nobody else's: every thread reads
 // all ids and calls `visit` with those of its range and their rows, ascending, for as long as that answers
@@ -40,13 +43,18 @@ Status scan_ids(const RowNumbers &ids, std::uint32_t domain, Work &work, double 
         });
 }
 
+// Ends the putting in place of rows, of which nothing is kept.
+Status found_several()
+{
+    return Status(Code::Argument, "several rows have the same id");
+}
+
 // Fills on all threads: the pages of a large array are new to the system.
 template <typename T>
 Status fill(Buffer<T> &values, std::size_t size, T value, Work &work)
 {
-    constexpr std::int64_t block = 1 << 20;
     values.resize(size);
-    return work.for_blocks(static_cast<std::int64_t>(size), block, 0.05,
+    return work.for_blocks(static_cast<std::int64_t>(size), filled_at_once, 0.05,
                            [&](std::int64_t begin, std::int64_t end, unsigned) {
                                std::fill(values.begin() + begin, values.begin() + end, value);
                                return Status();
@@ -79,21 +87,48 @@ Result<RowBuckets> row_buckets(const RowNumbers &ids, std::uint32_t domain, Work
     return buckets;
 }
 
+// Each thread puts its rows in place. Where two have the same id one of them stays, which shows in the number
+// of places that were taken; most often the second finds that the first was there.
 Result<RowNumbers> only_rows(const RowNumbers &ids, std::uint32_t domain, Work &work)
 {
     RowNumbers rows;
     std::atomic<bool> several = false;
+    std::atomic<std::size_t> with_id = 0;
+    std::atomic<std::size_t> taken = 0;
     Status done = fill(rows, domain, null_row, work);
     if (done.ok())
-        done = scan_ids(ids, domain, work, 0.2, [&](RowNumber id, RowNumber row) {
-            if (rows[id] != null_row)
-                several.store(true, std::memory_order_relaxed);
-            rows[id] = row;
-            return !several.load(std::memory_order_relaxed);
-        });
+        done = work.for_blocks(
+            static_cast<std::int64_t>(ids.size()), rows_per_block, 0.2,
+            [&](std::int64_t begin, std::int64_t end, unsigned) {
+                std::size_t count = 0;
+                std::size_t met = 0;
+                for (auto row = static_cast<std::size_t>(begin); row < static_cast<std::size_t>(end); ++row) {
+                    if (row + rows_ahead < ids.size())
+                        __builtin_prefetch(&rows[std::min(ids[row + rows_ahead], domain - 1)], 1);
+                    if (ids[row] >= domain)
+                        continue;
+                    const std::atomic_ref<RowNumber> place(rows[ids[row]]);
+                    met += place.load(std::memory_order_relaxed) != null_row ? 1 : 0;
+                    place.store(static_cast<RowNumber>(row), std::memory_order_relaxed);
+                    ++count;
+                }
+                if (met > 0)
+                    several.store(true, std::memory_order_relaxed);
+                with_id.fetch_add(count, std::memory_order_relaxed);
+                return several.load(std::memory_order_relaxed) ? found_several() : Status();
+            });
+    if (several)
+        return RowNumbers();
+    if (done.ok())
+        done = work.for_blocks(
+            domain, filled_at_once, 0.05, [&](std::int64_t begin, std::int64_t end, unsigned) {
+                taken.fetch_add(static_cast<std::size_t>(
+                    (end - begin) - std::count(rows.begin() + begin, rows.begin() + end, null_row)));
+                return Status();
+            });
     if (!done.ok())
         return done;
-    return several ? RowNumbers() : std::move(rows);
+    return taken < with_id ? RowNumbers() : std::move(rows);
 }
 
 // Each part of the rows has a set of its own, which is small enough to stay in a cache; in the end they are

@@ -451,6 +451,8 @@ void measureTooltips(const std::string &name, OrvaneTableView &view)
                 QApplication::processEvents();
             }));
             QToolTip::hideText();
+            QEvent leave(QEvent::Leave);
+            QApplication::sendEvent(widget, &leave);
             QApplication::processEvents();
         }
         print(what, name,

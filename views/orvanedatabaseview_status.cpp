@@ -5,8 +5,8 @@
 #include <memory>
 
 #include <QLabel>
-#include <QLocale>
 
+#include <orvane/numbers.h>
 #include <orvane/tr.h>
 #include <orvane/util.h>
 
@@ -70,9 +70,8 @@ void OrvaneDatabaseView::updateStatusLabels()
 void OrvaneDatabaseView::showStatusOf(OrvaneTableModel &table)
 {
     const int rows = table.rowCount();
-    m_rowCountLabel->setText(
-        rows == 1 ? OvTranslation::tr("%1 Row").arg(1)
-                  : OvTranslation::tr("%1 Rows").arg(QLocale(QLocale::English).toString(rows)));
+    m_rowCountLabel->setText(rows == 1 ? OvTranslation::tr("%1 Row").arg(1)
+                                       : OvTranslation::tr("%1 Rows").arg(OvNumbers::counted(rows)));
 
     const bool tracking = m_config["update_interval_sec"].toDouble() > 0;
     QString modification;

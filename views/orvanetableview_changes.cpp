@@ -5,10 +5,10 @@
 #include <map>
 
 #include <QItemSelectionModel>
-#include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <orvane/numbers.h>
 #include <orvane/tr.h>
 
 #include <orvanetablemodel.h>
@@ -42,7 +42,7 @@ namespace {
 
 QString number(qint64 count)
 {
-    return QLocale(QLocale::English).toString(count);
+    return OvNumbers::counted(count);
 }
 
 qint64 countOf(const OrvaneTableModel::RowRanges &rows)

@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include <QItemSelectionModel>
-#include <QLocale>
 
+#include <orvane/numbers.h>
 #include <orvane/tr.h>
 
 #include <orvanetablemodel.h>
@@ -95,13 +95,12 @@ void OrvaneTableView::markRows(const std::vector<RowRange> &ranges)
         }
         return;
     }
-    const QLocale english(QLocale::English);
     const char *told = done.cancelled
                            ? OvTranslation::noop("Stopped: %1 of %2 rows are marked.")
                            : OvTranslation::noop("%1 of %2 rows are marked. The others are not: %3");
     const QString text = OvTranslation::tr(told)
-                             .replace("%1", english.toString(done.stored))
-                             .replace("%2", english.toString(count))
+                             .replace("%1", OvNumbers::counted(done.stored))
+                             .replace("%2", OvNumbers::counted(count))
                              .replace("%3", done.reason);
     qovutil_showError(left.isEmpty() ? text : text + "\n\n" + left, nullptr);
 }

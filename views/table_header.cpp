@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <QHelpEvent>
 #include <QHoverEvent>
 #include <QIcon>
 #include <QItemSelectionModel>
@@ -11,6 +12,8 @@
 #include <QStyle>
 #include <QStyleOptionHeader>
 #include <QTableView>
+
+#include "long_tip.h"
 
 TableHeader::TableHeader(Qt::Orientation orientation, QTableView *view)
     : QHeaderView(orientation, view), m_table(*view)
@@ -188,6 +191,21 @@ bool TableHeader::event(QEvent *event)
         break;
     }
     return QHeaderView::event(event);
+}
+
+bool TableHeader::viewportEvent(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip && model() != nullptr) {
+        const auto &help = static_cast<const QHelpEvent &>(*event);
+        const int section = logicalIndexAt(help.pos());
+        const QString text =
+            section < 0 ? QString() : model()->headerData(section, orientation(), Qt::ToolTipRole).toString();
+        if (LongTip::isFor(text)) {
+            LongTip::show(help.globalPos(), text, *viewport());
+            return true;
+        }
+    }
+    return QHeaderView::viewportEvent(event);
 }
 
 void TableHeader::mouseReleaseEvent(QMouseEvent *event)

@@ -21,6 +21,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void paintSection(QPainter *painter, const QRect &rect, int section) const override;
     bool event(QEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
 
     // The row or the column of the table for which a section stands.

@@ -4,13 +4,14 @@
 
 #include <stdexcept>
 
-#include <QLocale>
 #include <QString>
+
+#include <orvane/numbers.h>
 
 // A number with its thousands apart, as in the texts around it: "2,980".
 inline QString counted(qint64 number)
 {
-    return QLocale(QLocale::English).toString(number);
+    return OvNumbers::counted(number);
 }
 
 // Ends a command; the sentence is shown to the user.

@@ -1,4 +1,5 @@
 #include <orvane/language.h>
+#include <orvane/numbers.h>
 #include <orvane/tr.h>
 
 #include <QCoreApplication>
@@ -50,6 +51,18 @@ TEST(Language, SpeaksGermanWithItsButtons)
                                           nullptr, 1),
               QString("1 Problem wurde gefunden. Alles andere ist benutzbar."));
     EXPECT_EQ(buttonText(), QString("Abbrechen"));
+}
+
+TEST(Language, WritesCountsAsItsTextsDo)
+{
+    const Application application;
+    EXPECT_EQ(OvNumbers::counted(1234567), "1,234,567");
+    ASSERT_TRUE(OvLanguage::use("de"));
+    EXPECT_EQ(OvNumbers::counted(1234567), "1.234.567");
+    EXPECT_EQ(OvNumbers::counted(999), "999");
+    EXPECT_EQ(OvNumbers::counted(-1000), "-1.000");
+    ASSERT_TRUE(OvLanguage::use("en"));
+    EXPECT_EQ(OvNumbers::counted(1234567), "1,234,567");
 }
 
 TEST(Language, GoesBackToEnglish)

@@ -5,11 +5,14 @@
 
 #include <QApplication>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QHoverEvent>
 #include <QImage>
 #include <QItemSelectionModel>
 #include <QScrollBar>
 #include <QStyleFactory>
+#include <QTextDocument>
+#include <QToolTip>
 #include <QtTest>
 
 #include <gtest/gtest.h>
@@ -262,6 +265,87 @@ TEST_F(TableHeaders, doNotAskAboutEveryCellThatIsSelected)
     EXPECT_LT(model.flagsAsked, 1000);
     EXPECT_GT(model.flagsAsked, 0); // the cells in sight
     ours->setModel(&database.table("site"));
+}
+
+// The tooltip of many lines that is to be seen; null where there is none.
+QWidget *longTip()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && widget->inherits("LongTip")) {
+            return widget;
+        }
+    }
+    return nullptr;
+}
+
+TEST(LongTips, showRowsOfJoinsUntilTheMouseGoesAway)
+{
+    ShownDatabase database;
+    database.files.addTable("assoc", {{"1", "7", "AAK", "P"}});
+    database.files.addTable("origin", {{"10.0", "20.0", "5.0", "1517875000.0", "7", "3"}});
+    database.setFontPoints(10);
+    OrvaneTableModel *joined = &database.table("arrival");
+    for (const char *other : {"assoc", "origin", "site"}) {
+        joined = joined->joinTo(other, QString());
+    }
+    ASSERT_EQ(joined->rowCount(), 1);
+    OrvaneTableView view(database.config);
+    view.setModel(joined);
+    view.resize(500, 300);
+    view.show();
+    settle();
+    QWidget &rows = *view.verticalHeader()->viewport();
+    const auto rest = [](QWidget &header) {
+        QHelpEvent event(QEvent::ToolTip, QPoint(5, 5), header.mapToGlobal(QPoint(5, 5)));
+        QApplication::sendEvent(&header, &event);
+        settle();
+    };
+    const auto send = [](QWidget &to, QEvent::Type type) {
+        QEvent event(type);
+        QApplication::sendEvent(&to, &event);
+        settle();
+    };
+    rest(rows);
+    QPointer<QWidget> tip = longTip();
+    ASSERT_NE(tip, nullptr);
+    EXPECT_FALSE(QToolTip::isVisible());
+    QTextDocument text;
+    text.setHtml(joined->headerData(0, Qt::Vertical, Qt::ToolTipRole).toString());
+    text.setDefaultFont(QToolTip::font());
+    text.setDocumentMargin(0);
+    EXPECT_GE(tip->width(), text.size().width());
+    EXPECT_GE(tip->height(), text.size().height());
+    const QImage shown = tip->grab().toImage();
+    EXPECT_EQ(shown.pixelColor(shown.width() / 2, 3), QToolTip::palette().color(QPalette::ToolTipBase));
+    bool isWritten = false;
+    for (int x = 0; x < shown.width(); ++x) {
+        isWritten = isWritten || shown.pixelColor(x, 12).lightness() < 100;
+    }
+    EXPECT_TRUE(isWritten);
+
+    rest(rows);
+    EXPECT_EQ(longTip(), tip) << "the same once more";
+    send(*view.viewport(), QEvent::Leave);
+    EXPECT_EQ(longTip(), tip) << "it is another's";
+    send(rows, QEvent::Leave);
+    EXPECT_EQ(longTip(), nullptr);
+    EXPECT_TRUE(tip.isNull());
+
+    rest(rows);
+    EXPECT_NE(longTip(), nullptr);
+    QTest::mouseClick(view.viewport(), Qt::LeftButton);
+    settle();
+    EXPECT_EQ(longTip(), nullptr);
+
+    rest(*view.horizontalHeader()->viewport());
+    EXPECT_EQ(longTip(), nullptr) << "a short one is the toolkit's";
+    EXPECT_TRUE(QToolTip::isVisible());
+    QToolTip::hideText();
+    rest(rows);
+    database.config.configure("show_tooltips", false);
+    send(rows, QEvent::Leave);
+    rest(rows);
+    EXPECT_EQ(longTip(), nullptr);
 }
 
 } // namespace

@@ -2030,6 +2030,11 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>records would have the same key (%1)</source>
         <translation>Datensätze hätten denselben Schlüssel (%1)</translation>
     </message>
+    <message>
+        <source>en</source>
+        <extracomment>The code of the language that is translated into, such as &quot;de&quot;: numbers are written as in that.</extracomment>
+        <translation>de</translation>
+    </message>
 </context>
 <context>
     <name>ProblemsDialog</name>

@@ -9,6 +9,7 @@
 #include <QStyleOptionFrame>
 #include <QStylePainter>
 #include <QToolTip>
+#include <QtMath>
 
 namespace {
 

@@ -15,7 +15,8 @@ HOST = Path(__file__).resolve().parent / "host"
 
 PLATFORM_HEADERS = {"orvane/util.h", "orvane/util_export.h", "orvane/db.h", "orvane/db_check.h", "orvane/db_create.h",
                     "orvane/db_export.h",
-                    "orvane/tr.h", "orvane/numbers.h", "orvane/language.h", "orvane/tr_export.h", "orvane/plot.h", "orvane/plot_export.h"}
+                    "orvane/tr.h", "orvane/numbers.h", "orvane/language.h", "orvane/tr_export.h",
+                    "orvane/plot.h", "orvane/plot_export.h"}
 WIDGET_HEADERS = {"ovqt_export.h", "qovresponse.h", "qovserver.h", "qovconnection.h", "qdbptr.h", "ovconfig.h",
                   "orvanedatabasemodel.h", "orvanetablemodel.h", "qovutil.h", "orvanetableview.h",
                   "orvanedatabaseview.h", "qlistchooserdialog.h", "qlistitemchooserdialog.h", "qsaveasdialog.h",

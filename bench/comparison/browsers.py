@@ -12,6 +12,7 @@ import time
 import zlib
 from typing import Callable, NamedTuple, Optional, Tuple
 
+from comparison.ours import read_through
 from comparison.results import say
 from comparison.sqlite_engine import TEXT_COLUMNS
 
@@ -172,12 +173,15 @@ def measure_once(browser, command, pictures):
 
 
 def measure_browsers(programs, path, database, runs, pictures, results):
-    """In turn, so that what else the machine does meets both. Pictures of the last run are left in a folder."""
+    """In turn, so that what else the machine does meets both, and with the files in the page cache. Pictures of the last
+    run are left in a folder."""
     pictures.mkdir(exist_ok=True)
     taken = {browser.name: [] for browser in BROWSERS}
     for _ in range(runs):
         for browser in BROWSERS:
             say(f"{browser.name}, {path.name}")
+            read_through(database)
+            read_through(f"{path}.arrival")
             taken[browser.name].append(measure_once(browser, browser.command(programs, path, database), pictures))
     results.set_figures(version=version(), database_bytes=os.path.getsize(database), browsers={
         name: {what: statistics.median(one[what] for one in all_runs) for what in all_runs[0]}

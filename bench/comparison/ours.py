@@ -4,12 +4,16 @@ from comparison.results import lines_of, say
 TABLES = ("arrival", "assoc", "origin", "site")
 
 
+def read_through(path):
+    """So that the file is in the page cache."""
+    with open(path, "rb") as file:
+        while file.read(1 << 24):
+            pass
+
+
 def warm(path, tables=TABLES):
-    """Reads the files so that they are in the page cache."""
     for table in tables:
-        with open(f"{path}.{table}", "rb") as file:
-            while file.read(1 << 24):
-                pass
+        read_through(f"{path}.{table}")
 
 
 def measure_operations(programs, path, out, runs, results, names):

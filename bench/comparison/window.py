@@ -21,8 +21,8 @@ def measure_view(programs, path, quick, results):
     frames = 200 if quick else 1800  # a minute of them
     lines, unfinished = [], []
     for kind in ("toolkit", *KINDS):
-        command = [programs / "view_bench", "--json", "--frames", frames, "--only", kind, "--join", JOINED, f"{path}.arrival"]
-        measured, finished = lines_within(MOST_SECONDS, command, environment)
+        command = [programs / "view_bench", "--json", "--frames", frames, "--only", kind, "--join", JOINED]
+        measured, finished = lines_within(MOST_SECONDS, [*command, f"{path}.arrival"], environment)
         lines += measured
         if not finished:
             unfinished.append(kind)

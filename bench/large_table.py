@@ -12,7 +12,6 @@ import contextlib
 import json
 import os
 import pathlib
-import resource
 import shutil
 import subprocess
 import sys
@@ -65,14 +64,19 @@ def limited(megabytes):
 
 
 def run(program, group, arguments):
+    """Seconds, the process's memory at its highest in MB, and what it printed."""
     def enter():
         if group:
             (group / "cgroup.procs").write_text(str(os.getpid()))
 
     start = time.perf_counter()
-    done = subprocess.run([program, *arguments], check=True, stdout=subprocess.PIPE, text=True, preexec_fn=enter)
-    taken = time.perf_counter() - start
-    return taken, done.stdout.strip().splitlines()
+    with subprocess.Popen([program, *arguments], stdout=subprocess.PIPE, text=True, preexec_fn=enter) as process:
+        printed = process.stdout.read()
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+    if process.returncode != 0:
+        raise SystemExit(f"{program} ended with {process.returncode}")
+    return time.perf_counter() - start, usage.ru_maxrss >> 10, printed.strip().splitlines()
 
 
 def commands(program, table, rows, group):
@@ -83,11 +87,10 @@ def commands(program, table, rows, group):
         ("find the last row", ["select", table, "--subset", f"id == {rows - 1}", "--no-header"], None),
     ]
     for name, arguments, expected in steps:
-        taken, lines = run(program, group, arguments)
+        taken, most_mb, lines = run(program, group, arguments)
         if expected and lines[-1] != expected:
             raise SystemExit(f"{name}: {lines[-1]}, not {expected}")
-        peak = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss >> 10
-        yield {"step": name, "ms": round(1e3 * taken, 1), "most_mb_so_far": peak, "answer": lines[-1][:60]}
+        yield {"step": name, "ms": round(1e3 * taken, 1), "most_mb": most_mb, "answer": lines[-1][:60]}
 
 
 def measure(bin_folder, data, rows, megabytes):
@@ -102,7 +105,7 @@ def measure(bin_folder, data, rows, megabytes):
     with limited(megabytes) as group:
         yield {"rows": rows, "table_mb": os.path.getsize(table) >> 20, "limit_mb": megabytes if group else None}
         yield from commands(bin_folder / "ovdb", table, rows, group)
-        _, lines = run(bin_folder / "large_view_bench", group, [table, "id", "word == 'AAK'"])
+        _, _, lines = run(bin_folder / "large_view_bench", group, [table, "id", "word == 'AAK'"])
         yield from ({**json.loads(line), "window": True} for line in lines)
 
 

@@ -43,9 +43,9 @@ void print(const char *step, std::vector<double> times, qint64 answer)
     std::sort(times.begin(), times.end());
     rusage use{};
     getrusage(RUSAGE_SELF, &use);
-    std::printf(
-        "{\"step\": \"%s\", \"ms\": %.3f, \"worst_ms\": %.3f, \"most_mb_so_far\": %ld, \"answer\": %lld}\n",
-        step, times[times.size() / 2], times.back(), use.ru_maxrss / 1024, static_cast<long long>(answer));
+    std::printf("{\"step\": \"%s\", \"ms\": %.3f, \"worst_ms\": %.3f, \"most_mb\": %ld, \"answer\": %lld}\n",
+                step, times[times.size() / 2], times.back(), use.ru_maxrss / 1024,
+                static_cast<long long>(answer));
     std::fflush(stdout);
 }
 

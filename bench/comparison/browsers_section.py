@@ -10,8 +10,8 @@ MEASURED = [  # the figure, and what it is of
 ]
 
 
-def browsers_section(results, rows_by_part):
-    measured = {part: rows for part, rows in rows_by_part.items() if results.figure(part, "browsers")}
+def browsers_section(results, measured):
+    """`measured`: parts, and the rows of each."""
     head, columns = [""], []
     for part, rows in measured.items():
         head += [f"ovedit, {rows:,}", "DB Browser", "ratio"]

@@ -44,7 +44,7 @@ class Document:
 
     def text(self):
         sections = [("", self.head), ("operations", self.operations), ("operations", self.further),
-                    ("window", lambda: window_section(self.results, self.rows)), ("browsers", self.browsers),
+                    ("window", lambda: window_section(self.results, self.rows)), ("", self.browsers),
                     ("sheet", self.sheet),
                     ("others", self.others), ("growth", self.growth), ("progress", self.progress), ("large", self.large),
                     ("operations", self.machine_limits)]
@@ -116,9 +116,9 @@ class Document:
             f"Most memory of a process that did one operation first: {peak:,} MB."]
 
     def browsers(self):
-        if self.results.figure("browsers", "missing"):
-            return []  # the table of the parts says so
-        return browsers_section(self.results, {"browsers": self.small, "many-browsers": self.rows})
+        rows = {"browsers": self.small, "many-browsers": self.rows}
+        measured = {part: rows[part] for part in rows if self.results.figure(part, "browsers")}
+        return browsers_section(self.results, measured) if measured else []  # the table of the parts says why
 
     def sheet(self):
         rows, size, mebibytes, save, cancelled = (self.results.figure("sheet", name) for name in (
@@ -179,11 +179,11 @@ class Document:
             limit = "as much memory as there is, as no control group was to be had"
         return ["## A table larger than its memory", "",
                 f"`bench/large_table.py`: {what['rows']:,} rows, {what['table_mb']:,} MB, in {limit}. The command line begins a",
-                "process for each step; the window's steps are of one process. Milliseconds on the clock, the median and the",
+                "process for each step; the window's steps are of one, with its memory so far. Milliseconds on the clock, the median and the",
                 "worst where there are several.", "",
-                *table(["", "ms", "worst", "most memory so far, MB", "answer"], [
+                *table(["", "ms", "worst", "most memory, MB", "answer"], [
                     [("window: " if line.get("window") else "`ovdb`: ") + line["step"], number(line["ms"]),
-                     number(line.get("worst_ms")), number(line["most_mb_so_far"]), str(line["answer"]).strip()]
+                     number(line.get("worst_ms")), number(line["most_mb"]), str(line["answer"]).strip()]
                     for line in steps])]
 
     def machine_limits(self):

@@ -80,6 +80,14 @@ private:
     int64_t m_length = -1;
 };
 
+// Rows that can't be read show when they are.
+void readAhead(const Dbptr &table, int first, int end)
+{
+    const Dbptr rows = dbrow_range(table, first, end);
+    if (rows.table >= 0)
+        dbread_ahead(rows);
+}
+
 QString displayedText(const QString &text, const TableColumn &column, const DisplaySettings &settings)
 {
     if (text == column.nullText && !settings.showRawNulls)
@@ -101,7 +109,9 @@ QStringList OrvaneTableModel::displayedTexts(const QVector<int> &columns, int fi
         parts.push_back(partOf(number, d->column(number)));
     texts.reserve(columns.size() * (end - first));
     const DisplaySettings &settings = d->settings();
-    RecordText record(d->display->getDbptr(), d->memberTables().size() > 1);
+    const Dbptr table = d->display->getDbptr();
+    readAhead(table, first, end);
+    RecordText record(table, d->memberTables().size() > 1);
     for (int row = first; row < end; ++row) {
         record.goTo(row);
         for (const RecordPart &part : parts) {

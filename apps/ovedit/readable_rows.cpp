@@ -12,6 +12,9 @@ void checkReadable(const OrvaneTableModel *table, int first, int end)
 {
     Dbptr place = table == nullptr ? dbinvalid() : table->getFacadeDbptr();
     place.field = dbALL;
+    if (first < end) {
+        dbread_ahead(dbrow_range(place, first, end)); // what can't be read shows below
+    }
     char unused = 0;
     for (place.record = first; place.record < end; ++place.record) {
         // With no room for it the record is looked at and not copied.

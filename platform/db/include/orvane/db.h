@@ -270,6 +270,12 @@ ORVANE_DB_EXPORT int dbselect(Dbptr db, const Tbl *fields, FILE *stream, const c
  * ones are called "table.field". */
 ORVANE_DB_EXPORT int dbselect_hdr(Dbptr db, const Tbl *fields, FILE *stream, const char *separator, int flag);
 
+/* The rows that `db` stands for (dbrow_range) will be asked for by dbget or dbgetv: of a view, whose rows may lie
+ * anywhere in their files, it costs less to read them together, some hundreds at a time. Nothing else
+ * changes: rows that can't be read are told where they are asked for. Returns 0, or a negative code where `db`
+ * is no pointer to numbered rows. */
+ORVANE_DB_EXPORT int dbread_ahead(Dbptr db);
+
 /* A pointer that stands for the records [first, end) of the table that `db` points to: for dbselect and
  * dbget_range, which find out whether they are there. The invalid pointer where that is no range. */
 ORVANE_DB_EXPORT Dbptr dbrow_range(Dbptr db, int64_t first, int64_t end);

@@ -1,4 +1,4 @@
-// dbget, dbgetv and dbget_range: records and their fields.
+// dbget, dbgetv, dbget_range and dbread_ahead: records and their fields.
 #include "door/guard.h"
 #include "door/row_pointer.h"
 #include "door/subject.h"
@@ -170,6 +170,18 @@ Status get_range(const Dbptr &db, std::int64_t &first, std::int64_t &end)
     return Status();
 }
 
+Status read_ahead(const Dbptr &db)
+{
+    Subject subject;
+    if (Status found = find_subject(db, Level::Table, "dbread_ahead", subject); !found.ok())
+        return found;
+    if (db.record < 0)
+        return Status(Code::Argument, concat("dbread_ahead: the pointer ", pointer_text(db),
+                                             " points to a record without a number"));
+    subject.table->read_ahead(db.record, end_of_rows(db));
+    return Status();
+}
+
 } // namespace
 
 int64_t dbget(Dbptr db, char *buffer, size_t capacity)
@@ -195,4 +207,9 @@ int dbget_range(Dbptr db, int64_t *first, int64_t *end)
         *first = *end = 0;
         return code_of(get_range(db, *first, *end));
     });
+}
+
+int dbread_ahead(Dbptr db)
+{
+    return guarded("dbread_ahead", [&] { return code_of(read_ahead(db)); });
 }

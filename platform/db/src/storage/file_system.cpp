@@ -34,6 +34,17 @@ ScopedFileSystem::~ScopedFileSystem()
     slot() = previous_;
 }
 
+Status RandomAccessFile::read_scattered(std::span<FilePiece> pieces)
+{
+    for (FilePiece &piece : pieces) {
+        const auto got = read_at(piece.offset, piece.buffer);
+        if (!got.ok())
+            return got.status();
+        piece.got = *got;
+    }
+    return Status();
+}
+
 Result<std::int64_t> RandomAccessFile::read_pieces(std::int64_t offset, std::int64_t size,
                                                    std::span<char> buffer, const TakePiece &take)
 {

@@ -43,6 +43,13 @@ struct LockRange {
     std::int64_t count = 0;
 };
 
+// Bytes of a file that are wanted.
+struct FilePiece {
+    std::int64_t offset = 0;
+    std::span<char> buffer = {};
+    std::size_t got = 0; // how many of them there were
+};
+
 // An open file. Closed by its destructor.
 class RandomAccessFile
 {
@@ -52,6 +59,8 @@ public:
     // Reads from `offset` until the buffer is full or the file ends, and answers the number of bytes
     // read. Interrupted and short reads are repeated.
     virtual Result<std::size_t> read_at(std::int64_t offset, std::span<char> buffer) = 0;
+    // Reads bytes that lie here and there, which may cost less than one after the other.
+    virtual Status read_scattered(std::span<FilePiece> pieces);
     virtual Result<FileState> state() = 0;
 
     // Told of a piece of the file, which is the caller's until it returns.

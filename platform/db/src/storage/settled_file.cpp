@@ -14,6 +14,7 @@ namespace {
 constexpr auto longest_wait = std::chrono::milliseconds(200);
 constexpr auto pause_between = std::chrono::microseconds(50);
 constexpr int max_readings = 100;
+constexpr std::size_t pieces_under_lock = 64; // that lie here and there
 
 // The part of a note that lies in what was read is put over it.
 void put_over(const UndoNote &note, std::int64_t offset, std::span<char> read)
@@ -113,6 +114,36 @@ Result<std::int64_t> SettledFile::read_pieces(std::int64_t offset, std::int64_t 
             return got;
         },
         offset, size, buffer, take);
+}
+
+Status SettledFile::read_scattered(std::span<FilePiece> pieces)
+{
+    if (!policy_.lock)
+        return RandomAccessFile::read_scattered(pieces);
+    for (std::size_t done = 0; done < pieces.size(); done += pieces_under_lock) {
+        const auto some = pieces.subspan(done, std::min(pieces_under_lock, pieces.size() - done));
+        if (Status read = read_under_lock(some); !read.ok())
+            return read;
+    }
+    return Status();
+}
+
+Status SettledFile::read_under_lock(std::span<FilePiece> pieces)
+{
+    const ReaderLock lock(*this);
+    const Result<std::optional<UndoNote>> found = lock.is_held() ? note() : std::optional<UndoNote>();
+    if (!found.ok())
+        return found.status();
+    for (FilePiece &piece : pieces) {
+        const auto got = lock.is_held() ? file_->read_at(piece.offset, piece.buffer)
+                                        : read_without_lock(lock, piece.offset, piece.buffer);
+        if (!got.ok())
+            return got.status();
+        piece.got = *got;
+        if (*found)
+            put_over(**found, piece.offset, piece.buffer.first(*got));
+    }
+    return Status();
 }
 
 Result<std::optional<UndoNote>> SettledFile::note() const

@@ -27,6 +27,8 @@ public:
     // should be some megabytes at most.
     Result<std::int64_t> read_pieces(std::int64_t offset, std::int64_t size, std::span<char> buffer,
                                      const TakePiece &take) override;
+    // A lock for many of them: nobody is held off for longer than a large read takes.
+    Status read_scattered(std::span<FilePiece> pieces) override;
     Result<FileState> state() override { return file_->state(); }
     Result<bool> try_lock(LockKind kind, LockRange range) override { return file_->try_lock(kind, range); }
     Status unlock(LockRange range) override { return file_->unlock(range); }
@@ -37,6 +39,7 @@ private:
 
     // What is beside the file and about it.
     Result<std::optional<UndoNote>> note() const;
+    Status read_under_lock(std::span<FilePiece> pieces);
     Result<std::size_t> read_with_note(std::int64_t offset, std::span<char> buffer);
     Result<std::size_t> read_twice(std::int64_t offset, std::span<char> buffer);
     Result<std::size_t> read_without_lock(const ReaderLock &lock, std::int64_t offset,

@@ -32,6 +32,7 @@ public:
     std::int64_t numbering() override;
     std::int64_t version() override;
     Result<std::string_view> record(std::int64_t number) override;
+    void read_ahead_records(std::span<const std::int64_t> numbers) override { file_.read_ahead(numbers); }
     std::string_view special_record(SpecialRecord which) const override;
     Status set_scratch(std::string_view record_text) override;
 

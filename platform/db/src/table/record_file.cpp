@@ -19,6 +19,8 @@ constexpr std::int64_t youth = 50'000'000;
 constexpr std::int64_t max_searched_width = 64
                                             << 10; // how far a line feed is looked for to tell a wrong width
 constexpr int max_attempts = 4;                    // at a file that keeps changing under us
+constexpr std::int64_t most_bytes_ahead = 4 << 20; // that are read ahead of a file
+constexpr std::int64_t few_of_block = 16;          // a part of a block's records that is not worth reading it
 
 std::int64_t clock_now(clockid_t clock)
 {
@@ -75,6 +77,7 @@ void RecordFile::forget_content()
     version_ = storage_.blocks.new_version();
     block_.reset();
     block_first_ = block_end_ = 0;
+    ahead_.clear();
     checked_ = false;
     count_ = 0;
     refusal_ = Status();
@@ -132,6 +135,7 @@ void RecordFile::adopt(const FileState &state, std::int64_t first, std::int64_t 
             block_first_ = block_end_ = 0;
         }
     }
+    ahead_.clear();
     state_ = state;
     young_ = !certain && was_young(state);
     count_ = state.size / record_size_;
@@ -314,6 +318,8 @@ Result<std::string_view> RecordFile::record(std::int64_t number)
             return refusal_;
         if (number < 0 || number >= count_)
             return gone(number);
+        if (const char *ahead = find_ahead(number))
+            return checked_record(number, {ahead, static_cast<std::size_t>(record_size_)});
         if (Status loaded = load_block(number / records_per_block_); !loaded.ok())
             return loaded;
         if (number >= block_first_ && number < block_end_)
@@ -328,9 +334,14 @@ Result<std::string_view> RecordFile::record_in_current_block(std::int64_t number
     const auto size = static_cast<std::size_t>(record_size_);
     const std::string_view line(block_->bytes.data() + static_cast<std::size_t>(number - block_first_) * size,
                                 size);
-    if (!block_->well_formed && line.find('\n') != size - 1)
-        return misplaced_line_feed(number);
-    return line.substr(0, size - 1);
+    return block_->well_formed ? line.substr(0, size - 1) : checked_record(number, line);
+}
+
+Result<std::string_view> RecordFile::checked_record(std::int64_t number, std::string_view line) const
+{
+    if (line.find('\n') != line.size() - 1)
+        return misplaced_line_feed(number, line);
+    return line.substr(0, line.size() - 1);
 }
 
 // Makes the block current. One that turns out shorter than the file was is left out, and the file is to be
@@ -379,11 +390,8 @@ Status RecordFile::gone(std::int64_t number) const
                                          count_, count_ == 1 ? " record" : " records"));
 }
 
-Status RecordFile::misplaced_line_feed(std::int64_t number) const
+Status RecordFile::misplaced_line_feed(std::int64_t number, std::string_view line) const
 {
-    const auto size = static_cast<std::size_t>(record_size_);
-    const std::string_view line(block_->bytes.data() + static_cast<std::size_t>(number - block_first_) * size,
-                                size);
     const auto found = line.find('\n');
     const std::int64_t start = number * record_size_;
     if (found == std::string_view::npos)
@@ -394,6 +402,67 @@ Status RecordFile::misplaced_line_feed(std::int64_t number) const
                   concat(path().shown, ": record ", number, ", bytes ", start, " to ",
                          start + record_size_ - 1, ", has a line feed at byte ",
                          start + static_cast<std::int64_t>(found), ", before its end; mend the file"));
+}
+
+// ---- Reading ahead -------------------------------------------------------------------------------
+
+const char *RecordFile::find_ahead(std::int64_t number) const
+{
+    const auto found = std::lower_bound(ahead_.begin(), ahead_.end(), number);
+    return found == ahead_.end() || *found != number
+               ? nullptr
+               : ahead_bytes_.data() + (found - ahead_.begin()) * static_cast<std::ptrdiff_t>(record_size_);
+}
+
+// Those whose blocks are not in memory, and are wanted for few records.
+std::vector<std::int64_t> RecordFile::worth_reading_ahead(std::span<const std::int64_t> numbers)
+{
+    std::vector<std::int64_t> worth;
+    for (std::size_t at = 0; at < numbers.size();) {
+        const std::int64_t block = numbers[at] / records_per_block_;
+        std::size_t end = at + 1;
+        while (end < numbers.size() && numbers[end] / records_per_block_ == block)
+            ++end;
+        const bool few = static_cast<std::int64_t>(end - at) * few_of_block <= records_per_block_;
+        if (few && !storage_.blocks.find(version_, block))
+            worth.insert(worth.end(), numbers.begin() + static_cast<std::ptrdiff_t>(at),
+                         numbers.begin() + static_cast<std::ptrdiff_t>(end));
+        at = end;
+    }
+    return worth;
+}
+
+void RecordFile::read_ahead(std::span<const std::int64_t> numbers)
+{
+    count_records();
+    if (!refusal_.ok() || numbers.empty() || numbers.front() < 0 || numbers.back() >= count_)
+        return;
+    const auto most = static_cast<std::size_t>(std::max<std::int64_t>(1, most_bytes_ahead / record_size_));
+    std::vector<std::int64_t> worth = worth_reading_ahead(numbers.subspan(0, std::min(numbers.size(), most)));
+    if (std::includes(ahead_.begin(), ahead_.end(), worth.begin(), worth.end()))
+        return;
+    ahead_.clear();
+    const FileVersion version = version_;
+    const auto file = handle();
+    if (!file.ok() || version_ != version)
+        return;
+    const auto size = static_cast<std::size_t>(record_size_);
+    ahead_bytes_.resize(worth.size() * size);
+    std::vector<FilePiece> pieces;
+    for (std::size_t i = 0; i < worth.size(); ++i) {
+        const std::span<char> place(ahead_bytes_.data() + i * size, size);
+        if (i > 0 && worth[i] == worth[i - 1] + 1)
+            pieces.back().buffer = {pieces.back().buffer.data(), pieces.back().buffer.size() + size};
+        else
+            pieces.push_back({worth[i] * record_size_, place});
+    }
+    if (!(*file)->read_scattered(pieces).ok())
+        return;
+    const bool all_there = std::all_of(pieces.begin(), pieces.end(), [](const FilePiece &piece) {
+        return piece.got == piece.buffer.size();
+    });
+    if (all_there)
+        ahead_ = std::move(worth);
 }
 
 } // namespace orvane

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,6 +50,10 @@ public:
     // its place is Format.
     Result<std::string_view> record(std::int64_t number);
 
+    // Reads records that will be asked for, by ascending numbers, so that they are read together and, where
+    // they lie far apart, without the blocks around them. What can't be read shows when it is asked for.
+    void read_ahead(std::span<const std::int64_t> numbers);
+
     // Changes whenever the file's content may have: what was derived from it is then to be made anew.
     FileVersion version() const { return version_; }
 
@@ -84,9 +89,12 @@ private:
     Result<std::unique_ptr<RandomAccessFile>> open_settled() const;
 
     Result<std::string_view> record_in_current_block(std::int64_t number) const;
+    Result<std::string_view> checked_record(std::int64_t number, std::string_view line) const;
+    const char *find_ahead(std::int64_t number) const;
+    std::vector<std::int64_t> worth_reading_ahead(std::span<const std::int64_t> numbers);
     Status load_block(std::int64_t block_number);
     Status gone(std::int64_t number) const;
-    Status misplaced_line_feed(std::int64_t number) const;
+    Status misplaced_line_feed(std::int64_t number, std::string_view line) const;
 
     Storage &storage_;
     const std::vector<LocatedPath> places_;
@@ -112,6 +120,10 @@ private:
     std::shared_ptr<const Block> block_; // the one read last
     std::int64_t block_first_ = 0;       // its records: [first, end)
     std::int64_t block_end_ = 0;
+
+    // Of this version, too:
+    std::vector<std::int64_t> ahead_; // the records that were read ahead, ascending
+    std::vector<char> ahead_bytes_;   // one behind the other
 };
 
 } // namespace orvane

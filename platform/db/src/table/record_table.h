@@ -24,6 +24,8 @@ public:
     // Opens the records for reading them beside what else goes on. As for `columns`, a table that is no
     // longer as it was is a failure and a change.
     virtual Result<std::unique_ptr<RandomAccessFile>> open_records(const Snapshot &, Work &work) const;
+    // Records that will be asked for, by ascending numbers.
+    virtual void read_ahead_records(std::span<const std::int64_t>) {}
     // Tells by a notice that so many fields held no value, unless it is 0.
     virtual void tell_unreadable(int, std::int64_t) const {}
 

@@ -70,6 +70,8 @@ Result<std::unique_ptr<RandomAccessFile>> RecordTable::open_records(const Snapsh
     return Status(Code::Argument, name() + " has no records in a file");
 }
 
+void Table::read_ahead(std::int64_t, std::int64_t) {}
+
 std::optional<Bundle> Table::bundle(std::int64_t, std::size_t) const
 {
     return std::nullopt;

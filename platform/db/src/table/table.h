@@ -73,6 +73,8 @@ public:
     virtual std::string_view special_record(SpecialRecord which) const = 0;
     // The text of one field of a record, under the same terms. `field` is one of the table's.
     virtual Result<std::string_view> cell(std::int64_t number, std::size_t field);
+    // The rows [first, end) will be asked for; where they are scattered it costs less to read them now.
+    virtual void read_ahead(std::int64_t first, std::int64_t end);
     // The rows that a field of a record stands for, when it is a bundle.
     virtual std::optional<Bundle> bundle(std::int64_t number, std::size_t field) const;
     // Fills the scratch record; the text is a whole record without its line feed. Base tables only.

@@ -142,6 +142,23 @@ Result<std::string_view> View::cell(std::int64_t number, std::size_t field)
                 static_cast<std::size_t>(fields_[field].attribute->width));
 }
 
+void View::read_ahead(std::int64_t first, std::int64_t end)
+{
+    end = std::min(end, row_count());
+    std::vector<std::int64_t> records;
+    for (const ViewMember &member : member_tables()) {
+        if (member.table->generation() != member.generation)
+            continue;
+        records.clear();
+        for (std::int64_t row = std::max<std::int64_t>(first, 0); row < end; ++row)
+            if (const RowNumber record = member.rows[static_cast<std::size_t>(row)]; record != null_row)
+                records.push_back(record);
+        std::sort(records.begin(), records.end());
+        records.erase(std::unique(records.begin(), records.end()), records.end());
+        member.table->read_ahead_records(records);
+    }
+}
+
 std::optional<Bundle> View::bundle(std::int64_t number, std::size_t field) const
 {
     const FieldPlace place = places_[field];

@@ -79,6 +79,7 @@ public:
     std::string_view special_record(SpecialRecord which) const override;
     Status set_scratch(std::string_view record_text) override;
     Result<std::string_view> cell(std::int64_t number, std::size_t field) override;
+    void read_ahead(std::int64_t first, std::int64_t end) override;
     std::optional<Bundle> bundle(std::int64_t number, std::size_t field) const override;
 
     // Writes the base record. A null record beside which an outer join put a row is none.

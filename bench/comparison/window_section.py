@@ -5,7 +5,7 @@ from comparison.window import COPIED, FEW, KINDS
 FRAME_MS = 33  # what is seen later is felt: the aim of what has to be there at once
 AT_ONCE = ["menu of a cell", "menu of a row", "menu of a column", "tooltip of a row", "tooltip of a column",
            "tooltip of the table", "tooltip of a row, shown", "tooltip of a column, shown", "tooltip of a cell, shown",
-           "status line"]
+           "double click on an edge", "status line"]
 PAGES = ["page", "page at the first row", "page at the last row"]
 # What is aimed at, by what view_bench measures and the name of the figure.
 AIMS = {

@@ -79,7 +79,7 @@ class Document:
             return [part.text, "not measured", "", "", ""]
         if missing := of["figures"].get("missing"):
             return [part.text, f"needs {missing}", "", "", ""]
-        return [part.text, of["when"], f"{of['load']:.1f}", number(of["minutes"]), str(of["runs"])]
+        return [part.text, of["when"], f"{of['load']:.1f}", f"{of['minutes']:.1f}", str(of["runs"])]
 
     def agreement(self):
         differences = self.results.differences

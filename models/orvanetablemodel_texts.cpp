@@ -80,14 +80,6 @@ private:
     int64_t m_length = -1;
 };
 
-// Rows that can't be read show when they are.
-void readAhead(const Dbptr &table, int first, int end)
-{
-    const Dbptr rows = dbrow_range(table, first, end);
-    if (rows.table >= 0)
-        dbread_ahead(rows);
-}
-
 QString displayedText(const QString &text, const TableColumn &column, const DisplaySettings &settings)
 {
     if (text == column.nullText && !settings.showRawNulls)
@@ -98,6 +90,15 @@ QString displayedText(const QString &text, const TableColumn &column, const Disp
 }
 
 } // namespace
+
+void OrvaneTableModel::readAhead(int first, int end) const
+{
+    if (!d->display->isValid() || first < 0 || end <= first)
+        return;
+    const Dbptr rows = dbrow_range(d->display->getDbptr(), first, end);
+    if (rows.table >= 0)
+        dbread_ahead(rows);
+}
 
 QStringList OrvaneTableModel::displayedTexts(const QVector<int> &columns, int first, int end) const
 {
@@ -110,7 +111,7 @@ QStringList OrvaneTableModel::displayedTexts(const QVector<int> &columns, int fi
     texts.reserve(columns.size() * (end - first));
     const DisplaySettings &settings = d->settings();
     const Dbptr table = d->display->getDbptr();
-    readAhead(table, first, end);
+    readAhead(first, end);
     RecordText record(table, d->memberTables().size() > 1);
     for (int row = first; row < end; ++row) {
         record.goTo(row);

@@ -84,6 +84,9 @@ void OrvaneTableView::paintPage(const QRegion &region)
     }
     page.region = region;
     const int top = page.rows.front().row, bottom = page.rows.back().row;
+    if (bottom - top < static_cast<int>(page.rows.size())) { // nobody has moved rows
+        m_model->readAhead(top, bottom + 1);
+    }
     const QItemSelection selection = selectionModel()->selection();
     for (const QItemSelectionRange &range : selection) {
         if (range.top() <= bottom && range.bottom() >= top) {

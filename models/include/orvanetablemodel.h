@@ -97,6 +97,9 @@ public:
     // end): row by row, in the order of `columns`. A cell without a value has a null text, one that holds
     // nothing but blanks an empty one. For code that visits many cells: it reads each record once.
     QStringList displayedTexts(const QVector<int> &columns, int first, int end) const;
+    // The cells of the rows [first, end) will be asked for: rows of a view may lie anywhere in their files,
+    // and cost less when they are read together. A row that can't be read shows when it is asked for.
+    void readAhead(int first, int end) const;
 
     // Shows the table in the order of a column, by way of a sorted view that goes with the next sort and with
     // the model. Column 0, and a column that is not there, leave the order as it is. A sort that is cancelled

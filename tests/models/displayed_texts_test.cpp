@@ -1,6 +1,8 @@
 // The texts of many cells at once are those that data() answers one by one.
 #include "quake_database.h"
 
+#include <limits>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -80,6 +82,36 @@ TEST_F(DisplayedTexts, OfRecordsThatAreGone)
     EXPECT_EQ(texts.size(), 6);
     EXPECT_FALSE(texts[0].isEmpty());
     EXPECT_TRUE(texts[2].isNull() && texts[5].isNull());
+}
+
+TEST_F(DisplayedTexts, AreTheSameOfRowsReadAhead)
+{
+    constexpr int rows = 20000; // of many blocks
+    std::vector<std::vector<std::string>> origins;
+    for (int i = 0; i < rows; ++i)
+        origins.push_back({std::to_string(i * 7919 % 179 - 89) + ".0", std::to_string(i % 360 - 180) + ".0",
+                           "10.0", std::to_string(1517961600 + i) + ".0", std::to_string(i + 1), "8"});
+    files.addTable("origin", origins);
+    const auto sorted = [&](OrvaneDatabaseModel &database) {
+        OrvaneTableModel *origin = database.getTableModel("origin");
+        origin->sort(1, Qt::AscendingOrder);
+        return origin;
+    };
+    OrvaneDatabaseModel one(config, QString::fromStdString(files.path()), "r");
+    OrvaneDatabaseModel other(config, QString::fromStdString(files.path()), "r");
+    const OrvaneTableModel &ahead = *sorted(one), &alone = *sorted(other);
+    ASSERT_EQ(ahead.rowCount(), rows);
+    for (const int first : {rows - 30, 0, 9000, 9024, 3, -5}) {
+        ahead.readAhead(first, first + 48); // also of rows that are not there
+        for (int row = std::max(first, 0); row < std::min(first + 48, rows); ++row)
+            for (int column = 1; column <= 6; ++column)
+                ASSERT_EQ(ahead.data(ahead.index(row, column)), alone.data(alone.index(row, column)))
+                    << "row " << row << " column " << column;
+    }
+    ahead.readAhead(7, 7);
+    ahead.readAhead(0, std::numeric_limits<int>::max());
+    EXPECT_EQ(ahead.data(ahead.index(0, 1)).toString(), "-89.0");
+    EXPECT_EQ(elog_count(), 0) << "nothing to complain of";
 }
 
 TEST_F(DisplayedTexts, OfNothing)

@@ -8,13 +8,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <sys/resource.h>
 
 #include <QApplication>
 
 #include <orvanedatabasemodel.h>
 #include <orvanetablemodel.h>
 #include <ovconfig.h>
+
+#include "memory_use.h"
 
 int main(int argc, char **argv)
 {
@@ -50,12 +51,10 @@ int main(int argc, char **argv)
         table->sort(column, order);
         const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - start;
         order = order == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder;
-        struct rusage use = {};
-        getrusage(RUSAGE_SELF, &use);
         if (run >= 0)
             std::printf(
                 "{\"engine\": \"orvane\", \"operation\": \"header_sort\", \"mode\": \"%s\", \"rows\": %d, "
                 "\"ms\": %.3f, \"peak_mb\": %ld}\n",
-                first ? "first" : "again", rows, taken.count(), use.ru_maxrss / 1024);
+                first ? "first" : "again", rows, taken.count(), peakKibibytes() / 1024);
     }
 }

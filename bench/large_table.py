@@ -13,10 +13,10 @@ import json
 import os
 import pathlib
 import shutil
-import subprocess
 import sys
 import tempfile
-import time
+
+from comparison.alone import run_alone
 
 SCHEMA = """name: narrow
 attributes:
@@ -69,14 +69,8 @@ def run(program, group, arguments):
         if group:
             (group / "cgroup.procs").write_text(str(os.getpid()))
 
-    start = time.perf_counter()
-    with subprocess.Popen([program, *arguments], stdout=subprocess.PIPE, text=True, preexec_fn=enter) as process:
-        printed = process.stdout.read()
-        _, status, usage = os.wait4(process.pid, 0)
-        process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode != 0:
-        raise SystemExit(f"{program} ended with {process.returncode}")
-    return time.perf_counter() - start, usage.ru_maxrss >> 10, printed.strip().splitlines()
+    taken = run_alone([program, *arguments], enter)
+    return taken.seconds, round(taken.mebibytes), taken.printed.strip().splitlines()
 
 
 def commands(program, table, rows, group):

@@ -15,7 +15,6 @@
 #include <random>
 #include <stdexcept>
 #include <string>
-#include <sys/resource.h>
 #include <vector>
 
 #include <QApplication>
@@ -26,6 +25,8 @@
 #include <orvanetableview.h>
 #include <ovconfig.h>
 #include <qdbptr.h>
+
+#include "memory_use.h"
 
 namespace {
 
@@ -41,10 +42,8 @@ double milliseconds(const std::function<void()> &work)
 void print(const char *step, std::vector<double> times, qint64 answer)
 {
     std::sort(times.begin(), times.end());
-    rusage use{};
-    getrusage(RUSAGE_SELF, &use);
     std::printf("{\"step\": \"%s\", \"ms\": %.3f, \"worst_ms\": %.3f, \"most_mb\": %ld, \"answer\": %lld}\n",
-                step, times[times.size() / 2], times.back(), use.ru_maxrss / 1024,
+                step, times[times.size() / 2], times.back(), peakKibibytes() / 1024,
                 static_cast<long long>(answer));
     std::fflush(stdout);
 }

@@ -11,6 +11,7 @@
 // call, at its second and so on. The line of JSON has the longest time without a call, and the longest that
 // the operation took to return once it was told.
 
+#include "memory_use.h"
 #include "table_layout.h"
 #include "view_rows.h"
 
@@ -115,8 +116,7 @@ public:
         const Dbptr made = operation.run(*this);
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
         const double cpu = processor_seconds() - cpu_before;
-        struct rusage use = {};
-        getrusage(RUSAGE_SELF, &use);
+        const long peak = peakKibibytes();
         if (run <= 0 && m_checked)
             m_answer = operation.answer(*this, made);
         free_views();
@@ -125,7 +125,7 @@ public:
         std::printf("{\"engine\": \"orvane\", \"operation\": \"%s\", \"mode\": \"%s\", \"rows\": %" PRId64
                     ", \"ms\": %.3f, \"cpu_ms\": %.3f, \"peak_mb\": %ld",
                     operation.name, first ? "first" : "again", m_arrivals, 1e3 * taken.count(), 1e3 * cpu,
-                    use.ru_maxrss / 1024);
+                    peak / 1024);
         if (m_checked)
             std::printf(", \"count\": %" PRId64 ", \"checksum\": %" PRId64, m_answer.count,
                         m_answer.checksum);

@@ -43,6 +43,7 @@
 
 #include "cell_copying.h"
 #include "cell_pasting.h"
+#include "memory_use.h"
 #include "operation_progress.h"
 #include "progress_dialog.h"
 
@@ -81,7 +82,7 @@ double threadSeconds()
 
 double peakMebibytes()
 {
-    return static_cast<double>(used().ru_maxrss) / 1024;
+    return static_cast<double>(peakKibibytes()) / 1024;
 }
 
 struct Options {

@@ -1,8 +1,8 @@
 """All arrivals as a spreadsheet: by the command line, and through the window's Save As."""
 import os
 import statistics
-import time
 
+from comparison.alone import run_alone
 from comparison.results import lines_of, say
 
 MOST_ROWS = 1_000_000  # a sheet has room for 1,048,576
@@ -15,15 +15,10 @@ def measure_command_line(programs, path, out, rows, runs, results):
     sheet = out / "arrivals.xlsx"
     peaks = []
     for _ in range(runs):
-        start = time.perf_counter()
-        process = os.posix_spawn(programs / "ovdb", ["ovdb", "select", f"{path}.arrival", "--force", "--output", str(sheet)],
-                                 os.environ)
-        _, status, usage = os.wait4(process, 0)
-        if status != 0:
-            raise SystemExit(f"ovdb ended with {os.waitstatus_to_exitcode(status)}")
-        peaks.append(usage.ru_maxrss / 1024)
+        taken = run_alone([programs / "ovdb", "select", f"{path}.arrival", "--force", "--output", sheet])
+        peaks.append(taken.mebibytes)
         results.add([{"engine": "orvane", "operation": "export_xlsx", "mode": "first", "rows": rows,
-                      "ms": 1e3 * (time.perf_counter() - start), "cpu_ms": 1e3 * (usage.ru_utime + usage.ru_stime)}])
+                      "ms": 1e3 * taken.seconds, "cpu_ms": 1e3 * taken.processor}])
         results.set_figures(sheet_rows=rows, sheet_bytes=os.path.getsize(sheet), sheet_mebibytes=statistics.median(peaks))
         sheet.unlink()
 

@@ -88,7 +88,8 @@ void Finding::find(bool backwards, From from)
     }
     if (found < 0) {
         const QString refusal = OvTranslation::tr("Rows can't be searched by '%1'.").arg(m_expression);
-        fail(richReason(refusal + "\n\n" + takeErrorLog().join('\n')));
+        m_expression.clear(); // what is looked for next is asked for again
+        fail(refusal + "\n\n" + withoutCall(takeErrorLog().value(0)));
     }
     const QStringList fields = view->getFieldNamesVisible();
     const QString field =

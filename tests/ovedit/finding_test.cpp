@@ -94,7 +94,12 @@ TEST_F(FindingRows, tellsWhatIsWrongWithAnExpression)
     EXPECT_EQ(row(), 2);
     ASSERT_EQ(boxes.texts().size(), 1);
     EXPECT_TRUE(boxes.texts().first().contains("nknown field")) << boxes.texts().first().toStdString();
-    EXPECT_TRUE(boxes.texts().first().contains("'latt &gt; 80'"));
+    EXPECT_TRUE(boxes.texts().first().contains("'latt > 80'"));
+    EXPECT_FALSE(boxes.texts().first().contains("<p>")) << "the box shows what it is given as it stands";
+    User user;
+    user.types("lat > 50");
+    action(*window, "findNext").trigger();
+    EXPECT_EQ(row(), 1) << "asked for anew";
 }
 
 TEST_F(FindingRows, worksInASortedTable)

@@ -5,7 +5,6 @@
 #include <QString>
 
 class MainWindow;
-class OrvaneTableView;
 
 // Remembers what was looked for. Every search goes through all rows: behind the last it goes on from the
 // first, and says so above the tables. Failures are thrown, for who shows them.
